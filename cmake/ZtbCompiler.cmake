@@ -1,0 +1,51 @@
+# How our own sources are compiled. Everything here is set for the folders of this project only:
+# nothing of it reaches a project that links with the libraries.
+
+include(CheckIPOSupported)
+include(GNUInstallDirs)
+
+if(CMAKE_CXX_COMPILER_ID MATCHES "GNU|Clang")
+  # A fused multiply-add would give other last digits on processors that have it, and so other bytes.
+  add_compile_options(-ffp-contract=off)
+endif()
+
+if(ZTB_WARNINGS_AS_ERRORS)
+  add_compile_options(
+    -Wall
+    -Wextra
+    -Wpedantic
+    -Wshadow
+    -Wconversion
+    -Wnon-virtual-dtor
+    -Wold-style-cast
+    -Wextra-semi
+    -Wformat=2
+    -Wimplicit-fallthrough
+    -Wunused
+    -Werror)
+  if(CMAKE_CXX_COMPILER_ID MATCHES "Clang")
+    # Clang counts changes of sign as conversions, GCC does not: both compilers ask for the same.
+    add_compile_options(-Wno-sign-conversion)
+  endif()
+endif()
+
+# A symbol that nobody defines is found when its library is linked, not when a program starts.
+# Clang is the exception: it leaves the sanitizers' own symbols to the program.
+if(UNIX AND NOT APPLE AND NOT (CMAKE_CXX_COMPILER_ID MATCHES "Clang" AND CMAKE_CXX_FLAGS MATCHES "-fsanitize"))
+  add_link_options($<$<STREQUAL:$<TARGET_PROPERTY:TYPE>,SHARED_LIBRARY>:-Wl,--no-undefined>)
+endif()
+
+if(ZTB_LTO)
+  check_ipo_supported(RESULT ztb_lto_works OUTPUT ztb_lto_trouble LANGUAGES CXX)
+  if(ztb_lto_works)
+    set(CMAKE_INTERPROCEDURAL_OPTIMIZATION ON)
+  else()
+    message(WARNING "No optimisation across sources: ${ztb_lto_trouble}")
+  endif()
+endif()
+
+# Installed programs and libraries find their libraries wherever the prefix is moved.
+if(NOT CMAKE_INSTALL_RPATH AND UNIX AND NOT APPLE)
+  file(RELATIVE_PATH ztb_lib_from_bin /${CMAKE_INSTALL_BINDIR} /${CMAKE_INSTALL_LIBDIR})
+  set(CMAKE_INSTALL_RPATH "$ORIGIN" "$ORIGIN/${ztb_lib_from_bin}")
+endif()

@@ -1,0 +1,120 @@
+# One function for each kind of target, so that a folder's CMakeLists.txt is a list of its files.
+
+include(GenerateExportHeader)
+
+set_property(GLOBAL PROPERTY ZTB_LIBRARIES "")
+
+# Fails on an argument that no keyword takes: a misspelt keyword would swallow files silently.
+macro(ztb_refuse_unparsed function)
+  if(ARG_UNPARSED_ARGUMENTS)
+    message(FATAL_ERROR "${function}(${ARGV1}): what is ${ARG_UNPARSED_ARGUMENTS}?")
+  endif()
+  if(ARG_KEYWORDS_MISSING_VALUES)
+    message(FATAL_ERROR "${function}(${ARGV1}): nothing follows ${ARG_KEYWORDS_MISSING_VALUES}")
+  endif()
+endmacro()
+
+# ztb_library(NAME <name> SOURCES <file>... [HEADERS <file>...] [PUBLIC <library>...] [PRIVATE <library>...])
+#
+# The shared library ztbaseclient::<name>, in the folder <name>. HEADERS are installed, as include/<name>/...;
+# headers that stay inside go with the SOURCES. The macro <NAME>_API comes from the generated <name>/Export.h.
+function(ztb_library)
+  cmake_parse_arguments(PARSE_ARGV 0 ARG "" "NAME" "SOURCES;HEADERS;PUBLIC;PRIVATE")
+  ztb_refuse_unparsed(ztb_library ${ARG_NAME})
+  set(generated ${PROJECT_BINARY_DIR}/include)
+  string(TOUPPER ${ARG_NAME} upper_name)
+
+  add_library(${ARG_NAME} SHARED ${ARG_SOURCES})
+  add_library(ztbaseclient::${ARG_NAME} ALIAS ${ARG_NAME})
+  generate_export_header(
+    ${ARG_NAME}
+    BASE_NAME ${upper_name}
+    EXPORT_MACRO_NAME ${upper_name}_API
+    EXPORT_FILE_NAME ${generated}/${ARG_NAME}/Export.h)
+
+  # Two sets, because the build tree lies in the source tree and one set may not have nested roots.
+  target_sources(
+    ${ARG_NAME}
+    PUBLIC
+      FILE_SET HEADERS BASE_DIRS ${PROJECT_SOURCE_DIR} FILES ${ARG_HEADERS}
+      FILE_SET generated TYPE HEADERS BASE_DIRS ${generated} FILES ${generated}/${ARG_NAME}/Export.h)
+  target_link_libraries(${ARG_NAME} PUBLIC ${ARG_PUBLIC} PRIVATE ${ARG_PRIVATE})
+  target_compile_features(${ARG_NAME} PUBLIC cxx_std_20)
+  set_target_properties(
+    ${ARG_NAME}
+    PROPERTIES VERSION ${PROJECT_VERSION}
+               SOVERSION ${PROJECT_VERSION_MAJOR}.${PROJECT_VERSION_MINOR}
+               VERIFY_INTERFACE_HEADER_SETS ON)
+
+  install(
+    TARGETS ${ARG_NAME}
+    EXPORT ztbaseclientTargets
+    FILE_SET HEADERS
+    FILE_SET generated)
+  set_property(GLOBAL APPEND PROPERTY ZTB_LIBRARIES ${ARG_NAME})
+endfunction()
+
+# ztb_test(<name> SOURCES <file>... [LIBS <library>...] [LABELS <label>...] [TIMEOUT <seconds>])
+#
+# The GoogleTest program test_<name>, one ctest named <name>. The label "threads" has it run under the thread
+# sanitizer too.
+function(ztb_test name)
+  cmake_parse_arguments(PARSE_ARGV 1 ARG "" "TIMEOUT" "SOURCES;LIBS;LABELS")
+  ztb_refuse_unparsed(ztb_test ${name})
+  if(NOT ARG_TIMEOUT)
+    set(ARG_TIMEOUT 300)
+  endif()
+  add_executable(test_${name} ${ARG_SOURCES})
+  target_link_libraries(test_${name} PRIVATE testSupport ${ARG_LIBS})
+  add_test(NAME ${name} COMMAND test_${name} --gtest_brief=1)
+  set_tests_properties(${name} PROPERTIES LABELS "${ARG_LABELS}" TIMEOUT ${ARG_TIMEOUT})
+  if("threads" IN_LIST ARG_LABELS)
+    add_dependencies(threadTests test_${name})
+  endif()
+endfunction()
+
+# ztb_bench(<name> SOURCES <file>... [LIBS <library>...])
+#
+# The Google Benchmark program bench_<name>, built with the target benchmarks and not by default. Its ctest
+# bench.<name> runs every case briefly, to see that it still works.
+function(ztb_bench name)
+  cmake_parse_arguments(PARSE_ARGV 1 ARG "" "" "SOURCES;LIBS")
+  ztb_refuse_unparsed(ztb_bench ${name})
+  add_executable(bench_${name} EXCLUDE_FROM_ALL ${ARG_SOURCES})
+  target_link_libraries(bench_${name} PRIVATE benchmark::benchmark_main ${ARG_LIBS})
+  add_dependencies(benchmarks bench_${name})
+  add_test(NAME bench.${name} COMMAND bench_${name} --benchmark_min_time=0.001)
+  set_tests_properties(bench.${name} PROPERTIES LABELS bench RUN_SERIAL ON TIMEOUT 300)
+endfunction()
+
+# ztb_fuzz(<name> SOURCES <file>... [LIBS <library>...])
+#
+# The program fuzz_<name> of one source with LLVMFuzzerTestOneInput; its seeds are the files in corpus/<name>,
+# its dictionary, if it has one, is <name>.dict. The ctest fuzz.<name> runs the seeds, under any compiler.
+function(ztb_fuzz name)
+  cmake_parse_arguments(PARSE_ARGV 1 ARG "" "" "SOURCES;LIBS")
+  ztb_refuse_unparsed(ztb_fuzz ${name})
+  set(corpus ${CMAKE_CURRENT_SOURCE_DIR}/corpus/${name})
+  add_executable(fuzz_${name} ${ARG_SOURCES})
+  target_link_libraries(fuzz_${name} PRIVATE ${ARG_LIBS})
+  if(ZTB_LIBFUZZER)
+    target_link_options(fuzz_${name} PRIVATE -fsanitize=fuzzer)
+    add_test(NAME fuzz.${name} COMMAND fuzz_${name} -runs=0 ${corpus})
+  else()
+    target_link_libraries(fuzz_${name} PRIVATE fuzzReplay)
+    add_test(NAME fuzz.${name} COMMAND fuzz_${name} ${corpus})
+  endif()
+  set_tests_properties(fuzz.${name} PROPERTIES LABELS fuzz TIMEOUT 300)
+endfunction()
+
+# ztb_example(<name> SOURCES <file>... [LIBS <library>...] [ARGS <argument>...])
+#
+# The program example_<name>; its ctest example.<name> runs it with the arguments and expects exit status 0.
+function(ztb_example name)
+  cmake_parse_arguments(PARSE_ARGV 1 ARG "" "" "SOURCES;LIBS;ARGS")
+  ztb_refuse_unparsed(ztb_example ${name})
+  add_executable(example_${name} ${ARG_SOURCES})
+  target_link_libraries(example_${name} PRIVATE ${ARG_LIBS})
+  add_test(NAME example.${name} COMMAND example_${name} ${ARG_ARGS})
+  set_tests_properties(example.${name} PROPERTIES LABELS example TIMEOUT 120)
+endfunction()

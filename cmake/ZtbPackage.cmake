@@ -1,0 +1,37 @@
+# What others find us by: find_package(ztbaseclient), and pkg-config. Comes after all libraries.
+
+include(CMakePackageConfigHelpers)
+
+get_property(ztb_libraries GLOBAL PROPERTY ZTB_LIBRARIES)
+
+# Compiles every installed header alone.
+add_custom_target(headers)
+if(CMAKE_VERIFY_INTERFACE_HEADER_SETS AND ztb_libraries)
+  add_dependencies(headers all_verify_interface_header_sets)
+endif()
+
+if(ztb_libraries)
+  set(ztb_config_dir ${CMAKE_INSTALL_LIBDIR}/cmake/ztbaseclient)
+  install(
+    EXPORT ztbaseclientTargets
+    NAMESPACE ztbaseclient::
+    DESTINATION ${ztb_config_dir})
+  configure_package_config_file(
+    ${PROJECT_SOURCE_DIR}/cmake/ztbaseclientConfig.cmake.in ${PROJECT_BINARY_DIR}/ztbaseclientConfig.cmake
+    INSTALL_DESTINATION ${ztb_config_dir}
+    NO_SET_AND_CHECK_MACRO)
+  write_basic_package_version_file(
+    ${PROJECT_BINARY_DIR}/ztbaseclientConfigVersion.cmake
+    VERSION ${PROJECT_VERSION}
+    COMPATIBILITY SameMinorVersion)
+  install(FILES ${PROJECT_BINARY_DIR}/ztbaseclientConfig.cmake
+                ${PROJECT_BINARY_DIR}/ztbaseclientConfigVersion.cmake DESTINATION ${ztb_config_dir})
+
+  # The file names its prefix relative to itself, so that an installed tree can be moved.
+  file(RELATIVE_PATH ztb_prefix_from_pc /${CMAKE_INSTALL_LIBDIR}/pkgconfig /)
+  list(TRANSFORM ztb_libraries PREPEND -l OUTPUT_VARIABLE ztb_pc_libs)
+  list(REVERSE ztb_pc_libs)
+  list(JOIN ztb_pc_libs " " ztb_pc_libs)
+  configure_file(${PROJECT_SOURCE_DIR}/cmake/ztbaseclient.pc.in ${PROJECT_BINARY_DIR}/ztbaseclient.pc @ONLY)
+  install(FILES ${PROJECT_BINARY_DIR}/ztbaseclient.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
+endif()
