@@ -1,5 +1,5 @@
-// Runs a fuzz target over the files of its corpus, for compilers without a fuzzing engine: what was found once is
-// then checked by every build.
+// Runs a fuzz target over the files of its corpus, for compilers without a fuzzing engine: what was found
+// once is then checked by every build.
 
 #include <algorithm>
 #include <cstddef>
