@@ -29,6 +29,7 @@ if(ztb_libraries)
 
   # The file names its prefix relative to itself, so that an installed tree can be moved.
   file(RELATIVE_PATH ztb_prefix_from_pc /${CMAKE_INSTALL_LIBDIR}/pkgconfig /)
+  string(REGEX REPLACE "/$" "" ztb_prefix_from_pc ${ztb_prefix_from_pc})
   list(TRANSFORM ztb_libraries PREPEND -l OUTPUT_VARIABLE ztb_pc_libs)
   list(REVERSE ztb_pc_libs)
   list(JOIN ztb_pc_libs " " ztb_pc_libs)
