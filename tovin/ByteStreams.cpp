@@ -1,0 +1,8 @@
+#include "tovin/ByteStreams.h"
+
+namespace tovin {
+
+iByteOutputStream::~iByteOutputStream() = default;
+iByteInputStream::~iByteInputStream() = default;
+
+}  // namespace tovin

@@ -1,0 +1,40 @@
+#pragma once
+
+#include <vector>
+
+#include "tovin/Array.h"
+#include "tovin/Ptr.h"
+
+namespace tovin {
+
+class iNode;
+class iProperty;
+
+/// An ordered list of counted references: what a query selects.
+///
+/// - Ownership: holds one reference to each object; an object that its tree gives up meanwhile lives on for the set.
+template <class T>
+class ReferenceSetImpl {
+ public:
+  size_t getSize() const noexcept { return items_.size(); }
+  bool isEmpty() const noexcept { return items_.empty(); }
+  /// Borrowed. InvalidIndexException(index, size - 1).
+  T* operator[](size_t index) const {
+    if (index >= items_.size()) {
+      throw InvalidIndexException(static_cast<long long>(index), static_cast<long long>(items_.size()) - 1);
+    }
+    return items_[index].get();
+  }
+  void add(T* object) { items_.emplace_back(object); }
+  void reserve(size_t size) { items_.reserve(size); }
+  void clear() noexcept { items_.clear(); }
+  void swap(ReferenceSetImpl& other) noexcept { items_.swap(other.items_); }
+
+ private:
+  std::vector<Ptr<T>> items_;
+};
+
+using NodeReferenceSet = ReferenceSetImpl<iNode>;
+using PropertyReferenceSet = ReferenceSetImpl<iProperty>;
+
+}  // namespace tovin

@@ -1,0 +1,93 @@
+#include "tovinCore/Units.h"
+
+#include <algorithm>
+
+namespace tovin {
+namespace {
+
+// Reads a text unit by unit, splitting elements above U+FFFF.
+class UnitCursor {
+ public:
+  explicit UnitCursor(std::wstring_view text) : text_(text) {}
+
+  // The next unit, or -1 at the end.
+  int next() {
+    if (pending_) {
+      const int unit = pending_;
+      pending_ = 0;
+      return unit;
+    }
+    if (at_ == text_.size()) return -1;
+    int first = -1;
+    forUnits(static_cast<uint32_t>(text_[at_++]), [&](char16_t unit) { (first < 0 ? first : pending_) = unit; });
+    return first;
+  }
+
+ private:
+  std::wstring_view text_;
+  size_t at_ = 0;
+  int pending_ = 0;
+};
+
+bool isPlain(wchar_t c) { return static_cast<uint32_t>(c) <= 0xFFFF; }
+
+bool equalFoldedUnits(std::wstring_view a, std::wstring_view b) {
+  UnitCursor left(a), right(b);
+  for (;;) {
+    const int x = left.next(), y = right.next();
+    if (x < 0 || y < 0) return x == y;
+    if (foldAscii(static_cast<uint32_t>(x)) != foldAscii(static_cast<uint32_t>(y))) return false;
+  }
+}
+
+template <class Fold>
+uint32_t hashUnits(const wchar_t* text, Fold fold) {
+  uint32_t hash = 0;
+  for (; text && *text; ++text) {
+    if (isPlain(*text)) hash = hash * 31 + fold(static_cast<uint32_t>(*text));
+    else forUnits(static_cast<uint32_t>(*text), [&](char16_t unit) { hash = hash * 31 + unit; });
+  }
+  return hash;
+}
+
+}  // namespace
+
+bool equalFolded(const wchar_t* a, const wchar_t* b) noexcept {
+  if (a == b) return true;
+  if (!a || !b) return false;
+  for (;; ++a, ++b) {
+    if (foldAscii(*a) != foldAscii(*b)) break;
+    if (!*a) return true;
+  }
+  // Only an element that stands for two units can still be equal to something else.
+  if (isPlain(*a) && isPlain(*b)) return false;
+  return equalFoldedUnits(a, b);
+}
+
+bool equalFolded(std::wstring_view a, std::wstring_view b) noexcept { return equalFoldedUnits(a, b); }
+
+bool equalExact(const wchar_t* a, const wchar_t* b) noexcept {
+  if (a == b) return true;
+  return a && b && compareUnits(a, b) == 0;
+}
+
+int compareUnits(std::wstring_view a, std::wstring_view b) noexcept {
+  const size_t common = std::min(a.size(), b.size());
+  size_t same = 0;
+  while (same < common && a[same] == b[same]) ++same;
+  UnitCursor left(a.substr(same)), right(b.substr(same));
+  for (;;) {
+    const int x = left.next(), y = right.next();
+    if (x != y || x < 0) return x - y;
+  }
+}
+
+uint32_t hashFolded(const wchar_t* text) noexcept {
+  return hashUnits(text, [](uint32_t unit) { return foldAscii(unit); });
+}
+
+uint32_t hashExact(const wchar_t* text) noexcept {
+  return hashUnits(text, [](uint32_t unit) { return unit; });
+}
+
+}  // namespace tovin

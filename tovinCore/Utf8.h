@@ -1,0 +1,24 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+
+#include "tovinCore/Export.h"
+
+namespace tovin {
+
+/// Converts UTF-8 to wide text of UTF-16 units: a character above U+FFFF becomes its surrogate pair, a surrogate
+/// that was written by itself in three bytes stays itself, a byte of no sequence becomes U+FFFD.
+TOVINCORE_API std::wstring utf8ToWide(std::string_view bytes);
+
+/// Converts wide text to UTF-8: a surrogate pair becomes one four-byte sequence, a lone surrogate three bytes.
+TOVINCORE_API std::string wideToUtf8(std::wstring_view text);
+
+/// Like wideToUtf8 for a zero-terminated text; null gives the empty text.
+TOVINCORE_API std::string wideToUtf8(const wchar_t* text);
+
+/// True when the bytes are well-formed UTF-8 as the standard has it (no surrogates, no overlong forms).
+/// \param cutShort out: true when the only fault is a sequence that the end of the bytes cuts off.
+TOVINCORE_API bool isValidUtf8(std::string_view bytes, bool& cutShort);
+
+}  // namespace tovin

@@ -1,0 +1,24 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+#include "tovinCore/Export.h"
+
+/// Files as the operating system has them. Names are UTF-16.
+namespace tovin::platform {
+
+/// `probe` opens an existing file for writing and leaves it as it is.
+enum class OpenMode { read, write, append, probe };
+
+/// A handle, -1 when the file cannot be had; a folder never can.
+TOVINCORE_API intptr_t openFile(const wchar_t* name, OpenMode mode) noexcept;
+TOVINCORE_API void closeFile(intptr_t handle) noexcept;
+/// The count, 0 at the end, -1 for a failure; it may be less than asked for.
+TOVINCORE_API int64_t readFile(intptr_t handle, void* bytes, size_t count) noexcept;
+TOVINCORE_API int64_t writeFile(intptr_t handle, const void* bytes, size_t count) noexcept;
+TOVINCORE_API bool seekFile(intptr_t handle, int64_t position) noexcept;
+/// -1 for a failure.
+TOVINCORE_API int64_t fileLength(intptr_t handle) noexcept;
+
+}  // namespace tovin::platform

@@ -1,0 +1,63 @@
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+
+#include "tovinCore/Utf8.h"
+#include "tovinCore/platform/Files.h"
+
+namespace tovin::platform {
+namespace {
+
+int flagsOf(OpenMode mode) {
+  switch (mode) {
+    case OpenMode::write: return O_WRONLY | O_CREAT | O_TRUNC;
+    case OpenMode::append: return O_WRONLY | O_CREAT | O_APPEND;
+    case OpenMode::probe: return O_WRONLY;
+    default: return O_RDONLY;
+  }
+}
+
+int descriptor(intptr_t handle) { return static_cast<int>(handle); }
+
+template <class Call>
+int64_t uninterrupted(Call&& call) {
+  int64_t result;
+  do result = call();
+  while (result < 0 && errno == EINTR);
+  return result;
+}
+
+}  // namespace
+
+intptr_t openFile(const wchar_t* name, OpenMode mode) noexcept {
+  const int64_t file = uninterrupted([&] { return ::open(wideToUtf8(name).c_str(), flagsOf(mode) | O_CLOEXEC, 0666); });
+  struct stat facts;
+  if (file >= 0 && (::fstat(static_cast<int>(file), &facts) != 0 || S_ISDIR(facts.st_mode))) {
+    closeFile(file);
+    return -1;
+  }
+  return file;
+}
+
+void closeFile(intptr_t handle) noexcept { ::close(descriptor(handle)); }
+
+int64_t readFile(intptr_t handle, void* bytes, size_t count) noexcept {
+  return uninterrupted([&] { return ::read(descriptor(handle), bytes, count); });
+}
+
+int64_t writeFile(intptr_t handle, const void* bytes, size_t count) noexcept {
+  return uninterrupted([&] { return ::write(descriptor(handle), bytes, count); });
+}
+
+bool seekFile(intptr_t handle, int64_t position) noexcept {
+  return ::lseek(descriptor(handle), position, SEEK_SET) >= 0;
+}
+
+int64_t fileLength(intptr_t handle) noexcept {
+  struct stat facts;
+  return ::fstat(descriptor(handle), &facts) == 0 ? facts.st_size : -1;
+}
+
+}  // namespace tovin::platform

@@ -1,0 +1,300 @@
+#include "ztbaseclient/data/CProperty.h"
+
+#include <atomic>
+#include <cwchar>
+
+#include "tovin/AllocBase.h"
+#include "tovin/Ptr.h"
+#include "tovin/values/DoubleValue.h"
+#include "tovin/values/NullValue.h"
+#include "tovin/values/StringValue.h"
+#include "tovin/values/ValueUtil.h"
+#include "tovinCore/Units.h"
+#include "ztbaseclient/framework/StreamPrimitives.h"
+#include "ztcore/ztUniqueStrings.h"
+
+using tovin::guarded;
+using tovin::MetaDataFlags;
+
+const tovin::ClassTagDecl CProperty::Tag("DraVolin.data.Property");
+tovin::LeakDetector CProperty::m_leakDetector(CProperty::ClassName);
+tovin::PooledClassImp<CProperty> CProperty::m_class(CProperty::Tag, CProperty::m_leakDetector);
+
+namespace {
+
+// The first so many names that properties bring into the process stay for ever; a process that makes names
+// without end gives the later ones back.
+constexpr int32_t keptNames = 10'000;
+std::atomic<int32_t> newNames{0};
+
+// Names below this length are read without touching the heap.
+constexpr int32_t stackNameUnits = 1024;
+
+// The first stream version whose class hashes are of the newer kind.
+constexpr int newerHashVersion = 3;
+
+bool hasNewerHash(int streamVersion) { return streamVersion >= newerHashVersion; }
+
+bool isShareable(const wchar_t* name) { return name && *name != L'_'; }
+
+}  // namespace
+
+CProperty::CProperty(const CProperty& other)
+    : tovin::Object(other), tovin::CountedObject(other), FrameworkClass(other) {
+  AssignFrom(other);
+}
+
+CProperty& CProperty::operator=(const CProperty& other) {
+  AssignFrom(other);
+  return *this;
+}
+
+CProperty::~CProperty() {
+  tovin::guardedDestruction(ClassName, [&] { onDeactivate(); });
+}
+
+int32_t CProperty::GetNewNameCount() noexcept { return newNames; }
+
+void CProperty::SetName(const wchar_t* text) {
+  guarded({ClassName, "SetName"}, [&] {
+    if (isShareable(text) && !allocatedName_) return shareName(text);
+    const tovin::WideString name(text);  // the text may lie in the name that goes
+    if (allocatedName_) ClearAllocatedMName();
+    if (isShareable(name)) return shareName(name);
+    dropName();
+    if (!name.isNull()) SetAllocatedMName(name);
+  });
+}
+
+void CProperty::shareName(const wchar_t* text) {
+  if (flags_.has(MetaDataFlags::sharedName)) {
+    name_ = nullptr;
+    flags_.clear(MetaDataFlags::sharedName);
+  }
+  bool created = false;
+  name_ = ztUniqueStrings::GetUniqueString(text, name_, &created);
+  if (!created || newNames.fetch_add(1) + 1 < keptNames) flags_.set(MetaDataFlags::sharedName);
+}
+
+// Gives up a shared name, or only forgets one whose reference is not this property's.
+void CProperty::dropName() {
+  if (allocatedName_) return ClearAllocatedMName();
+  if (!name_) return;
+  if (!flags_.has(MetaDataFlags::sharedName)) ztUniqueStrings::GetUniqueString(nullptr, name_, nullptr);
+  flags_.clear(MetaDataFlags::sharedName);
+  name_ = nullptr;
+}
+
+void CProperty::SetAllocatedMName(const wchar_t* text) {
+  guarded({ClassName, "SetAllocatedMName"}, [&] {
+    const size_t bytes = (std::wcslen(text) + 1) * sizeof(wchar_t);
+    auto* copy = static_cast<wchar_t*>(tovin::AllocBase::_alloc(bytes));
+    if (!copy) throw tovin::MemoryException(1, static_cast<long long>(bytes));
+    std::wmemcpy(copy, text, bytes / sizeof(wchar_t));
+    name_ = copy;
+    allocatedName_ = true;
+  });
+}
+
+void CProperty::ClearAllocatedMName() {
+  guarded({ClassName, "ClearAllocatedMName"}, [&] {
+    if (allocatedName_) tovin::AllocBase::_free(const_cast<wchar_t*>(name_));
+    name_ = nullptr;
+    allocatedName_ = false;
+  });
+}
+
+void CProperty::ensureValue() const {
+  if (!value_) value_ = tovin::NullValue::shared().cloneValue();
+}
+
+const tovin::Value& CProperty::getValue() const {
+  return guarded({ClassName, "getValue"}, [&]() -> const tovin::Value& {
+    ensureValue();
+    return *value_;
+  });
+}
+
+void CProperty::setValue(const tovin::Value& value) {
+  guarded({ClassName, "setValue"},
+          [&] { tovin::util::SetValue(value_, value, flags_.has(MetaDataFlags::readOnly), name_); });
+}
+
+// The rule of the text and the number form: a read-only property accepts what it holds already.
+template <class ValueType, class Content>
+void CProperty::setTyped(const Content& content) {
+  auto* typed = tovin::seek<ValueType>(static_cast<tovin::Object*>(value_));
+  if (refusesChange()) {
+    ValueType wanted;
+    wanted = content;
+    if (typed && typed->equals(wanted)) return;
+    tovin::util::refuseReadOnly(name_);
+  }
+  if (!typed) {
+    typed = ValueType::allocate();
+    AttachValue(typed);
+  }
+  *typed = content;
+}
+
+void CProperty::setValue(const wchar_t* text) {
+  guarded({ClassName, "setValue(txt)"}, [&] { setTyped<tovin::StringValue>(tovin::WideString(text)); });
+}
+
+void CProperty::setValue(double number) {
+  guarded({ClassName, "setValue(double)"}, [&] { setTyped<tovin::DoubleValue>(number); });
+}
+
+void CProperty::appendValue(const tovin::Value& value) {
+  guarded({ClassName, "appendValue"},
+          [&] { tovin::util::AppendToValue(value_, value, flags_.has(MetaDataFlags::readOnly), name_); });
+}
+
+void CProperty::appendValue(const wchar_t* text) {
+  guarded({ClassName, "appendValue(txt)"}, [&] {
+    const tovin::StringValue value(text);
+    tovin::util::AppendToValue(value_, value, flags_.has(MetaDataFlags::readOnly), name_);
+  });
+}
+
+void CProperty::requireEditable() const {
+  if (flags_.has(MetaDataFlags::readOnly)) tovin::util::refuseReadOnly(name_);
+}
+
+tovin::Value& CProperty::getEditableValue() {
+  return guarded({ClassName, "getEditableValue"}, [&]() -> tovin::Value& {
+    requireEditable();
+    ensureValue();
+    return *value_;
+  });
+}
+
+tovin::Value& CProperty::getEditableRawValue() {
+  return guarded({ClassName, "getEditableRawValue"}, [&]() -> tovin::Value& {
+    requireEditable();
+    ensureValue();
+    return *value_;
+  });
+}
+
+bool CProperty::hasNullValue() const { return !value_ || value_->isNullValue(); }
+
+void CProperty::CoerceToType(const tovin::ClassTag& target) {
+  guarded({ClassName, "CoerceToType"}, [&] { tovin::util::CoerceToType(value_, target); });
+}
+
+void CProperty::AttachValue(tovin::Value* value) {
+  guarded({ClassName, "AttachValue"}, [&] {
+    if (value == value_) return;
+    const tovin::MemPtr<tovin::Value, tovin::InstanceDeallocator> old(std::exchange(value_, value));
+  });
+}
+
+tovin::Value* CProperty::DetachValue() {
+  return guarded({ClassName, "DetachValue"}, [&] { return std::exchange(value_, nullptr); });
+}
+
+void CProperty::AttachValueFrom(CProperty& source) {
+  guarded({ClassName, "AttachValueFrom"}, [&] {
+    if (&source != this) AttachValue(source.DetachValue());
+  });
+}
+
+void CProperty::attachValueFrom(tovin::iProperty* source) {
+  guarded({ClassName, "attachValueFrom"}, [&] {
+    auto* property = tovin::seek<CProperty>(static_cast<tovin::Object*>(source));
+    if (!property) throw tovin::Exception(L"Values can only be attached from a property of class %hs", Tag);
+    AttachValueFrom(*property);
+  });
+}
+
+void CProperty::Reset() {
+  guarded({ClassName, "Reset"}, [&] {
+    if (value_) value_->reset();
+    dropName();
+    flags_ = MetaDataFlags();
+  });
+}
+
+void CProperty::AssignFrom(const CProperty& source) {
+  guarded({ClassName, "AssignFrom"}, [&] {
+    if (&source == this) return;
+    SetName(source.name_);
+    if (source.value_) tovin::util::SetValue(value_, *source.value_, false, name_);
+    else AttachValue(nullptr);
+    flags_ = source.flags_;
+  });
+}
+
+void CProperty::assignFrom(const tovin::iProperty* source) {
+  guarded({ClassName, "assignFrom"}, [&] {
+    if (const auto* property = tovin::seek<CProperty>(static_cast<const tovin::Object*>(source))) {
+      return AssignFrom(*property);
+    }
+    if (!source) return;
+    SetName(source->getName());
+    tovin::util::SetValue(value_, source->getValue(), false, name_);
+    flags_ = source->getInfo()->getMetaDataFlags();
+  });
+}
+
+void CProperty::serialize(tovin::iByteOutputStream& stream) const {
+  guarded({ClassName, "serialize"}, [&] {
+    WriteWideString(stream, name_);
+    const tovin::Value& value = getValue();
+    WriteCompactInt(stream, value.getClassTag().getHash(hasNewerHash(stream.getSerializationVersion())));
+    value.serialize(stream);
+    WriteCompactInt(stream, static_cast<int32_t>(flags_.getBits()));
+  });
+}
+
+void CProperty::deserialize(tovin::iByteInputStream& stream) {
+  guarded({ClassName, "deserialize"}, [&] {
+    readName(stream);
+    readValue(stream);
+    int32_t flags = 0;
+    ReadCompactInt(stream, flags);
+    flags_ = MetaDataFlags(static_cast<uint32_t>(flags));
+  });
+}
+
+void CProperty::readName(tovin::iByteInputStream& stream) {
+  int32_t count = 0;
+  ReadCompactInt(stream, count);
+  const int32_t units = tovin::coding::checkedCount(count);
+  if (units < 0) return;
+  if (units < stackNameUnits) {
+    wchar_t name[stackNameUnits];
+    if (units > 0) ReadWideChars(stream, name, units);
+    name[units] = L'\0';
+    return SetName(name);
+  }
+  tovin::WideString name;
+  tovin::coding::readWideBody(stream, name, units);
+  SetName(name);
+}
+
+void CProperty::readValue(tovin::iByteInputStream& stream) {
+  int32_t hash = 0;
+  ReadCompactInt(stream, hash);
+  const tovin::ClassTag tag(hash, hasNewerHash(stream.getSerializationVersion()));
+  tovin::Class& found = tovin::Class::requireClass(tag);
+  if (!value_ || !value_->_SeekClassIdentity(found.getTag())) {
+    tovin::MemPtr<tovin::Object, tovin::InstanceDeallocator> made(found.newInstance());
+    auto* value = tovin::seek<tovin::Value>(made.get());
+    if (!value) throw tovin::Exception(L"Class %hs is not a value class", found.getTag());
+    made.detach();
+    AttachValue(value);
+  }
+  value_->deserialize(stream);
+}
+
+void CProperty::onActivate() {
+  flags_ = MetaDataFlags();
+  parent_ = nullptr;
+}
+
+void CProperty::onDeactivate() {
+  AttachValue(nullptr);
+  dropName();
+}

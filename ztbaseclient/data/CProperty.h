@@ -1,0 +1,103 @@
+#pragma once
+
+#include <cstdint>
+
+#include "tovin/FrameworkClass.h"
+#include "tovin/iProperty.h"
+#include "ztbaseclient/Export.h"
+
+/// One named, typed value: what a property collection holds.
+///
+///     CProperty* size = CProperty::allocate();
+///     size->SetName(L"size");
+///     size->setValue(2.5);
+///
+/// - Ownership: owns its value; the parent is a back pointer. Counted: a collection holds one reference; one that
+///   nobody holds is given back with deleteInstance().
+/// - Shape: name wide text, null allowed; value any class of the Value family; record as in docs/formats.md.
+/// - Names: shared unique strings, but for names that begin with '_', of which each property keeps a copy of its own.
+/// - Errors: PropertyAccessException when read-only.
+/// - Threads: one thread at a time; only the pool is locked.
+class ZTBASECLIENT_API CProperty
+    : public tovin::FrameworkClass<CProperty, tovin::iProperty, tovin::iPropertyInfo, tovin::PooledObject> {
+ public:
+  static constexpr const char* ClassName = "CProperty";
+  static const tovin::ClassTagDecl Tag;
+  static tovin::LeakDetector m_leakDetector;
+  static tovin::PooledClassImp<CProperty> m_class;
+
+  CProperty() = default;
+  CProperty(const CProperty& other);
+  CProperty& operator=(const CProperty& other);
+  ~CProperty() override;
+
+  const wchar_t* getName() const override { return name_; }
+  void SetName(const wchar_t* text);
+  /// Keeps a copy of its own; the name before is not released.
+  void SetAllocatedMName(const wchar_t* text);
+  void ClearAllocatedMName();
+  bool HasAllocatedName() const noexcept { return allocatedName_; }
+
+  tovin::iPropertyInfo* getInfo() override { return this; }
+  const tovin::iPropertyInfo* getInfo() const override { return this; }
+  const tovin::Object* getRestriction() const override { return nullptr; }
+  tovin::MetaDataFlags getMetaDataFlags() const override { return flags_; }
+  void setMetaDataFlags(const tovin::MetaDataFlags& flags) override { flags_ = flags; }
+
+  /// Never null: a property without a value gets a null value first, in the const getter too.
+  const tovin::Value& getValue() const override;
+  void setValue(const tovin::Value& value) override;
+  /// A read-only property takes the text that it holds already, and no other.
+  void setValue(const wchar_t* text) override;
+  void setValue(double number) override;
+  void appendValue(const tovin::Value& value) override;
+  void appendValue(const wchar_t* text) override;
+  tovin::Value& getEditableValue() override;
+  tovin::Value& getEditableRawValue() override;
+  bool hasNullValue() const override;
+  void CoerceToType(const tovin::ClassTag& target) override;
+
+  /// Takes ownership of the value, which may be null; the value before is given back.
+  void AttachValue(tovin::Value* value);
+  /// The caller owns the result; null if none was set.
+  tovin::Value* DetachValue();
+  void AttachValueFrom(CProperty& source);
+  void attachValueFrom(tovin::iProperty* source) override;
+
+  void setParent(tovin::iPropertyCollection* parent) override { parent_ = parent; }
+  tovin::iPropertyCollection* getParent() const override { return parent_; }
+
+  /// Resets the value, which stays, and drops name and flags.
+  void Reset();
+  void AssignFrom(const CProperty& source);
+  void copyFrom(const CProperty& source) { AssignFrom(source); }
+  void assignFrom(const tovin::iProperty* source) override;
+
+  /// The record: name, class hash of the value, the value's own record, flags. In streams before version 3 the
+  /// hash is of the older kind.
+  void serialize(tovin::iByteOutputStream& stream) const override;
+  void deserialize(tovin::iByteInputStream& stream) override;
+
+  void onActivate() override;
+  void onDeactivate() override;
+
+  /// How many unique names properties of this process were the first to use.
+  static int32_t GetNewNameCount() noexcept;
+
+ private:
+  bool refusesChange() const { return flags_.has(tovin::MetaDataFlags::readOnly) && value_; }
+  void requireEditable() const;
+  void shareName(const wchar_t* text);
+  void dropName();
+  void ensureValue() const;
+  template <class ValueType, class Content>
+  void setTyped(const Content& content);
+  void readName(tovin::iByteInputStream& stream);
+  void readValue(tovin::iByteInputStream& stream);
+
+  const wchar_t* name_ = nullptr;
+  mutable tovin::Value* value_ = nullptr;
+  tovin::MetaDataFlags flags_;
+  tovin::iPropertyCollection* parent_ = nullptr;
+  bool allocatedName_ = false;
+};

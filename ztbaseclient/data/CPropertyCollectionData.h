@@ -1,0 +1,98 @@
+#pragma once
+
+#include <memory>
+
+#include "tovin/Array.h"
+#include "tovin/FrameworkClass.h"
+#include "tovin/HashMap.h"
+#include "tovin/Ptr.h"
+#include "tovin/iPropertyCollection.h"
+#include "ztbaseclient/Export.h"
+#include "ztbaseclient/data/CProperty.h"
+#include "ztcore/ztUniqueStrings.h"
+
+/// The storage behind a property collection: the properties in order, and an index of their names from ten on.
+///
+/// - Lookup: names are equal with A to Z folded. With duplicates, up to nine properties answer with the first of
+///   them, ten and more with the last.
+/// - Ownership: holds one reference to each property; the owner, which new properties get as parent, is borrowed.
+/// - Errors: InvalidIndexException(index, number of properties - 1).
+class ZTBASECLIENT_API CPropertyCollectionData
+    : public tovin::FrameworkClass<CPropertyCollectionData, tovin::PooledObject> {
+ public:
+  static constexpr const char* ClassName = "CPropertyCollectionData";
+  static const tovin::ClassTagDecl Tag;
+  static tovin::LeakDetector m_leakDetector;
+  static tovin::PooledClassImp<CPropertyCollectionData> m_class;
+
+  using NameList = tovin::Array<tovin::WideString>;
+  using OwnedValue = tovin::MemPtr<tovin::Value, tovin::InstanceDeallocator>;
+
+  CPropertyCollectionData() = default;
+  CPropertyCollectionData(const CPropertyCollectionData& other);
+  /// Copies the properties and their class; the owner stays.
+  CPropertyCollectionData& operator=(const CPropertyCollectionData& other);
+  ~CPropertyCollectionData() override;
+
+  void SetOwner(tovin::iPropertyCollection* owner) noexcept { owner_ = owner; }
+  /// The class of new properties; "Unknown class %hs" for one that is not registered.
+  void SetPropertyClass(const tovin::ClassTag& tag);
+  const tovin::Class* GetPropertyClass() const noexcept { return propertyClass_; }
+
+  unsigned GetNumProperties() const noexcept { return static_cast<unsigned>(properties_.getSize()); }
+  CProperty* GetProperty(int index) const;
+  /// Null if none.
+  CProperty* GetProperty(const wchar_t* name) const;
+  const tovin::Value& GetValue(unsigned index) const;
+  /// -1 if none.
+  int GetIndex(const wchar_t* name) const;
+
+  /// A property that is not in the storage yet: of the class given, else of the property class, else a CProperty.
+  CProperty* NewProperty(tovin::Class* propertyClass);
+  /// A copy for a property; the caller owns it.
+  static tovin::Value* NewValue(const tovin::Value* value);
+  /// Appends a property that takes over the value.
+  CProperty* AppendProperty(const wchar_t* name, OwnedValue value);
+  /// Appends a property with a copy of the value; null makes a null value.
+  CProperty* MakeNewPropertyWithCopiedValue(const wchar_t* name, const tovin::Value* value);
+  void RemoveProperty(unsigned index);
+  /// \param to may be the new number of properties: the end.
+  void ReorderProperty(unsigned from, unsigned to);
+  /// Brings the named properties to the front in that order, by swapping.
+  void ReorderProperties(const NameList& names, bool createMissing, bool removeOthers);
+  void SetName(unsigned index, const wchar_t* name);
+  void Clear();
+
+  void AddToHash(const wchar_t* name, int index);
+  void RebuildHash() const;
+  bool HashUpToDate() const noexcept { return index_ && !index_->needsRebuild; }
+  void SetHashNeedsRebuild() noexcept;
+  /// The index's buckets, 0 while there is no index.
+  uint32_t GetNumHashBuckets() const noexcept { return index_ ? index_->map.getNumBuckets() : 0; }
+
+  void serialize(tovin::iByteOutputStream& stream) const override { internalSerialize(stream, nullptr); }
+  /// Only the named properties, in that order; "Unable to find property '%ls'".
+  void serializeSubset(tovin::iByteOutputStream& stream, const NameList& names) const;
+  void internalSerialize(tovin::iByteOutputStream& stream, const NameList* names) const;
+  void deserialize(tovin::iByteInputStream& stream) override;
+
+  void onActivate() override;
+  void onDeactivate() override;
+
+ private:
+  struct NameIndex {
+    tovin::HashMap<ztUniqueString, int, tovin::FoldedNameTraits> map;
+    bool needsRebuild = true;
+  };
+
+  unsigned checkedIndex(unsigned index) const;
+  void append(CProperty* property);
+  int scan(const wchar_t* name) const;
+  int defineMissing(const wchar_t* name);
+  void swapProperties(unsigned a, unsigned b);
+
+  tovin::Array<CProperty*> properties_;
+  mutable std::unique_ptr<NameIndex> index_;
+  tovin::Class* propertyClass_ = nullptr;
+  tovin::iPropertyCollection* owner_ = nullptr;
+};

@@ -1,0 +1,55 @@
+#include "ztbaseclient/node/CBaseNode.h"
+
+#include "tovin/Constants.h"
+#include "ztbaseclient/framework/RecordVersion.h"
+#include "ztbaseclient/framework/StreamPrimitives.h"
+#include "ztcore/ztUniqueStrings.h"
+
+using tovin::guarded;
+
+const tovin::ClassTagDecl CBaseNode::Tag("DraVolin.data.BaseNode");
+tovin::LeakDetector CBaseNode::m_leakDetector(CBaseNode::ClassName);
+tovin::PooledClassImp<CBaseNode> CBaseNode::m_class(CBaseNode::Tag, CBaseNode::m_leakDetector);
+
+const int CBaseNode::BASE_NODE_VERSION = 9095;
+
+CBaseNode::CBaseNode(const CBaseNode& other)
+    : tovin::Object(other), tovin::CountedObject(other), FrameworkClass(other) {
+  guarded({ClassName, ClassName}, [&] { AssignFrom(static_cast<const tovin::iNode*>(&other), true); });
+}
+
+CBaseNode::~CBaseNode() = default;
+
+tovin::Object* CBaseNode::clone() const { return cloneNode(true); }
+
+bool CBaseNode::WriteClassRecord(tovin::iByteOutputStream& stream) const {
+  WriteCompactInt(stream, BASE_NODE_VERSION);
+  return true;
+}
+
+bool CBaseNode::ReadClassRecord(tovin::iByteInputStream& stream) {
+  RecordVersion::require(stream, BASE_NODE_VERSION);
+  return true;
+}
+
+void CBaseNode::serialize(tovin::iByteOutputStream& stream) const {
+  guarded({ClassName, "serialize"}, [&] {
+    WriteClassRecord(stream);
+    SerializeNode(stream, true);
+  });
+}
+
+void CBaseNode::deserialize(tovin::iByteInputStream& stream) {
+  guarded({ClassName, "deserialize"}, [&] {
+    ReadClassRecord(stream);
+    DeserializeNode(stream, true);
+  });
+}
+
+void CBaseNode::onActivate() {
+  static const ztUniqueString generic(tovin::DRV_NODE_Generic);
+  OnActivateDefault();
+  SetUniqueNodeName(generic);
+}
+
+void CBaseNode::onDeactivate() { OnDeactivateDefault(); }

@@ -1,0 +1,131 @@
+#pragma once
+
+#include <memory>
+#include <vector>
+
+#include "tovin/Array.h"
+#include "tovin/Ptr.h"
+#include "tovin/iXPathParser.h"
+#include "tovin/values/NullValue.h"
+#include "ztbaseclient/Export.h"
+#include "ztbaseclient/node/cppNodeQName.h"
+
+/// The core of every node class: it owns the node's state and does all the work that NodeImpl forwards to it.
+///
+/// - Value: the property "text-content" of the node's collection, marked by flag 0x8.
+/// - Ownership: one reference to each child and to the collection; the parent is a back pointer.
+/// - Depth: building, writing, reading, copying and releasing take no stack by the depth of the tree.
+/// - Record: docs/formats.md, "Node core".
+class ZTBASECLIENT_API CNodeImplBase {
+ public:
+  static const wchar_t* const DefaultValueName;
+  static const wchar_t* const NullNodeMsg;
+  static const wchar_t* const OwnParentErrMsg;
+  /// The value of a node that has none.
+  static const tovin::NullValue nullNodeValue;
+  static const tovin::ClassTagDecl Tag;
+  static constexpr const char* ClassName = "CNodeImplBase";
+  static tovin::LeakDetector m_leakDetector;
+
+  virtual ~CNodeImplBase();
+  virtual tovin::iNode* GetINode() = 0;
+  virtual bool CanHaveParentNode() const { return true; }
+  virtual void OnActivateDefault();
+  virtual void OnDeactivateDefault();
+
+ protected:
+  CNodeImplBase();
+  /// Copies nothing: the copy constructor of a node class follows it with a deep AssignFrom, once the node is whole.
+  CNodeImplBase(const CNodeImplBase& other);
+  /// Shallow, on purpose: both nodes then share parser, child array and collection, and no child gets a reference.
+  CNodeImplBase& operator=(const CNodeImplBase& other);
+
+  // What a node class writes ahead of the core record, and reads back. False, the default: the class has a record
+  // of its own making, so that its children are not walked here but by its own serialize.
+  virtual bool WriteClassRecord(tovin::iByteOutputStream& stream) const;
+  virtual bool ReadClassRecord(tovin::iByteInputStream& stream);
+  // True for a class whose cloneNode is a new instance and AssignFrom.
+  virtual bool ClonesByAssignment() const { return false; }
+  // A node that only this one holds, besides its children, to be released after it; null if none.
+  virtual tovin::iNode* SurrenderObject() { return nullptr; }
+
+  const wchar_t* GetNodeName() const { return name_.getQName(); }
+  void SetNodeName(const wchar_t* name) { name_.setName(name); }
+  void SetUniqueNodeName(const wchar_t* name) { name_.setUniqueName(name); }
+  const wchar_t* GetNodeNamePrefix() const { return name_.getUriName(); }
+  const wchar_t* GetNodeLocalName() const { return name_.getLocalName(); }
+  const tovin::Value& GetNodeValue() const;
+  void SetValue(const tovin::Value& value);
+
+  unsigned NumProperties() const { return properties_ ? properties_->getSize() : 0; }
+  tovin::iPropertyCollection* FindPropCollection() const { return properties_.get(); }
+  tovin::iPropertyCollection* EnsurePropCollectionExists() const;
+  void DeletePropCollection();
+  void ClearCollection();
+
+  unsigned NumChildNodes() const { return children_ ? static_cast<unsigned>(children_->getSize()) : 0; }
+  tovin::iNode* GetChildNode(unsigned index) const;
+  unsigned GetChildNodeIndex(const tovin::iNode* child) const;
+  void FindChildNodesByName(const wchar_t* name, tovin::NodeReferenceSet& out) const;
+  /// Appends for an index at or beyond the end.
+  void AddChildNode(tovin::iNode* child, unsigned index);
+  void ReplaceChildNode(tovin::iNode* child, unsigned index);
+  void RemoveChildNode(unsigned index);
+  void ClearChildren();
+  void AppendChildNode(tovin::iNode* child);
+  void InsertChildNodeBefore(tovin::iNode* newChild, const tovin::iNode* refChild);
+  void ReplaceChildNodeBy(tovin::iNode* oldChild, tovin::iNode* newChild);
+  bool RemoveChildNode(const tovin::iNode* child);
+
+  void CleanOutNodeData(bool clearParent);
+  tovin::iNode* GetParentNode() const { return const_cast<tovin::iNode*>(parent_); }
+  void SetParentNode(const tovin::iNode* parent) { parent_ = parent; }
+  tovin::iNode* GetRootNode() const;
+  bool IsAncestorNode(const tovin::iNode* node) const;
+  void GetNodeIndexPath(tovin::IntegerArrayValue& out, const tovin::iNode* ancestor) const;
+  void GetNodeIndexPathExpression(tovin::WideString& out, const tovin::iNode* ancestor) const;
+
+  bool RunXPathQuery(const tovin::iNode* context, const wchar_t* expression, unsigned flags, bool& result) const;
+  bool RunXPathQuery(const tovin::iNode* context, const wchar_t* expression, unsigned flags, int& result) const;
+  bool RunXPathQuery(const tovin::iNode* context, const wchar_t* expression, unsigned flags,
+                     tovin::PropertyReferenceSet& result) const;
+  bool RunXPathQuery(const tovin::iNode* context, const wchar_t* expression, unsigned flags,
+                     tovin::NodeReferenceSet& result) const;
+  bool RunXPathQuery(const tovin::iNode* context, const wchar_t* expression, unsigned flags,
+                     tovin::WideString& result) const;
+  /// Borrowed; made on first use and kept until the node is cleaned out.
+  tovin::iXPathParser* GetXPathParser() const;
+
+  void SerializeNode(tovin::iByteOutputStream& stream, bool withChildren) const;
+  void DeserializeNode(tovin::iByteInputStream& stream, bool withChildren);
+
+  /// Name, value and properties; deep also the children, each by its own cloneNode.
+  void AssignFrom(const tovin::iNode* source, bool deep);
+  void AssignFrom(const CNodeImplBase& source, bool deep);
+
+ private:
+  using ChildArray = tovin::Array<tovin::iNode*>;
+
+  tovin::iNode* inode() const { return const_cast<CNodeImplBase*>(this)->GetINode(); }
+  void writeCore(tovin::iByteOutputStream& stream) const;
+  void readCore(tovin::iByteInputStream& stream);
+  int32_t readChildCount(tovin::iByteInputStream& stream);
+  tovin::iNode* readChildInstance(tovin::iByteInputStream& stream);
+  void assignOwn(const tovin::iNode* source);
+  void cloneChildren(const tovin::iNode* source, std::vector<tovin::Ptr<tovin::iNode>>& copies) const;
+  void surrender(std::vector<tovin::iNode*>& released);
+  void requireAttachable(tovin::iNode* child) const;
+  void requireChildren() const;
+  template <class Result>
+  bool runQuery(const tovin::iNode* context, const wchar_t* expression, unsigned flags, Result& result) const;
+
+  mutable tovin::Ptr<tovin::iXPathParser> parser_;
+  tovin::NarrowString namePrefix_;
+  tovin::NarrowString classTag_;
+  cppNodeQName name_;
+  const tovin::iNode* parent_ = nullptr;
+  std::shared_ptr<ChildArray> children_;
+  mutable tovin::Ptr<tovin::iPropertyCollection> properties_;
+  // False where another node's collection is shared, which keeps that one as its owner.
+  mutable bool ownsCollection_ = false;
+};

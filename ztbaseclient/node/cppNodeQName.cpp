@@ -1,0 +1,104 @@
+#include "ztbaseclient/node/cppNodeQName.h"
+
+#include "tovin/BaseString.h"
+#include "tovinCore/Guard.h"
+#include "ztbaseclient/framework/StreamPrimitives.h"
+#include "ztcore/ztUniqueStrings.h"
+
+tovin::LeakDetector cppNodeQName::m_leakDetector(cppNodeQName::ClassName);
+
+namespace {
+
+void replace(const wchar_t*& field, const wchar_t* text) {
+  field = ztUniqueStrings::GetUniqueString(text, field, nullptr);
+}
+
+// A text that is shared already needs no look-up.
+void share(const wchar_t*& field, const wchar_t* sharedText) {
+  const wchar_t* old = field;
+  field = ztUniqueStrings::AddReference(sharedText);
+  if (old) ztUniqueStrings::GetUniqueString(nullptr, old, nullptr);
+}
+
+}  // namespace
+
+cppNodeQName::cppNodeQName() { m_leakDetector.Add(this, ClassName); }
+
+cppNodeQName::cppNodeQName(const wchar_t* qname) : cppNodeQName() { replace(qualifiedName_, qname); }
+
+cppNodeQName::cppNodeQName(const cppNodeQName& other) : cppNodeQName() { *this = other; }
+
+cppNodeQName& cppNodeQName::operator=(const cppNodeQName& other) {
+  share(qualifiedName_, other.qualifiedName_);
+  share(localName_, other.localName_);
+  share(prefix_, other.prefix_);
+  return *this;
+}
+
+cppNodeQName::~cppNodeQName() {
+  tovin::guardedDestruction(ClassName, [&] { onDeactivate(); });
+  m_leakDetector.Sub(this);
+}
+
+void cppNodeQName::setName(const wchar_t* name) { replace(qualifiedName_, name); }
+
+void cppNodeQName::setUniqueName(const wchar_t* name) { share(qualifiedName_, name); }
+
+void cppNodeQName::setLocalName(const wchar_t* name) {
+  replace(localName_, name);
+  replace(qualifiedName_, nullptr);
+}
+
+void cppNodeQName::setUriName(const wchar_t* prefix) { replace(prefix_, prefix); }
+
+const wchar_t* cppNodeQName::getQName() const {
+  if (qualifiedName_ || !localName_) return qualifiedName_;
+  tovin::WideString name;
+  if (prefix_ && *prefix_) (name += prefix_) += L':';
+  name += localName_;
+  replace(qualifiedName_, name.isNull() ? L"" : name.c_str());
+  return qualifiedName_;
+}
+
+const wchar_t* cppNodeQName::getLocalName() const {
+  if (!localName_ && qualifiedName_) splitName();
+  return localName_;
+}
+
+const wchar_t* cppNodeQName::getUriName() const {
+  if (!prefix_ && qualifiedName_) splitName();
+  return prefix_;
+}
+
+void cppNodeQName::splitName() const {
+  const tovin::WideString name(qualifiedName_);
+  const size_t colon = name.find(L":");
+  if (colon == name.npos || colon == 0) {
+    replace(localName_, name);
+    replace(prefix_, nullptr);
+    return;
+  }
+  replace(prefix_, name.subString(0, colon));
+  replace(localName_, name.subString(colon + 1));
+}
+
+void cppNodeQName::serialize(tovin::iByteOutputStream& stream) const {
+  WriteWideString(stream, qualifiedName_);
+  WriteWideString(stream, localName_);
+  WriteWideString(stream, prefix_);
+}
+
+void cppNodeQName::deserialize(tovin::iByteInputStream& stream) {
+  tovin::WideString text;
+  for (const wchar_t** field : {&qualifiedName_, &localName_, &prefix_}) {
+    ReadWideString(stream, text);
+    replace(*field, text);
+  }
+}
+
+void cppNodeQName::onActivate() noexcept { qualifiedName_ = localName_ = prefix_ = nullptr; }
+
+void cppNodeQName::onDeactivate() {
+  setUriName(nullptr);
+  setLocalName(nullptr);
+}

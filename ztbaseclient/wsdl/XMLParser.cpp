@@ -1,0 +1,167 @@
+#include "ztbaseclient/wsdl/XMLParser.h"
+
+#include <expat.h>
+
+#include <algorithm>
+#include <climits>
+#include <string>
+
+#include "tovinCore/Guard.h"
+#include "ztbaseclient/node/CBaseNode.h"
+#include "ztcore/ztFile.h"
+
+using tovin::guarded;
+
+namespace {
+
+// The first piece of a file; later ones double, so that a token over many pieces is not scanned again for each.
+constexpr int firstPiece = 2048;
+constexpr int largestPiece = 1 << 20;
+
+}  // namespace
+
+// Makes nodes out of expat's texts, with room for widened texts that is used again.
+class CWsdlParser::XMLParser::Builder {
+ public:
+  CBaseNode* makeNode(const char* name, const char** attributes) {
+    tovin::Ptr<CBaseNode> node(CBaseNode::allocate());
+    node->setName(widen(name_, name));
+    if (*attributes) {
+      tovin::iPropertyCollection* properties = node->getProperties();
+      for (; *attributes; attributes += 2) {
+        properties->define(widen(name_, attributes[0]), widen(text_, attributes[1]), 0);
+      }
+    }
+    return node.detachUncounted();
+  }
+
+ private:
+  // One wide character a byte: the document's encoding is not undone here.
+  static const wchar_t* widen(std::wstring& room, const char* bytes) {
+    room.clear();
+    for (; *bytes; ++bytes) room += static_cast<wchar_t>(static_cast<unsigned char>(*bytes));
+    return room.c_str();
+  }
+
+  std::wstring name_;
+  std::wstring text_;
+};
+
+CWsdlParser::XMLParser::XMLParser() : builder_(std::make_unique<Builder>()) {}
+
+CWsdlParser::XMLParser::~XMLParser() {
+  tovin::guardedDestruction("CWsdlParser::XMLParser", [&] { reset(); });
+}
+
+void CWsdlParser::XMLParser::reset() {
+  if (expat_) XML_ParserFree(expat_);
+  expat_ = nullptr;
+  current_.reset();
+  root_.reset();
+  raw_ = {};
+  failure_ = nullptr;
+}
+
+void CWsdlParser::XMLParser::prepare() {
+  if (!expat_) expat_ = XML_ParserCreate(nullptr);
+  if (!expat_) throw tovin::MemoryException(1, sizeof(void*));
+  XML_SetUserData(expat_, this);
+  XML_SetElementHandler(expat_, startElement, endElement);
+  XML_SetCharacterDataHandler(expat_, charHandler);
+}
+
+void CWsdlParser::XMLParser::rethrowFailure() {
+  if (failure_) std::rethrow_exception(std::exchange(failure_, nullptr));
+}
+
+// Feeds pieces until read(piece, size) gives none; what was read is kept.
+template <class Read>
+tovin::iNode* CWsdlParser::XMLParser::parsePieces(Read&& read) {
+  int size = firstPiece;
+  for (size_t count = 1; count > 0; size = std::min(size * 2, largestPiece)) {
+    auto* piece = static_cast<unsigned char*>(XML_GetBuffer(expat_, size));
+    count = piece ? read(piece, static_cast<unsigned>(size)) : 0;
+    const XML_Status status = piece ? XML_ParseBuffer(expat_, static_cast<int>(count), count == 0) : XML_STATUS_ERROR;
+    rethrowFailure();
+    if (status != XML_STATUS_OK) {
+      throw tovin::Exception(L"Parse error: %hs", XML_ErrorString(XML_GetErrorCode(expat_)));
+    }
+    raw_.items().insert(raw_.end(), piece, piece + count);
+  }
+  return root_.get();
+}
+
+tovin::iNode* CWsdlParser::XMLParser::parse(const wchar_t* fileName) {
+  return guarded({CWsdlParser::ClassName, "parse()"}, [&] {
+    prepare();
+    ztFile file;
+    if (!file.Open(fileName, ztFile::ForReading, ztFile::Encoding::Bytes, true)) {
+      throw tovin::Exception(L"Unable to open file");
+    }
+    return parsePieces([&](unsigned char* piece, unsigned size) { return size_t{file.Read(piece, size)}; });
+  });
+}
+
+tovin::iNode* CWsdlParser::XMLParser::parse(tovin::iByteInputStream& stream) {
+  return guarded({CWsdlParser::ClassName, "parse()"}, [&] {
+    prepare();
+    return parsePieces([&](unsigned char* piece, unsigned size) { return stream.take(piece, size); });
+  });
+}
+
+tovin::iNode* CWsdlParser::XMLParser::parse(const tovin::Array<unsigned char>& bytes) {
+  return guarded({CWsdlParser::ClassName, "parse()"}, [&] {
+    prepare();
+    const auto* at = reinterpret_cast<const char*>(bytes.data());
+    size_t left = bytes.getSize();
+    XML_Status status = XML_STATUS_OK;
+    // expat counts in int.
+    for (; left > INT_MAX && status == XML_STATUS_OK; left -= INT_MAX, at += INT_MAX) {
+      status = XML_Parse(expat_, at, INT_MAX, false);
+    }
+    if (status == XML_STATUS_OK) XML_Parse(expat_, at, static_cast<int>(left), true);
+    rethrowFailure();
+    return root_.get();
+  });
+}
+
+// Runs a callback's work; what it throws waits outside the C parser, which stops.
+template <class Body>
+void CWsdlParser::XMLParser::protect(Body&& body) {
+  if (!expat_) return body();
+  if (failure_) return;
+  try {
+    body();
+  } catch (...) {
+    failure_ = std::current_exception();
+    XML_StopParser(expat_, false);
+  }
+}
+
+void CWsdlParser::XMLParser::startElement(void* userData, const char* name, const char** attributes) {
+  auto* self = static_cast<XMLParser*>(userData);
+  self->protect([&] { self->startElementImpl(name, attributes); });
+}
+
+void CWsdlParser::XMLParser::endElement(void* userData, const char* name) {
+  auto* self = static_cast<XMLParser*>(userData);
+  self->protect([&] { self->endElementImpl(name); });
+}
+
+void CWsdlParser::XMLParser::charHandler(void* userData, const char* text, int length) {
+  static_cast<XMLParser*>(userData)->charHandlerImpl(text, length);
+}
+
+void CWsdlParser::XMLParser::startElementImpl(const char* name, const char** attributes) {
+  const tovin::Ptr<tovin::iNode> node(builder_->makeNode(name, attributes));
+  if (!root_) root_ = node;
+  else if (current_) current_->appendChild(node.get());
+  current_ = node;
+}
+
+void CWsdlParser::XMLParser::endElementImpl(const char*) {
+  if (!current_) throw tovin::Exception(L"Cannot dereference a NULL pointer");
+  current_ = tovin::Ptr<tovin::iNode>(current_->findParent());
+}
+
+void CWsdlParser::XMLParser::charHandlerImpl(const char*, int) {}

@@ -1,0 +1,63 @@
+#pragma once
+
+#include <exception>
+#include <memory>
+
+#include "tovin/Array.h"
+#include "tovin/Ptr.h"
+#include "tovin/iNode.h"
+#include "ztbaseclient/wsdl/CWsdlParser.h"
+
+struct XML_ParserStruct;
+
+/// Builds a node tree from an XML document: elements become nodes, attributes properties, all else is passed over.
+///
+///     CWsdlParser::XMLParser parser;
+///     tovin::Ptr<tovin::iNode> root(parser.parse(L"service.wsdl"));
+///
+/// - Shape: names and attribute texts are the document's UTF-8, each byte one wide character.
+/// - Ownership: holds one reference to the root until reset(); parse() lends it.
+/// - Errors: "Unable to open file", "Parse error: %hs" from a file. Bytes that are no XML raise nothing: what was
+///   built before the fault is the answer, null if that is nothing.
+/// - One document: a second parse needs a reset() in between.
+class ZTBASECLIENT_API CWsdlParser::XMLParser {
+ public:
+  XMLParser();
+  XMLParser(const XMLParser&) = delete;
+  XMLParser& operator=(const XMLParser&) = delete;
+  ~XMLParser();
+
+  tovin::iNode* parse(const wchar_t* fileName);
+  tovin::iNode* parse(const tovin::Array<unsigned char>& bytes);
+  /// From where the stream stands to its end, with the errors of a file.
+  tovin::iNode* parse(tovin::iByteInputStream& stream);
+  void reset();
+
+  /// The bytes of the file that was read, in reading order; none after bytes were parsed.
+  const tovin::Array<unsigned char>& getRawBytes() const noexcept { return raw_; }
+
+  static void startElement(void* userData, const char* name, const char** attributes);
+  static void endElement(void* userData, const char* name);
+  static void charHandler(void* userData, const char* text, int length);
+
+ private:
+  class Builder;
+
+  void prepare();
+  template <class Read>
+  tovin::iNode* parsePieces(Read&& read);
+  void rethrowFailure();
+  template <class Body>
+  void protect(Body&& body);
+  void startElementImpl(const char* name, const char** attributes);
+  void endElementImpl(const char* name);
+  void charHandlerImpl(const char* text, int length);
+
+  XML_ParserStruct* expat_ = nullptr;
+  tovin::Ptr<tovin::iNode> root_;
+  tovin::Ptr<tovin::iNode> current_;
+  tovin::Array<unsigned char> raw_;
+  std::unique_ptr<Builder> builder_;
+  // What a callback threw: it must not pass through the C parser.
+  std::exception_ptr failure_;
+};

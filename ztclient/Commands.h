@@ -1,0 +1,16 @@
+#pragma once
+
+#include <CLI/CLI.hpp>
+
+/// What every subcommand shares: each adds itself to the command line, with what it does when it is chosen.
+namespace commands {
+
+/// Exit statuses.
+constexpr int done = 0;
+constexpr int negative = 1;
+constexpr int trouble = 2;
+
+/// \param status out: the exit status of the subcommand that ran.
+void addTree(CLI::App& app, int& status);
+
+}  // namespace commands

@@ -1,0 +1,101 @@
+#include "ztclient/Document.h"
+
+#include <cstdio>
+#include <vector>
+
+#include "tovinCore/Utf8.h"
+#include "ztbaseclient/framework/StreamPrimitives.h"
+#include "ztbaseclient/node/CBaseNode.h"
+#include "ztbaseclient/node/CObjectTransportNode.h"
+#include "ztbaseclient/wsdl/XMLParser.h"
+#include "ztcore/ztFile.h"
+#include "ztcore/ztMemoryStreams.h"
+
+namespace {
+
+constexpr size_t pieceSize = 1 << 16;
+
+std::string readStandardInput() {
+  std::string bytes;
+  char piece[pieceSize];
+  while (const size_t count = std::fread(piece, 1, sizeof piece, stdin)) bytes.append(piece, count);
+  return bytes;
+}
+
+// The long forms of a compact integer: every node record begins with one.
+bool beginsRecord(const std::string& bytes) { return !bytes.empty() && bytes[0] >= 1 && bytes[0] <= 3; }
+
+tovin::Ptr<tovin::iNode> makeNodeFor(const std::string& record) {
+  ztMemoryByteInputStream stream(record.data(), record.size());
+  int32_t version = 0;
+  ReadCompactInt(stream, version);
+  const bool transport = version == CObjectTransportNode::OBJECT_TRANSPORT_NODE_VERSION ||
+                         version == CObjectTransportNode::OLD_OBJECT_TRANSPORT_NODE_VERSION;
+  if (transport) return CObjectTransportNode::allocate();
+  return CBaseNode::allocate();
+}
+
+tovin::Ptr<tovin::iNode> readRecord(const std::string& record) {
+  tovin::Ptr<tovin::iNode> root = makeNodeFor(record);
+  ztMemoryByteInputStream stream(record.data(), record.size());
+  root->deserialize(stream);
+  if (stream.GetRemaining() > 0) {
+    throw tovin::Exception(L"%d bytes stand behind the record", stream.GetRemaining());
+  }
+  return root;
+}
+
+tovin::Ptr<tovin::iNode> readXml(const std::string& bytes) {
+  ztMemoryByteInputStream stream(bytes.data(), bytes.size());
+  CWsdlParser::XMLParser parser;
+  return parser.parse(stream);
+}
+
+std::string bytesOf(const wchar_t* text) {
+  std::string bytes;
+  for (; text && *text; ++text) bytes += static_cast<char>(*text);
+  return bytes;
+}
+
+}  // namespace
+
+std::string Document::utf8(const wchar_t* text) const {
+  return bytesAsCharacters ? bytesOf(text) : tovin::wideToUtf8(text);
+}
+
+std::string readBytes(const std::string& file) {
+  if (file == "-") return readStandardInput();
+  ztFile in;
+  if (!in.Open(tovin::utf8ToWide(file).c_str(), ztFile::ForReading)) throw tovin::Exception(L"Unable to open file");
+  std::string bytes;
+  std::vector<unsigned char> piece(pieceSize);
+  while (const unsigned count = in.Read(piece.data(), pieceSize)) {
+    bytes.append(reinterpret_cast<const char*>(piece.data()), count);
+  }
+  return bytes;
+}
+
+Document readDocument(const std::string& file) {
+  const std::string bytes = readBytes(file);
+  if (beginsRecord(bytes)) return {readRecord(bytes), false};
+  return {readXml(bytes), true};
+}
+
+void walk(const tovin::iNode& root, const std::function<void(const tovin::iNode&, size_t)>& visit) {
+  struct Step {
+    const tovin::iNode* node;
+    unsigned next;
+  };
+  std::vector<Step> steps{{&root, 0}};
+  visit(root, 0);
+  while (!steps.empty()) {
+    Step& step = steps.back();
+    if (step.next == step.node->getNumberOfChildren()) {
+      steps.pop_back();
+      continue;
+    }
+    const tovin::iNode* child = step.node->getChildAt(step.next++);
+    visit(*child, steps.size());
+    steps.push_back({child, 0});
+  }
+}

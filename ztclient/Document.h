@@ -1,0 +1,26 @@
+#pragma once
+
+#include <functional>
+#include <string>
+
+#include "tovin/Ptr.h"
+#include "tovin/iNode.h"
+
+/// A tree that the command was given: from an XML document or from a node record.
+struct Document {
+  tovin::Ptr<tovin::iNode> root;
+  /// The reader of XML keeps one character a byte.
+  bool bytesAsCharacters = false;
+
+  /// A text of the tree as UTF-8; empty for null.
+  std::string utf8(const wchar_t* text) const;
+};
+
+/// Reads a file, or standard input for "-". Told by its first byte: 1 to 3 begins a record, anything else XML.
+Document readDocument(const std::string& file);
+
+/// Calls visit(node, depth) for a node and everything below it, in document order, without recursion.
+void walk(const tovin::iNode& root, const std::function<void(const tovin::iNode& node, size_t depth)>& visit);
+
+/// All bytes of a file, or of standard input for "-".
+std::string readBytes(const std::string& file);

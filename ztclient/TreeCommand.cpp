@@ -1,0 +1,151 @@
+// ztclient tree: an XML document or a node record as a tree, and the way from one to the other.
+#include <cmath>
+#include <iostream>
+#include <memory>
+
+#include "tovin/values/BitsetValue.h"
+#include "tovin/values/DoubleValue.h"
+#include "tovin/values/IntegerArrayValue.h"
+#include "tovin/values/IntegerValue.h"
+#include "tovin/values/StringArrayValue.h"
+#include "tovin/values/StringValue.h"
+#include "tovinCore/Utf8.h"
+#include "ztbaseclient/node/CObjectTransportNode.h"
+#include "ztclient/Commands.h"
+#include "ztclient/Document.h"
+#include "ztclient/Json.h"
+#include "ztcore/ztFile.h"
+#include "ztcore/ztMemoryStreams.h"
+
+namespace {
+
+// From this level on, its number stands where the blanks would take the line.
+constexpr size_t numberedLevel = 40;
+
+struct Options {
+  std::string file;
+  std::string record;
+  bool json = false;
+};
+
+template <class T>
+const T* as(const tovin::Value& value) {
+  return tovin::seek<T>(static_cast<const tovin::Object*>(&value));
+}
+
+Json textOrNull(const Document& document, const wchar_t* text) {
+  return text ? Json(document.utf8(text)) : Json();
+}
+
+Json numberOf(double number) {
+  if (std::isfinite(number)) return number;
+  return std::isnan(number) ? "NaN" : number > 0 ? "Infinity" : "-Infinity";
+}
+
+Json bitsOf(const tovin::BitsetValue& bits) {
+  Json on = Json::array();
+  for (unsigned bit = bits.getNextNoCheck(0); bit < bits.getNumBits(); bit = bits.getNextNoCheck(bit + 1)) {
+    on.push_back(bit);
+  }
+  return on;
+}
+
+Json valueOf(const Document& document, const tovin::Value& value) {
+  if (const auto* text = as<tovin::StringValue>(value)) return textOrNull(document, text->getString());
+  if (const auto* real = as<tovin::DoubleValue>(value)) return numberOf(real->getDouble());
+  if (const auto* integer = as<tovin::IntegerValue>(value)) return integer->getInteger();
+  if (const auto* bits = as<tovin::BitsetValue>(value)) return bitsOf(*bits);
+  if (const auto* numbers = as<tovin::IntegerArrayValue>(value)) return numbers->content();
+  if (const auto* texts = as<tovin::StringArrayValue>(value)) {
+    Json list = Json::array();
+    for (const tovin::WideString& text : texts->content()) list.push_back(textOrNull(document, text));
+    return list;
+  }
+  return nullptr;
+}
+
+std::string lastWord(const char* className) {
+  const std::string name = className;
+  return name.substr(name.rfind('.') + 1);
+}
+
+Json propertyToJson(const Document& document, const tovin::iProperty& property) {
+  const tovin::Value& value = property.getValue();
+  Json json = {{"name", textOrNull(document, property.getName())},
+               {"type", lastWord(value.getClassTag())},
+               {"value", valueOf(document, value)},
+               {"flags", property.getInfo()->getMetaDataFlags().getBits()}};
+  if (const auto* bits = as<tovin::BitsetValue>(value)) json["bits"] = bits->getNumBits();
+  return json;
+}
+
+template <class Visit>
+void forProperties(const tovin::iNode& node, Visit&& visit) {
+  if (!node.hasProperties()) return;
+  const tovin::iPropertyCollection* properties = node.getProperties();
+  for (unsigned i = 0; i < properties->getSize(); ++i) visit(*properties->get(i));
+}
+
+Json nodeToJson(const Document& document, const tovin::iNode& node, size_t depth) {
+  Json json = {{"depth", depth},
+               {"class", static_cast<const char*>(node.getClassTag())},
+               {"name", textOrNull(document, node.getName())},
+               {"properties", Json::array()}};
+  forProperties(node, [&](const tovin::iProperty& property) {
+    json["properties"].push_back(propertyToJson(document, property));
+  });
+  if (const auto* carrier = tovin::seek<CObjectTransportNode>(static_cast<const tovin::Object*>(&node))) {
+    const tovin::Object* object = carrier->GetObject();
+    json["object"] = object ? Json(static_cast<const char*>(object->getClassTag())) : Json();
+  }
+  return json;
+}
+
+std::string nodeToLine(const Document& document, const tovin::iNode& node, size_t depth) {
+  std::string line = depth < numberedLevel ? std::string(2 * depth, ' ') : std::to_string(depth) + " ";
+  line += document.utf8(node.getName());
+  forProperties(node, [&](const tovin::iProperty& property) {
+    line += " " + document.utf8(property.getName()) + "=" + toText(valueOf(document, property.getValue()));
+  });
+  if (const auto* carrier = tovin::seek<CObjectTransportNode>(static_cast<const tovin::Object*>(&node))) {
+    if (carrier->GetObject()) line += std::string(" <") + static_cast<const char*>(carrier->GetObject()->getClassTag()) + ">";
+  }
+  return line;
+}
+
+void print(const Document& document, bool json) {
+  walk(*document.root, [&](const tovin::iNode& node, size_t depth) {
+    std::cout << (json ? toText(nodeToJson(document, node, depth)) : nodeToLine(document, node, depth)) << '\n';
+  });
+}
+
+void writeRecord(const Document& document, const std::string& file) {
+  ztMemoryByteOutputStream record;
+  document.root->serialize(record);
+  ztFile out;
+  if (!out.Open(tovin::utf8ToWide(file).c_str(), ztFile::ForWriting)) {
+    throw tovin::Exception(L"Unable to write file %ls", tovin::utf8ToWide(file));
+  }
+  out.Write(record.GetBytes(), record.GetSize());
+}
+
+void run(const Options& options) {
+  const Document document = readDocument(options.file);
+  if (options.record.empty()) print(document, options.json);
+  else writeRecord(document, options.record);
+}
+
+}  // namespace
+
+void commands::addTree(CLI::App& app, int& status) {
+  auto options = std::make_shared<Options>();
+  CLI::App* tree = app.add_subcommand("tree", "Show an XML document or a node record as a tree");
+  tree->add_option("FILE", options->file, "XML document or node record; - for standard input")->required();
+  tree->add_flag("--json", options->json, "One JSON object a node, each on its own line");
+  tree->add_option("--record", options->record, "Write the node record to this file and print no tree");
+  tree->footer("Example: ztclient tree service.wsdl --record service.record");
+  tree->callback([options, &status] {
+    run(*options);
+    status = done;
+  });
+}

@@ -1,0 +1,42 @@
+// The command: a thin face on the library. One file a subcommand; this one only chooses and reports.
+#include <iostream>
+
+#include "tovinCore/Exception.h"
+#include "tovinCore/Utf8.h"
+#include "ztclient/Commands.h"
+
+namespace {
+
+std::string chosenName(const CLI::App& app) {
+  const auto chosen = app.get_subcommands();
+  return chosen.empty() ? std::string() : " " + chosen.front()->get_name();
+}
+
+int report(const CLI::App& app, const std::string& message) {
+  std::cout.flush();
+  std::cerr << "ztclient" << chosenName(app) << ": " << message << '\n';
+  return commands::trouble;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  std::ios::sync_with_stdio(false);
+  int status = commands::done;
+  CLI::App app("Client command of the workflow server", "ztclient");
+  app.require_subcommand(1);
+  commands::addTree(app, status);
+  try {
+    app.parse(argc, argv);
+    std::cout.flush();
+    return std::cout ? status : report(app, "cannot write to standard output");
+  } catch (const CLI::Success& e) {
+    return app.exit(e);
+  } catch (const CLI::ParseError& e) {
+    return report(app, e.what());
+  } catch (const tovin::Exception& e) {
+    return report(app, tovin::wideToUtf8(e.getMessage()));
+  } catch (const std::exception& e) {
+    return report(app, e.what());
+  }
+}
