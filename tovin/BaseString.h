@@ -19,7 +19,8 @@ namespace tovin {
 ///     name += L"[1]";
 ///     if (!name.isNull()) use(name.c_str());
 ///
-/// - Ownership: owns its characters; copies copy them. One pointer in size: length and capacity stand before the text.
+/// - Ownership: owns its characters; copies copy them. One pointer in size: length and capacity stand before
+/// the text.
 /// - Shape: C is wchar_t (UTF-16 units) or char; the length counts elements without the terminator.
 /// - Errors: MemoryException; InvalidIndexException(index, length - 1) from the checked operator[].
 template <class C>
@@ -41,8 +42,10 @@ class BaseString {
 
   BaseString& operator=(const BaseString& other) {
     if (this == &other) return *this;
-    if (other.isNull()) setNull();
-    else assign(other.text_, other.getLength());
+    if (other.isNull())
+      setNull();
+    else
+      assign(other.text_, other.getLength());
     return *this;
   }
   BaseString& operator=(BaseString&& other) noexcept {
@@ -50,8 +53,10 @@ class BaseString {
     return *this;
   }
   BaseString& operator=(const C* text) {
-    if (text) assign(text, View(text).size());
-    else setNull();
+    if (text)
+      assign(text, View(text).size());
+    else
+      setNull();
     return *this;
   }
   BaseString& operator=(View text) { return assign(text.data(), text.size()); }
@@ -121,7 +126,9 @@ class BaseString {
   friend bool operator==(const BaseString& a, const BaseString& b) noexcept {
     return a.isNull() == b.isNull() && a.view() == b.view();
   }
-  friend bool operator==(const BaseString& a, const C* b) noexcept { return b ? !a.isNull() && a.view() == b : a.isNull(); }
+  friend bool operator==(const BaseString& a, const C* b) noexcept {
+    return b ? !a.isNull() && a.view() == b : a.isNull();
+  }
 
  private:
   struct alignas(alignof(std::max_align_t)) Header {
@@ -133,11 +140,14 @@ class BaseString {
   size_t capacity() const noexcept { return text_ ? header()->capacity : 0; }
   long long lastIndex() const noexcept { return static_cast<long long>(getLength()) - 1; }
 
-  void growFor(size_t length) { grow(text_ && capacity() < length ? std::max(length, capacity() * 2) : length); }
+  void growFor(size_t length) {
+    grow(text_ && capacity() < length ? std::max(length, capacity() * 2) : length);
+  }
 
   void grow(size_t length) {
     if (text_ && capacity() >= length) return;
-    if (length > (SIZE_MAX / 2 - sizeof(Header)) / sizeof(C)) throw MemoryException(sizeof(C), static_cast<long long>(length));
+    if (length > (SIZE_MAX / 2 - sizeof(Header)) / sizeof(C))
+      throw MemoryException(sizeof(C), static_cast<long long>(length));
     void* block = AllocBase::_alloc(sizeof(Header) + (length + 1) * sizeof(C));
     if (!block) throw MemoryException(sizeof(C), static_cast<long long>(length));
     auto* fresh = static_cast<Header*>(block);

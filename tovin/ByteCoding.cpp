@@ -88,7 +88,8 @@ void readRawUnits(iByteInputStream& stream, wchar_t* out, int32_t count, Progres
   }
 }
 
-// Decodes units out of bytes that it reads ahead, never further than the units still to come need at the least.
+// Decodes units out of bytes that it reads ahead, never further than the units still to come need at the
+// least.
 class UnitReader {
  public:
   UnitReader(iByteInputStream& stream, Progress progress) : stream_(stream), progress_(progress) {}
@@ -157,7 +158,9 @@ void writeInt(iByteOutputStream& stream, int32_t value) {
   if (value >= -16 && value <= 15) {
     bytes[0] = static_cast<unsigned char>(bits << 2);
   } else {
-    bytes[0] = value == static_cast<int8_t>(value) ? oneByte : value == static_cast<int16_t>(value) ? twoBytes : fourBytes;
+    bytes[0] = value == static_cast<int8_t>(value)    ? oneByte
+               : value == static_cast<int16_t>(value) ? twoBytes
+                                                      : fourBytes;
     const size_t width = bytes[0] == fourBytes ? 4 : bytes[0];
     for (size_t i = 0; i < width; ++i) bytes[1 + i] = static_cast<unsigned char>(bits >> 8 * i);
     count += width;
@@ -178,7 +181,8 @@ int32_t readInt(iByteInputStream& stream) {
       return static_cast<int16_t>(bytes[0] | bytes[1] << 8);
     case fourBytes:
       readBytes(stream, bytes, 4, "int as int");
-      return static_cast<int32_t>(bytes[0] | bytes[1] << 8 | bytes[2] << 16 | static_cast<uint32_t>(bytes[3]) << 24);
+      return static_cast<int32_t>(bytes[0] | bytes[1] << 8 | bytes[2] << 16 |
+                                  static_cast<uint32_t>(bytes[3]) << 24);
     default:
       return static_cast<int8_t>(header) >> 2;
   }
@@ -196,13 +200,17 @@ bool readBool(iByteInputStream& stream) {
 }
 
 void writeWide(iByteOutputStream& stream, const wchar_t* text) {
-  if (text) writeUnits(stream, text);
-  else writeInt(stream, 0);
+  if (text)
+    writeUnits(stream, text);
+  else
+    writeInt(stream, 0);
 }
 
 void writeWide(iByteOutputStream& stream, const WideString& text) {
-  if (text.isNull()) writeInt(stream, 0);
-  else writeUnits(stream, text.view());
+  if (text.isNull())
+    writeInt(stream, 0);
+  else
+    writeUnits(stream, text.view());
 }
 
 void readWide(iByteInputStream& stream, WideString& text) {
@@ -269,9 +277,14 @@ unsigned encodeUtf8Unit(uint32_t value, unsigned char* out) noexcept {
     out[0] = static_cast<unsigned char>(value);
     return 1;
   }
-  const unsigned length = value < 0x800 ? 2 : value < 0x10000 ? 3 : value < 0x200000 ? 4 : value > 0x3FFFFFF ? 6 : 5;
+  const unsigned length = value < 0x800       ? 2
+                          : value < 0x10000   ? 3
+                          : value < 0x200000  ? 4
+                          : value > 0x3FFFFFF ? 6
+                                              : 5;
   constexpr unsigned char marks[] = {0, 0, 0xC0, 0xE0, 0xF0, 0xF8, 0xFC};
-  for (unsigned i = length - 1; i > 0; --i, value >>= 6) out[i] = static_cast<unsigned char>(0x80 | (value & 0x3F));
+  for (unsigned i = length - 1; i > 0; --i, value >>= 6)
+    out[i] = static_cast<unsigned char>(0x80 | (value & 0x3F));
   out[0] = static_cast<unsigned char>(marks[length] | value);
   return length;
 }
@@ -280,8 +293,8 @@ unsigned utf8UnitLength(unsigned char lead) noexcept {
   if (lead < 0x80) return 1;
   if ((lead & 0xE0) == 0xC0) return 2;
   if ((lead & 0xF0) == 0xE0) return 3;
-  // The mask looks at the last bit, not at bit 3, so every even byte from F0 on has four bytes. Records in the
-  // field were written and read by this test.
+  // The mask looks at the last bit, not at bit 3, so every even byte from F0 on has four bytes. Records in
+  // the field were written and read by this test.
   if ((lead & 0xF1) == 0xF0) return 4;
   if ((lead & 0xFD) == 0xF8) return 5;
   if ((lead & 0xFE) == 0xFC) return 6;
@@ -294,13 +307,26 @@ unsigned decodeUtf8Unit(const unsigned char* bytes, uint32_t& value) noexcept {
   const auto six = [&](unsigned i) { return bytes[i] & 0x3Fu; };
   const auto four = [&](unsigned i) { return bytes[i] & 0x0Fu; };
   switch (length) {
-    case 1: value = lead; break;
-    case 2: value = (lead & 0x1F) << 6 | six(1); break;
-    case 3: value = (lead & 0x0F) << 12 | six(1) << 6 | six(2); break;
-    case 4: value = (lead & 0x0F) << 18 | six(1) << 12 | six(2) << 6 | six(3); break;
-    case 5: value = (lead & 0x0F) << 24 | four(1) << 18 | six(2) << 12 | six(3) << 6 | six(4); break;
-    case 6: value = lead << 30 | four(1) << 24 | four(2) << 18 | six(3) << 12 | six(4) << 6 | six(5); break;
-    default: break;
+    case 1:
+      value = lead;
+      break;
+    case 2:
+      value = (lead & 0x1F) << 6 | six(1);
+      break;
+    case 3:
+      value = (lead & 0x0F) << 12 | six(1) << 6 | six(2);
+      break;
+    case 4:
+      value = (lead & 0x0F) << 18 | six(1) << 12 | six(2) << 6 | six(3);
+      break;
+    case 5:
+      value = (lead & 0x0F) << 24 | four(1) << 18 | six(2) << 12 | six(3) << 6 | six(4);
+      break;
+    case 6:
+      value = lead << 30 | four(1) << 24 | four(2) << 18 | six(3) << 12 | six(4) << 6 | six(5);
+      break;
+    default:
+      break;
   }
   return length;
 }

@@ -10,8 +10,8 @@ namespace tovin {
 /// The serialization version of a stream whose creator says nothing else.
 inline constexpr int currentSerializationVersion = 3;
 
-/// Takes bytes in order. A stream class implements write(); one that has room in memory may lend it as a window, so
-/// that small pieces cost no virtual call.
+/// Takes bytes in order. A stream class implements write(); one that has room in memory may lend it as a
+/// window, so that small pieces cost no virtual call.
 class TOVIN_API iByteOutputStream {
  public:
   virtual ~iByteOutputStream();

@@ -73,8 +73,9 @@ void refuseTaken(const ClassTag& tag) {
   for (bool newerKind : {true, false}) {
     const Class* taken = Class::getClass(ClassTag(tag.getHash(newerKind), newerKind));
     if (!taken) continue;
-    throw Exception(L"Cannot register class %hs: its class hash %d belongs to %hs", static_cast<const char*>(tag),
-                    tag.getHash(newerKind), static_cast<const char*>(taken->getTag()));
+    throw Exception(L"Cannot register class %hs: its class hash %d belongs to %hs",
+                    static_cast<const char*>(tag), tag.getHash(newerKind),
+                    static_cast<const char*>(taken->getTag()));
   }
 }
 

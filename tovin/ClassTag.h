@@ -19,7 +19,8 @@ class TOVIN_API ClassTag {
  public:
   constexpr ClassTag() noexcept = default;
   /// \param name a literal, or a text that outlives the tag.
-  constexpr ClassTag(const char* name) noexcept : name_(name), newer_(newerHash(name)), older_(olderHash(name)) {}
+  constexpr ClassTag(const char* name) noexcept
+      : name_(name), newer_(newerHash(name)), older_(olderHash(name)) {}
   ClassTag(const NarrowString& name) : copy_(name) {
     name_ = copy_.c_str();
     newer_ = newerHash(name_);
@@ -27,7 +28,9 @@ class TOVIN_API ClassTag {
   }
   /// \param newerKind which of the two hashes this is.
   constexpr ClassTag(int hash, bool newerKind) noexcept
-      : newer_(newerKind ? hash : 0), older_(newerKind ? 0 : hash), knows_(newerKind ? newerOnly : olderOnly) {}
+      : newer_(newerKind ? hash : 0),
+        older_(newerKind ? 0 : hash),
+        knows_(newerKind ? newerOnly : olderOnly) {}
   ClassTag(const ClassTag& other) { *this = other; }
   ClassTag& operator=(const ClassTag& other);
 

@@ -32,9 +32,11 @@ class LeakRegistration {
 
 /// The contract of framework class T, written once.
 ///
-///     class CProperty : public FrameworkClass<CProperty, iProperty, iPropertyInfo, CountedObject, PooledObject> { … };
+///     class CProperty : public FrameworkClass<CProperty, iProperty, iPropertyInfo, CountedObject,
+///     PooledObject> { … };
 ///
-/// - T supplies ClassName, Tag, m_leakDetector and m_class (ClassImp or PooledClassImp), defined in its source.
+/// - T supplies ClassName, Tag, m_leakDetector and m_class (ClassImp or PooledClassImp), defined in its
+/// source.
 /// - Bases are its framework bases, asked for a class identity in this order after T's own tag.
 template <class T, class... Bases>
 class FrameworkClass : public Bases... {

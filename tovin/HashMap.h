@@ -39,8 +39,9 @@ constexpr uint32_t primeFrom(uint32_t n) {
   }
 }
 
-/// A chained hash table: bucket = hash mod buckets, a new entry at the head of its chain. Before an insertion that
-/// finds 3/4 as many entries as buckets it grows to the smallest prime from 2 × buckets + 1 on; it never shrinks.
+/// A chained hash table: bucket = hash mod buckets, a new entry at the head of its chain. Before an insertion
+/// that finds 3/4 as many entries as buckets it grows to the smallest prime from 2 × buckets + 1 on; it never
+/// shrinks.
 ///
 ///     HashMap<WideString, int, FoldedNameTraits> bits(31);
 ///     bits.put(L"Admin", 3);

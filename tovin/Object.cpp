@@ -16,7 +16,9 @@ void* Object::_SeekClassIdentity(const ClassTag&) { return nullptr; }
 
 void* CountedObject::_SeekClassIdentity(const ClassTag& tag) { return tag == Tag ? this : nullptr; }
 
-void Object::serialize(iByteOutputStream&) const { throw Exception(L"Class %hs has no record", getClassTag()); }
+void Object::serialize(iByteOutputStream&) const {
+  throw Exception(L"Class %hs has no record", getClassTag());
+}
 
 void Object::deserialize(iByteInputStream&) { throw Exception(L"Class %hs has no record", getClassTag()); }
 

@@ -9,7 +9,8 @@
 
 namespace tovin {
 
-/// The root of the framework: an object that knows its class, answers for its identities, copies itself and travels.
+/// The root of the framework: an object that knows its class, answers for its identities, copies itself and
+/// travels.
 ///
 /// - Ownership: given back with deleteInstance, never deleted directly.
 /// - Shape: always a virtual base; the way from an Object down to a class is seek<T>().
@@ -64,13 +65,17 @@ class TOVIN_API CountedObject : public virtual Object {
   int getRefCount() const noexcept { return count_.load(std::memory_order_relaxed); }
   void addRef() const noexcept {
     // Nobody else can know an object without references: a plain store will do.
-    if (count_.load(std::memory_order_relaxed) == 0) count_.store(1, std::memory_order_relaxed);
-    else count_.fetch_add(1, std::memory_order_relaxed);
+    if (count_.load(std::memory_order_relaxed) == 0)
+      count_.store(1, std::memory_order_relaxed);
+    else
+      count_.fetch_add(1, std::memory_order_relaxed);
   }
   void release() const {
     // The only reference cannot be copied by anybody else while it is given up.
-    if (count_.load(std::memory_order_acquire) == 1) count_.store(0, std::memory_order_relaxed);
-    else if (count_.fetch_sub(1, std::memory_order_acq_rel) != 1) return;
+    if (count_.load(std::memory_order_acquire) == 1)
+      count_.store(0, std::memory_order_relaxed);
+    else if (count_.fetch_sub(1, std::memory_order_acq_rel) != 1)
+      return;
     const_cast<CountedObject*>(this)->deleteInstance();
   }
   /// Takes one reference away and lets the object live, even without any.

@@ -7,13 +7,15 @@
 
 namespace tovin {
 
-/// What every pool shares, whatever its class: the lock, the counts, the free objects and the blocks they lie in.
+/// What every pool shares, whatever its class: the lock, the counts, the free objects and the blocks they lie
+/// in.
 ///
 /// - Threads: any; every step holds the critical section, with a time-out of 60 000 ms.
 /// - Memory: objects lie in blocks of 64, which stay with the pool for the life of the process.
 class TOVIN_API Pool {
  public:
-  Pool(size_t objectSize, long limit, LeakDetector& leaks) : objectSize_(objectSize), limit_(limit), leaks_(leaks) {}
+  Pool(size_t objectSize, long limit, LeakDetector& leaks)
+      : objectSize_(objectSize), limit_(limit), leaks_(leaks) {}
   Pool(const Pool&) = delete;
   Pool& operator=(const Pool&) = delete;
 
@@ -34,7 +36,9 @@ class TOVIN_API Pool {
   bool giveBack(PooledObject& object);
   /// Where the memory of an object that giveBack() refused goes after its destructor ran.
   void recycle(void* memory);
-  static bool liesInBlock(const PooledObject& object) { return object.origin_ == PooledObject::Origin::block; }
+  static bool liesInBlock(const PooledObject& object) {
+    return object.origin_ == PooledObject::Origin::block;
+  }
 
  private:
   // A piece of a block that holds no object.
@@ -55,14 +59,15 @@ class TOVIN_API Pool {
   std::byte* unusedEnd_ = nullptr;
 };
 
-/// The registration object of a pooled class. Limit: up to so many outstanding objects are kept on their return;
-/// -1 keeps all.
+/// The registration object of a pooled class. Limit: up to so many outstanding objects are kept on their
+/// return; -1 keeps all.
 template <class T, long Limit = -1>
 class PooledClassImp : public Class, public Pool {
   static_assert(alignof(T) <= alignof(std::max_align_t));
 
  public:
-  PooledClassImp(const ClassTag& tag, LeakDetector& leaks) : Class(tag, leaks), Pool(sizeof(T), Limit, leaks) {}
+  PooledClassImp(const ClassTag& tag, LeakDetector& leaks)
+      : Class(tag, leaks), Pool(sizeof(T), Limit, leaks) {}
 
   Object* newInstance() override { return allocate(); }
 

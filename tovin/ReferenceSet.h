@@ -12,7 +12,8 @@ class iProperty;
 
 /// An ordered list of counted references: what a query selects.
 ///
-/// - Ownership: holds one reference to each object; an object that its tree gives up meanwhile lives on for the set.
+/// - Ownership: holds one reference to each object; an object that its tree gives up meanwhile lives on for
+/// the set.
 template <class T>
 class ReferenceSetImpl {
  public:

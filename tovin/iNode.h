@@ -55,7 +55,8 @@ class TOVIN_API iNode : public iHaveProperties {
   virtual iNode* cloneNode(bool deep) const = 0;
   virtual void assignFromNode(const iNode* source, bool deep) = 0;
 
-  /// Path queries with this node as context; true when anything was selected. The flags are those of iXPathParser.
+  /// Path queries with this node as context; true when anything was selected. The flags are those of
+  /// iXPathParser.
   virtual bool query(const wchar_t* expression, unsigned flags, bool& result) const = 0;
   virtual bool query(const wchar_t* expression, unsigned flags, int& result) const = 0;
   virtual bool query(const wchar_t* expression, unsigned flags, PropertyReferenceSet& result) const = 0;

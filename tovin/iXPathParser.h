@@ -26,8 +26,10 @@ class TOVIN_API iXPathParser : public virtual CountedObject {
   virtual bool evaluate(const wchar_t* expression, const iNode* context, unsigned flags, int& result) = 0;
   virtual bool evaluate(const wchar_t* expression, const iNode* context, unsigned flags,
                         PropertyReferenceSet& result) = 0;
-  virtual bool evaluate(const wchar_t* expression, const iNode* context, unsigned flags, NodeReferenceSet& result) = 0;
-  virtual bool evaluate(const wchar_t* expression, const iNode* context, unsigned flags, WideString& result) = 0;
+  virtual bool evaluate(const wchar_t* expression, const iNode* context, unsigned flags,
+                        NodeReferenceSet& result) = 0;
+  virtual bool evaluate(const wchar_t* expression, const iNode* context, unsigned flags,
+                        WideString& result) = 0;
 };
 
 }  // namespace tovin

@@ -19,7 +19,8 @@ constexpr std::array<uint8_t, 256> reverse = makeReverse();
 
 template <class Char>
 uint32_t valueOf(Char c) {
-  const auto code = static_cast<uint32_t>(static_cast<std::make_unsigned_t<std::conditional_t<sizeof(Char) == 1, char, Char>>>(c));
+  const auto code = static_cast<uint32_t>(
+      static_cast<std::make_unsigned_t<std::conditional_t<sizeof(Char) == 1, char, Char>>>(c));
   return code < 256 ? reverse[code] : none;
 }
 
@@ -28,10 +29,12 @@ void encodeInto(const unsigned char* bytes, size_t count, std::basic_string<Char
   out.resize((count + 2) / 3 * 4);
   Char* to = out.data();
   const auto put = [&](uint32_t group, int characters) {
-    for (int i = 0; i < 4; ++i) *to++ = static_cast<Char>(i < characters ? alphabet[group >> (18 - 6 * i) & 63] : '=');
+    for (int i = 0; i < 4; ++i)
+      *to++ = static_cast<Char>(i < characters ? alphabet[group >> (18 - 6 * i) & 63] : '=');
   };
   size_t at = 0;
-  for (; count - at >= 3; at += 3) put(static_cast<uint32_t>(bytes[at] << 16 | bytes[at + 1] << 8 | bytes[at + 2]), 4);
+  for (; count - at >= 3; at += 3)
+    put(static_cast<uint32_t>(bytes[at] << 16 | bytes[at + 1] << 8 | bytes[at + 2]), 4);
   if (count - at == 2) put(static_cast<uint32_t>(bytes[at] << 16 | bytes[at + 1] << 8), 3);
   if (count - at == 1) put(static_cast<uint32_t>(bytes[at] << 16), 2);
 }

@@ -12,8 +12,8 @@ namespace tovin::base64 {
 TOVINCORE_API void encode(const unsigned char* bytes, size_t count, std::string& out);
 TOVINCORE_API void encode(const unsigned char* bytes, size_t count, std::wstring& out);
 
-/// Decodes a whole text. Refuses (false, out empty) a character outside the alphabet, a length that is no multiple
-/// of 4, padding anywhere but at the end, and bits left over in the last character.
+/// Decodes a whole text. Refuses (false, out empty) a character outside the alphabet, a length that is no
+/// multiple of 4, padding anywhere but at the end, and bits left over in the last character.
 TOVINCORE_API bool decode(std::string_view text, std::vector<unsigned char>& out);
 TOVINCORE_API bool decode(std::wstring_view text, std::vector<unsigned char>& out);
 

@@ -15,7 +15,8 @@ struct Exception::State {
 
   void render() {
     text = wideToUtf8(message);
-    for (const CatchEntry& entry : trail) (text += "\n  in ") += std::string(entry.className) + "::" + entry.method;
+    for (const CatchEntry& entry : trail)
+      (text += "\n  in ") += std::string(entry.className) + "::" + entry.method;
   }
 };
 

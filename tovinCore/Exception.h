@@ -11,8 +11,8 @@
 
 namespace tovin {
 
-/// Who put an entry into an exception's trail: a guarded call on its way out, a guarded call that met a foreign
-/// exception, or a destructor.
+/// Who put an entry into an exception's trail: a guarded call on its way out, a guarded call that met a
+/// foreign exception, or a destructor.
 enum class CatchClass { framework, severe, destructor };
 
 /// One entry of the trail. The names are literals of the throwing library.
@@ -29,7 +29,8 @@ struct CatchEntry {
 ///
 /// - Shape: message as wide text; what() is the message and the trail as UTF-8, a line an entry.
 /// - Ownership: copies share one state until one of them changes; copying never throws.
-/// - Threads: one thread at a time, like any exception object; the warning handler may be set from any thread.
+/// - Threads: one thread at a time, like any exception object; the warning handler may be set from any
+/// thread.
 class TOVINCORE_API Exception : public std::exception {
  public:
   Exception();
@@ -37,11 +38,10 @@ class TOVINCORE_API Exception : public std::exception {
   explicit Exception(const wchar_t* text);
   explicit Exception(const char* text);
   template <class... Args>
-    requires(sizeof...(Args) > 0)
-  Exception(const wchar_t* pattern, const Args&... args) : Exception(format(pattern, args...).c_str()) {}
+  requires(sizeof...(Args) > 0) Exception(const wchar_t* pattern, const Args&... args)
+      : Exception(format(pattern, args...).c_str()) {}
   template <class... Args>
-    requires(sizeof...(Args) > 0)
-  Exception(const char* pattern, const Args&... args)
+  requires(sizeof...(Args) > 0) Exception(const char* pattern, const Args&... args)
       : Exception(format(widened(pattern).c_str(), args...).c_str()) {}
   ~Exception() override;
 

@@ -28,12 +28,18 @@ int readNumber(const wchar_t*& at) {
 Conversion readConversion(const wchar_t*& at) {
   Conversion field;
   for (;; ++at) {
-    if (*at == L'-') field.left = true;
-    else if (*at == L'0') field.zero = true;
-    else if (*at == L'+') field.plus = true;
-    else if (*at == L' ') field.blank = true;
-    else if (*at == L'#') field.alternate = true;
-    else break;
+    if (*at == L'-')
+      field.left = true;
+    else if (*at == L'0')
+      field.zero = true;
+    else if (*at == L'+')
+      field.plus = true;
+    else if (*at == L' ')
+      field.blank = true;
+    else if (*at == L'#')
+      field.alternate = true;
+    else
+      break;
   }
   field.width = static_cast<size_t>(readNumber(at));
   if (*at == L'.') field.precision = readNumber(++at);
@@ -43,12 +49,16 @@ Conversion readConversion(const wchar_t*& at) {
   return field;
 }
 
-void pad(std::wstring& out, const Conversion& field, const std::wstring& sign, std::wstring body, bool number) {
+void pad(std::wstring& out, const Conversion& field, const std::wstring& sign, std::wstring body,
+         bool number) {
   const size_t length = sign.size() + body.size();
   const size_t missing = field.width > length ? field.width - length : 0;
-  if (field.left) out += sign + body + std::wstring(missing, L' ');
-  else if (field.zero && number) out += sign + std::wstring(missing, L'0') + body;
-  else out += std::wstring(missing, L' ') + sign + body;
+  if (field.left)
+    out += sign + body + std::wstring(missing, L' ');
+  else if (field.zero && number)
+    out += sign + std::wstring(missing, L'0') + body;
+  else
+    out += std::wstring(missing, L' ') + sign + body;
 }
 
 std::wstring signOf(const Conversion& field, bool negative) {
@@ -64,7 +74,7 @@ void putReal(std::wstring& out, const Conversion& field, double value) {
   char digits[512 + maxField];
   const auto style = field.type == L'f'   ? std::chars_format::fixed
                      : field.type == L'e' ? std::chars_format::scientific
-                                         : std::chars_format::general;
+                                          : std::chars_format::general;
   const int precision = field.precision < 0 ? 6 : field.precision;
   const auto end = std::to_chars(digits, digits + sizeof digits, std::fabs(value), style, precision).ptr;
   pad(out, field, sign, widen(digits, end), true);
@@ -85,7 +95,8 @@ void putNumber(std::wstring& out, const Conversion& field, const FormatArg& arg)
   }
   const size_t least = field.precision < 0 ? 0 : static_cast<size_t>(field.precision);
   if (body.size() < least) body.insert(0, least - body.size(), L'0');
-  pad(out, field, signOf(field, negative) + (field.alternate && hexadecimal ? L"0x" : L""), body, field.precision < 0);
+  pad(out, field, signOf(field, negative) + (field.alternate && hexadecimal ? L"0x" : L""), body,
+      field.precision < 0);
 }
 
 void putText(std::wstring& out, const Conversion& field, const FormatArg& arg) {

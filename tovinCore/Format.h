@@ -9,7 +9,8 @@
 
 namespace tovin {
 
-/// One argument of a printf-style message, kept with its type so that a wrong conversion cannot read foreign memory.
+/// One argument of a printf-style message, kept with its type so that a wrong conversion cannot read foreign
+/// memory.
 ///
 /// - Ownership: borrows texts until format() returns.
 class FormatArg {
@@ -32,11 +33,11 @@ class FormatArg {
   }
   /// Any string class that converts to a pointer to its text.
   template <class T>
-    requires(std::is_class_v<T> && std::convertible_to<const T&, const wchar_t*>)
-  FormatArg(const T& text) : FormatArg(static_cast<const wchar_t*>(text)) {}
+  requires(std::is_class_v<T>&& std::convertible_to<const T&, const wchar_t*>) FormatArg(const T& text)
+      : FormatArg(static_cast<const wchar_t*>(text)) {}
   template <class T>
-    requires(std::is_class_v<T> && std::convertible_to<const T&, const char*>)
-  FormatArg(const T& text) : FormatArg(static_cast<const char*>(text)) {}
+  requires(std::is_class_v<T>&& std::convertible_to<const T&, const char*>) FormatArg(const T& text)
+      : FormatArg(static_cast<const char*>(text)) {}
   FormatArg(const std::wstring& text) : FormatArg(text.c_str()) {}
   FormatArg(const std::string& text) : FormatArg(text.c_str()) {}
 
@@ -64,7 +65,8 @@ class FormatArg {
 ///
 /// - Conversions: %d %i %u %x %X %c %s %ls %hs %f %e %g %%, with flags "-0+ #", width and precision; length
 ///   modifiers are accepted and passed over, because every argument brings its own width.
-/// - A null text prints as "(null)"; a 32-bit %x of a negative number prints 32 bits; reals print `nan` and `inf`.
+/// - A null text prints as "(null)"; a 32-bit %x of a negative number prints 32 bits; reals print `nan` and
+/// `inf`.
 /// - Narrow texts are UTF-8. An argument that is missing or of another kind prints as "(?)".
 TOVINCORE_API std::wstring format(const wchar_t* pattern, std::span<const FormatArg> args);
 

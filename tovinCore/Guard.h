@@ -12,8 +12,8 @@ struct Site {
   const char* method;
 };
 
-/// From a handler only: names the site on the framework exception in flight and throws it on, the same object, so
-/// its class survives; turns any other exception into a severe framework exception.
+/// From a handler only: names the site on the framework exception in flight and throws it on, the same
+/// object, so its class survives; turns any other exception into a severe framework exception.
 [[noreturn]] TOVINCORE_API void rethrowNamed(Site site);
 
 /// From a destructor's handler only: names the class on the exception in flight and lets it go.

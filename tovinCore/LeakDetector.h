@@ -19,7 +19,9 @@ class TOVINCORE_API LeakDetector {
   LeakDetector(const LeakDetector&) = delete;
   LeakDetector& operator=(const LeakDetector&) = delete;
 
-  void Add(const void* /*object*/, const char* /*name*/) noexcept { made_.fetch_add(1, std::memory_order_relaxed); }
+  void Add(const void* /*object*/, const char* /*name*/) noexcept {
+    made_.fetch_add(1, std::memory_order_relaxed);
+  }
   void Sub(const void* /*object*/) noexcept { made_.fetch_sub(1, std::memory_order_relaxed); }
   /// From the class's pool, under the pool's lock: so many objects rest in it now.
   void setResting(long count) noexcept { resting_.store(count, std::memory_order_relaxed); }

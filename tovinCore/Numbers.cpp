@@ -28,7 +28,8 @@ bool narrowed(std::wstring_view text, std::string& out) {
   return true;
 }
 
-// from_chars only says "out of range": whether above or below shows in where the first digit that counts stands.
+// from_chars only says "out of range": whether above or below shows in where the first digit that counts
+// stands.
 double outOfRange(std::string_view text) {
   long long exponent = 0;
   bool point = false, significant = false;

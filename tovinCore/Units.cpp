@@ -19,7 +19,8 @@ class UnitCursor {
     }
     if (at_ == text_.size()) return -1;
     int first = -1;
-    forUnits(static_cast<uint32_t>(text_[at_++]), [&](char16_t unit) { (first < 0 ? first : pending_) = unit; });
+    forUnits(static_cast<uint32_t>(text_[at_++]),
+             [&](char16_t unit) { (first < 0 ? first : pending_) = unit; });
     return first;
   }
 
@@ -44,8 +45,10 @@ template <class Fold>
 uint32_t hashUnits(const wchar_t* text, Fold fold) {
   uint32_t hash = 0;
   for (; text && *text; ++text) {
-    if (isPlain(*text)) hash = hash * 31 + fold(static_cast<uint32_t>(*text));
-    else forUnits(static_cast<uint32_t>(*text), [&](char16_t unit) { hash = hash * 31 + unit; });
+    if (isPlain(*text))
+      hash = hash * 31 + fold(static_cast<uint32_t>(*text));
+    else
+      forUnits(static_cast<uint32_t>(*text), [&](char16_t unit) { hash = hash * 31 + unit; });
   }
   return hash;
 }

@@ -6,8 +6,9 @@
 
 #include "tovinCore/Export.h"
 
-/// Wide text is a sequence of UTF-16 units on every platform. Where wchar_t has 32 bits an element above U+FFFF
-/// (from a literal or a caller) counts as its surrogate pair; these helpers are the one place that knows so.
+/// Wide text is a sequence of UTF-16 units on every platform. Where wchar_t has 32 bits an element above
+/// U+FFFF (from a literal or a caller) counts as its surrogate pair; these helpers are the one place that
+/// knows so.
 namespace tovin {
 
 constexpr bool isHighSurrogate(char16_t unit) { return (unit & 0xFC00) == 0xD800; }
@@ -33,9 +34,7 @@ constexpr size_t countUnits(std::wstring_view text) {
 
 /// Folds the letters A to Z; no other character has a case here, and no locale is asked.
 constexpr uint32_t foldAscii(uint32_t c) { return c - U'A' <= U'Z' - U'A' ? c + 32 : c; }
-constexpr wchar_t foldAscii(wchar_t c) {
-  return static_cast<wchar_t>(foldAscii(static_cast<uint32_t>(c)));
-}
+constexpr wchar_t foldAscii(wchar_t c) { return static_cast<wchar_t>(foldAscii(static_cast<uint32_t>(c))); }
 
 /// Equality unit by unit with A to Z folded; null equals only null.
 TOVINCORE_API bool equalFolded(const wchar_t* a, const wchar_t* b) noexcept;

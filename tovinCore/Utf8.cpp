@@ -7,7 +7,8 @@
 namespace tovin {
 namespace {
 
-// Lead byte to sequence length and the smallest value that the length may carry; 0 for a byte that leads nothing.
+// Lead byte to sequence length and the smallest value that the length may carry; 0 for a byte that leads
+// nothing.
 struct Lead {
   unsigned length;
   uint32_t smallest;
@@ -92,8 +93,10 @@ std::string wideToUtf8(std::wstring_view text) {
         return;
       }
       flush();
-      if (isHighSurrogate(unit)) high = unit;
-      else appendUtf8(out, unit);
+      if (isHighSurrogate(unit))
+        high = unit;
+      else
+        appendUtf8(out, unit);
     });
   }
   flush();

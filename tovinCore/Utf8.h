@@ -7,11 +7,12 @@
 
 namespace tovin {
 
-/// Converts UTF-8 to wide text of UTF-16 units: a character above U+FFFF becomes its surrogate pair, a surrogate
-/// that was written by itself in three bytes stays itself, a byte of no sequence becomes U+FFFD.
+/// Converts UTF-8 to wide text of UTF-16 units: a character above U+FFFF becomes its surrogate pair, a
+/// surrogate that was written by itself in three bytes stays itself, a byte of no sequence becomes U+FFFD.
 TOVINCORE_API std::wstring utf8ToWide(std::string_view bytes);
 
-/// Converts wide text to UTF-8: a surrogate pair becomes one four-byte sequence, a lone surrogate three bytes.
+/// Converts wide text to UTF-8: a surrogate pair becomes one four-byte sequence, a lone surrogate three
+/// bytes.
 TOVINCORE_API std::string wideToUtf8(std::wstring_view text);
 
 /// Like wideToUtf8 for a zero-terminated text; null gives the empty text.

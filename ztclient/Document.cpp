@@ -66,7 +66,8 @@ std::string Document::utf8(const wchar_t* text) const {
 std::string readBytes(const std::string& file) {
   if (file == "-") return readStandardInput();
   ztFile in;
-  if (!in.Open(tovin::utf8ToWide(file).c_str(), ztFile::ForReading)) throw tovin::Exception(L"Unable to open file");
+  if (!in.Open(tovin::utf8ToWide(file).c_str(), ztFile::ForReading))
+    throw tovin::Exception(L"Unable to open file");
   std::string bytes;
   std::vector<unsigned char> piece(pieceSize);
   while (const unsigned count = in.Read(piece.data(), pieceSize)) {

@@ -16,7 +16,8 @@ struct Document {
   std::string utf8(const wchar_t* text) const;
 };
 
-/// Reads a file, or standard input for "-". Told by its first byte: 1 to 3 begins a record, anything else XML.
+/// Reads a file, or standard input for "-". Told by its first byte: 1 to 3 begins a record, anything else
+/// XML.
 Document readDocument(const std::string& file);
 
 /// Calls visit(node, depth) for a node and everything below it, in document order, without recursion.

@@ -108,14 +108,16 @@ std::string nodeToLine(const Document& document, const tovin::iNode& node, size_
     line += " " + document.utf8(property.getName()) + "=" + toText(valueOf(document, property.getValue()));
   });
   if (const auto* carrier = tovin::seek<CObjectTransportNode>(static_cast<const tovin::Object*>(&node))) {
-    if (carrier->GetObject()) line += std::string(" <") + static_cast<const char*>(carrier->GetObject()->getClassTag()) + ">";
+    if (carrier->GetObject())
+      line += std::string(" <") + static_cast<const char*>(carrier->GetObject()->getClassTag()) + ">";
   }
   return line;
 }
 
 void print(const Document& document, bool json) {
   walk(*document.root, [&](const tovin::iNode& node, size_t depth) {
-    std::cout << (json ? toText(nodeToJson(document, node, depth)) : nodeToLine(document, node, depth)) << '\n';
+    std::cout << (json ? toText(nodeToJson(document, node, depth)) : nodeToLine(document, node, depth))
+              << '\n';
   });
 }
 
@@ -131,8 +133,10 @@ void writeRecord(const Document& document, const std::string& file) {
 
 void run(const Options& options) {
   const Document document = readDocument(options.file);
-  if (options.record.empty()) print(document, options.json);
-  else writeRecord(document, options.record);
+  if (options.record.empty())
+    print(document, options.json);
+  else
+    writeRecord(document, options.record);
 }
 
 }  // namespace

@@ -9,9 +9,12 @@ namespace {
 
 platform::OpenMode modeOf(int mode) {
   switch (mode) {
-    case ztFile::ForWriting: return platform::OpenMode::write;
-    case ztFile::ForAppending: return platform::OpenMode::append;
-    default: return platform::OpenMode::read;
+    case ztFile::ForWriting:
+      return platform::OpenMode::write;
+    case ztFile::ForAppending:
+      return platform::OpenMode::append;
+    default:
+      return platform::OpenMode::read;
   }
 }
 
@@ -69,7 +72,8 @@ bool ztFile::CanOpen(const wchar_t* name, int mode) {
   if (!name) return false;
   // Opening for writing would cut the file, so it is tried as for appending.
   const bool reading = modeOf(mode) == platform::OpenMode::read;
-  const intptr_t handle = platform::openFile(name, reading ? platform::OpenMode::read : platform::OpenMode::probe);
+  const intptr_t handle =
+      platform::openFile(name, reading ? platform::OpenMode::read : platform::OpenMode::probe);
   if (handle != none) platform::closeFile(handle);
   return handle != none;
 }

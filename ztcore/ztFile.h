@@ -13,7 +13,8 @@
 ///
 /// - Names: UTF-16; UTF-8 towards the system where that speaks bytes. Folders are no files.
 /// - Ownership: owns the open file, closes it when it dies.
-/// - Errors: Open tells by its result; later failures raise "Unable to read file %ls", "Unable to write file %ls".
+/// - Errors: Open tells by its result; later failures raise "Unable to read file %ls", "Unable to write file
+/// %ls".
 class ZTCORE_API ztFile {
  public:
   enum Mode { ForReading = 1, ForWriting = 2, ForAppending = 3 };
@@ -26,7 +27,8 @@ class ZTCORE_API ztFile {
   ~ztFile();
 
   /// False when there is no such file or it cannot be had; what was open before is closed.
-  /// \param encoding, \param share accepted for callers that say them: bytes are bytes, and files are always shared.
+  /// \param encoding, \param share accepted for callers that say them: bytes are bytes, and files are always
+  /// shared.
   bool Open(const wchar_t* name, int mode, Encoding encoding = Encoding::Bytes, bool share = true);
   void Close() noexcept;
   bool IsOpen() const noexcept { return handle_ != none; }
@@ -39,7 +41,8 @@ class ZTCORE_API ztFile {
   /// Of the whole file as it is now.
   int64_t GetLength() const;
 
-  /// Whether the file can be opened in a mode; a folder cannot, and writing is tried without changing the file.
+  /// Whether the file can be opened in a mode; a folder cannot, and writing is tried without changing the
+  /// file.
   static bool CanOpen(const wchar_t* name, int mode);
 
  private:

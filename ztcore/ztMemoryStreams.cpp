@@ -6,7 +6,9 @@
 #include "tovin/AllocBase.h"
 #include "tovinCore/Exception.h"
 
-void ztMemoryByteOutputStream::Free::operator()(unsigned char* block) const noexcept { tovin::AllocBase::_free(block); }
+void ztMemoryByteOutputStream::Free::operator()(unsigned char* block) const noexcept {
+  tovin::AllocBase::_free(block);
+}
 
 ztMemoryByteOutputStream::ztMemoryByteOutputStream(int serializationVersion) {
   setSerializationVersion(serializationVersion);
@@ -40,7 +42,8 @@ ztMemoryByteInputStream::ztMemoryByteInputStream(const void* bytes, size_t count
   setSerializationVersion(serializationVersion);
 }
 
-ztMemoryByteInputStream::ztMemoryByteInputStream(const tovin::Array<unsigned char>& bytes, int serializationVersion)
+ztMemoryByteInputStream::ztMemoryByteInputStream(const tovin::Array<unsigned char>& bytes,
+                                                 int serializationVersion)
     : ztMemoryByteInputStream(bytes.data(), bytes.getSize(), serializationVersion) {}
 
 ztMemoryByteInputStream::~ztMemoryByteInputStream() = default;

@@ -22,7 +22,9 @@ struct Entry {
   wchar_t* text() noexcept { return reinterpret_cast<wchar_t*>(this + 1); }
 };
 
-Entry* entryOf(const wchar_t* text) noexcept { return reinterpret_cast<Entry*>(const_cast<wchar_t*>(text)) - 1; }
+Entry* entryOf(const wchar_t* text) noexcept {
+  return reinterpret_cast<Entry*>(const_cast<wchar_t*>(text)) - 1;
+}
 
 // A count this high is never changed again: many names are held for ever on purpose.
 constexpr uint32_t immortal = 0x80000000u;
@@ -67,7 +69,8 @@ class Part {
     uint32_t references = entry.references.load(std::memory_order_relaxed);
     while (references > 1) {
       if (references >= immortal) return;
-      if (entry.references.compare_exchange_weak(references, references - 1, std::memory_order_acq_rel)) return;
+      if (entry.references.compare_exchange_weak(references, references - 1, std::memory_order_acq_rel))
+        return;
     }
     // The last reference goes under the lock, so that nobody finds the text between counting and removing it.
     tovin::AutoCriticalSection held(lock_);
@@ -93,7 +96,8 @@ class Part {
     size_t at = hash >> 4 & mask;
     while (slots_[at].entry) {
       Entry& entry = *slots_[at].entry;
-      if (slots_[at].hash == hash && entry.length == length && std::wmemcmp(entry.text(), text, length) == 0) break;
+      if (slots_[at].hash == hash && entry.length == length && std::wmemcmp(entry.text(), text, length) == 0)
+        break;
       at = (at + 1) & mask;
     }
     return at;
@@ -149,7 +153,8 @@ Part& partOf(uint32_t hash) { return table()[hash % parts]; }
 
 }  // namespace
 
-const wchar_t* ztUniqueStrings::GetUniqueString(const wchar_t* newText, const wchar_t* oldText, bool* created) {
+const wchar_t* ztUniqueStrings::GetUniqueString(const wchar_t* newText, const wchar_t* oldText,
+                                                bool* created) {
   const wchar_t* result = nullptr;
   bool fresh = false;
   if (newText) {

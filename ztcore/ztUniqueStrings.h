@@ -9,7 +9,8 @@
 ///     name = ztUniqueStrings::GetUniqueString(L"size", name, &created);   // gives up what name held
 ///     name = ztUniqueStrings::GetUniqueString(nullptr, name, nullptr);    // only gives up
 ///
-/// - Ownership: each pointer handed out counts one reference; the copy dies with its last reference. A count that
+/// - Ownership: each pointer handed out counts one reference; the copy dies with its last reference. A count
+/// that
 ///   reaches its limit stays there, and the text with it.
 /// - Shape: texts are compared exactly, case and all.
 /// - Threads: any; the table has 16 parts, each with a lock of its own.
@@ -31,7 +32,8 @@ class ZTCORE_API ztUniqueStrings {
 class ztUniqueString {
  public:
   ztUniqueString() noexcept = default;
-  explicit ztUniqueString(const wchar_t* text) : text_(ztUniqueStrings::GetUniqueString(text, nullptr, nullptr)) {}
+  explicit ztUniqueString(const wchar_t* text)
+      : text_(ztUniqueStrings::GetUniqueString(text, nullptr, nullptr)) {}
   ztUniqueString(const ztUniqueString& other) noexcept : text_(ztUniqueStrings::AddReference(other.text_)) {}
   ztUniqueString(ztUniqueString&& other) noexcept : text_(other.text_) { other.text_ = nullptr; }
   ~ztUniqueString() { ztUniqueStrings::GetUniqueString(nullptr, text_, nullptr); }

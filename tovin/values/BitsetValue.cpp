@@ -63,12 +63,14 @@ void BitsetValue::resize(unsigned bits) {
 
 // Bits beyond the end stay off, so that counting needs no look at it and growing shows none.
 void BitsetValue::clearBeyondEnd() noexcept {
-  if (content_.bits % wordBits) content_.words.data()[content_.words.getSize() - 1] &= maskOf(content_.bits) - 1;
+  if (content_.bits % wordBits)
+    content_.words.data()[content_.words.getSize() - 1] &= maskOf(content_.bits) - 1;
 }
 
 std::string BitsetValue::getBytes() const {
   std::string bytes(bytesFor(content_.bits), '\0');
-  for (size_t i = 0; i < bytes.size(); ++i) bytes[i] = static_cast<char>(content_.words.data()[i / 4] >> 8 * (i % 4));
+  for (size_t i = 0; i < bytes.size(); ++i)
+    bytes[i] = static_cast<char>(content_.words.data()[i / 4] >> 8 * (i % 4));
   return bytes;
 }
 

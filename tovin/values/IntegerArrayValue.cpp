@@ -7,7 +7,8 @@ namespace tovin {
 
 const ClassTagDecl IntegerArrayValue::Tag("DraVolin.value.IntegerArray");
 LeakDetector IntegerArrayValue::m_leakDetector(IntegerArrayValue::ClassName);
-PooledClassImp<IntegerArrayValue> IntegerArrayValue::m_class(IntegerArrayValue::Tag, IntegerArrayValue::m_leakDetector);
+PooledClassImp<IntegerArrayValue> IntegerArrayValue::m_class(IntegerArrayValue::Tag,
+                                                             IntegerArrayValue::m_leakDetector);
 
 void IntegerArrayValue::reset() { items_.clear(); }
 

@@ -8,7 +8,8 @@ namespace tovin::coding {
 /// The record of a list: compact count, then each element by write(element).
 template <class List, class Write>
 void writeList(iByteOutputStream& stream, const List& list, Write&& write) {
-  if (list.size() > INT32_MAX) throw Exception(L"A list of %d elements is too long for a record", list.size());
+  if (list.size() > INT32_MAX)
+    throw Exception(L"A list of %d elements is too long for a record", list.size());
   writeInt(stream, static_cast<int32_t>(list.size()));
   for (const auto& element : list) write(element);
 }

@@ -6,7 +6,8 @@ namespace tovin {
 
 const ClassTagDecl StringArrayValue::Tag("DraVolin.value.StringArray");
 LeakDetector StringArrayValue::m_leakDetector(StringArrayValue::ClassName);
-PooledClassImp<StringArrayValue> StringArrayValue::m_class(StringArrayValue::Tag, StringArrayValue::m_leakDetector);
+PooledClassImp<StringArrayValue> StringArrayValue::m_class(StringArrayValue::Tag,
+                                                           StringArrayValue::m_leakDetector);
 
 void StringArrayValue::reset() { items_.clear(); }
 

@@ -23,7 +23,8 @@ class TOVIN_API Value : public virtual Object {
   virtual void copyFrom(const Value& source) = 0;
   /// Same class and same content.
   virtual bool equals(const Value& other) const = 0;
-  /// The value as text: a list's elements with blanks between, a bitset's bits that are on; null for a null value.
+  /// The value as text: a list's elements with blanks between, a bitset's bits that are on; null for a null
+  /// value.
   virtual WideString getText() const = 0;
 
   bool isNullValue() const;

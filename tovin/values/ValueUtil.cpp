@@ -71,7 +71,8 @@ void assignFrom(NullValue&, const Value&) {}
 void assignFrom(DoubleValue& target, const Value& source) {
   const WideString text = source.getText();
   double number = 0;
-  if (!source.isNullValue() && !tryStringToDouble(text.view(), number)) refuseConversion(text, DoubleValue::Tag);
+  if (!source.isNullValue() && !tryStringToDouble(text.view(), number))
+    refuseConversion(text, DoubleValue::Tag);
   target = number;
 }
 
@@ -79,14 +80,16 @@ void assignFrom(IntegerValue& target, const Value& source) {
   if (source.isNullValue()) return;
   const WideString text = source.getText();
   const auto* real = as<DoubleValue>(source);
-  target = real ? cutToInteger(real->getDouble(), text, IntegerValue::Tag) : integerOf(text, IntegerValue::Tag);
+  target =
+      real ? cutToInteger(real->getDouble(), text, IntegerValue::Tag) : integerOf(text, IntegerValue::Tag);
 }
 
 void assignFrom(StringArrayValue& target, const Value& source) { target.content() = elementsOf(source); }
 
 void assignFrom(IntegerArrayValue& target, const Value& source) {
   if (const auto* bits = as<BitsetValue>(source)) {
-    for (unsigned bit = bits->getNextNoCheck(0); bit < bits->getNumBits(); bit = bits->getNextNoCheck(bit + 1)) {
+    for (unsigned bit = bits->getNextNoCheck(0); bit < bits->getNumBits();
+         bit = bits->getNextNoCheck(bit + 1)) {
       target.add(static_cast<int>(bit));
     }
     return;
@@ -129,7 +132,8 @@ void appendBits(BitsetValue& target, const BitsetValue& source) {
   const unsigned before = target.getNumBits();
   const BitsetValue added(source);
   target.resize(before + added.getNumBits());
-  for (unsigned bit = added.getNextNoCheck(0); bit < added.getNumBits(); bit = added.getNextNoCheck(bit + 1)) {
+  for (unsigned bit = added.getNextNoCheck(0); bit < added.getNumBits();
+       bit = added.getNextNoCheck(bit + 1)) {
     target.setOn(before + bit);
   }
 }
@@ -141,8 +145,10 @@ void appendElements(Value*& slot, const Value& source) {
   const OwnedValue added(source.cloneValue());  // the source may be the slot's own value
   CoerceToType(slot, integers ? IntegerArrayValue::Tag : StringArrayValue::Tag);
   for (const WideString& text : elementsOf(*added)) {
-    if (integers) seek<IntegerArrayValue>(static_cast<Object*>(slot))->add(integerOf(text, IntegerArrayValue::Tag));
-    else seek<StringArrayValue>(static_cast<Object*>(slot))->add(text);
+    if (integers)
+      seek<IntegerArrayValue>(static_cast<Object*>(slot))->add(integerOf(text, IntegerArrayValue::Tag));
+    else
+      seek<StringArrayValue>(static_cast<Object*>(slot))->add(text);
   }
 }
 
@@ -155,7 +161,8 @@ void SetValue(Value*& slot, const Value& source, bool readOnly, const wchar_t* n
   exchange(slot, OwnedValue(source.cloneValue()));
 }
 
-void AppendToValue(Value*& slot, const Value& source, bool readOnly, const wchar_t* name, const wchar_t* separator) {
+void AppendToValue(Value*& slot, const Value& source, bool readOnly, const wchar_t* name,
+                   const wchar_t* separator) {
   requireWritable(slot, readOnly, name);
   if (source.isNullValue()) return;
   if (!slot || slot->isNullValue()) return exchange(slot, OwnedValue(source.cloneValue()));

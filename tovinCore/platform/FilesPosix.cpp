@@ -12,10 +12,14 @@ namespace {
 
 int flagsOf(OpenMode mode) {
   switch (mode) {
-    case OpenMode::write: return O_WRONLY | O_CREAT | O_TRUNC;
-    case OpenMode::append: return O_WRONLY | O_CREAT | O_APPEND;
-    case OpenMode::probe: return O_WRONLY;
-    default: return O_RDONLY;
+    case OpenMode::write:
+      return O_WRONLY | O_CREAT | O_TRUNC;
+    case OpenMode::append:
+      return O_WRONLY | O_CREAT | O_APPEND;
+    case OpenMode::probe:
+      return O_WRONLY;
+    default:
+      return O_RDONLY;
   }
 }
 
@@ -32,7 +36,8 @@ int64_t uninterrupted(Call&& call) {
 }  // namespace
 
 intptr_t openFile(const wchar_t* name, OpenMode mode) noexcept {
-  const int64_t file = uninterrupted([&] { return ::open(wideToUtf8(name).c_str(), flagsOf(mode) | O_CLOEXEC, 0666); });
+  const int64_t file =
+      uninterrupted([&] { return ::open(wideToUtf8(name).c_str(), flagsOf(mode) | O_CLOEXEC, 0666); });
   struct stat facts;
   if (file >= 0 && (::fstat(static_cast<int>(file), &facts) != 0 || S_ISDIR(facts.st_mode))) {
     closeFile(file);

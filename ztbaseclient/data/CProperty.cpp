@@ -220,8 +220,10 @@ void CProperty::AssignFrom(const CProperty& source) {
   guarded({ClassName, "AssignFrom"}, [&] {
     if (&source == this) return;
     SetName(source.name_);
-    if (source.value_) tovin::util::SetValue(value_, *source.value_, false, name_);
-    else AttachValue(nullptr);
+    if (source.value_)
+      tovin::util::SetValue(value_, *source.value_, false, name_);
+    else
+      AttachValue(nullptr);
     flags_ = source.flags_;
   });
 }

@@ -12,10 +12,12 @@
 ///     size->SetName(L"size");
 ///     size->setValue(2.5);
 ///
-/// - Ownership: owns its value; the parent is a back pointer. Counted: a collection holds one reference; one that
+/// - Ownership: owns its value; the parent is a back pointer. Counted: a collection holds one reference; one
+/// that
 ///   nobody holds is given back with deleteInstance().
 /// - Shape: name wide text, null allowed; value any class of the Value family; record as in docs/formats.md.
-/// - Names: shared unique strings, but for names that begin with '_', of which each property keeps a copy of its own.
+/// - Names: shared unique strings, but for names that begin with '_', of which each property keeps a copy of
+/// its own.
 /// - Errors: PropertyAccessException when read-only.
 /// - Threads: one thread at a time; only the pool is locked.
 class ZTBASECLIENT_API CProperty
@@ -73,8 +75,8 @@ class ZTBASECLIENT_API CProperty
   void copyFrom(const CProperty& source) { AssignFrom(source); }
   void assignFrom(const tovin::iProperty* source) override;
 
-  /// The record: name, class hash of the value, the value's own record, flags. In streams before version 3 the
-  /// hash is of the older kind.
+  /// The record: name, class hash of the value, the value's own record, flags. In streams before version 3
+  /// the hash is of the older kind.
   void serialize(tovin::iByteOutputStream& stream) const override;
   void deserialize(tovin::iByteInputStream& stream) override;
 

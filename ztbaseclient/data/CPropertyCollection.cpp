@@ -49,7 +49,9 @@ CPropertyCollection::~CPropertyCollection() {
   tovin::guardedDestruction(ClassName, [&] { storage_->deleteInstance(); });
 }
 
-bool CPropertyCollection::follows(const wchar_t* name) const noexcept { return nodeOwner_ && isHierarchical(name); }
+bool CPropertyCollection::follows(const wchar_t* name) const noexcept {
+  return nodeOwner_ && isHierarchical(name);
+}
 
 // Splits a hierarchical name at its last '/'. "//leaf" means: anywhere in the tree.
 void CPropertyCollection::split(const wchar_t* name) const {
@@ -60,8 +62,8 @@ void CPropertyCollection::split(const wchar_t* name) const {
   if (location_ == L"/") location_ = L"//*";
 }
 
-// The first node at the location; null when there is none. Found nodes are let go at once: one of them may own this
-// collection.
+// The first node at the location; null when there is none. Found nodes are let go at once: one of them may
+// own this collection.
 tovin::Ptr<tovin::iNode> CPropertyCollection::locate(const wchar_t* leaf) const {
   const bool found = DeepPropertyUtils::LocationLookup(this, location_, leaf, foundNodes_);
   tovin::Ptr<tovin::iNode> node(found && !foundNodes_.isEmpty() ? foundNodes_[0] : nullptr);
@@ -84,8 +86,8 @@ CPropertyCollection::Place CPropertyCollection::placeOf(const wchar_t* name, boo
 }
 
 // The value is attached rather than set: a definition may be read-only from the start.
-tovin::iProperty* CPropertyCollection::defineWith(const wchar_t* name, CPropertyCollectionData::OwnedValue value,
-                                                  unsigned flags) {
+tovin::iProperty* CPropertyCollection::defineWith(const wchar_t* name,
+                                                  CPropertyCollectionData::OwnedValue value, unsigned flags) {
   if ((flags & hierarchical) && isHierarchical(name)) {
     split(name);
     const tovin::Ptr<tovin::iNode> node = locate(nullptr);
@@ -100,12 +102,15 @@ tovin::iProperty* CPropertyCollection::defineWith(const wchar_t* name, CProperty
 }
 
 tovin::iProperty* CPropertyCollection::define(const wchar_t* name, unsigned flags) {
-  return guarded({ClassName, "define"},
-                 [&] { return defineWith(name, OwnedValue(CPropertyCollectionData::NewValue(nullptr)), flags); });
+  return guarded({ClassName, "define"}, [&] {
+    return defineWith(name, OwnedValue(CPropertyCollectionData::NewValue(nullptr)), flags);
+  });
 }
 
-tovin::iProperty* CPropertyCollection::define(const wchar_t* name, const tovin::Value& value, unsigned flags) {
-  return guarded({ClassName, "define"}, [&] { return defineWith(name, OwnedValue(value.cloneValue()), flags); });
+tovin::iProperty* CPropertyCollection::define(const wchar_t* name, const tovin::Value& value,
+                                              unsigned flags) {
+  return guarded({ClassName, "define"},
+                 [&] { return defineWith(name, OwnedValue(value.cloneValue()), flags); });
 }
 
 tovin::iProperty* CPropertyCollection::define(const wchar_t* name, const wchar_t* text, unsigned flags) {
@@ -198,7 +203,8 @@ void CPropertyCollection::rename(const wchar_t* from, const wchar_t* to) {
       throw tovin::Exception(L"Failed to find hierarchical location \"%ls\"\n", location_);
     }
     if (destination.collection->isDefined(destination.leaf) && !tovin::equalFolded(from, to)) {
-      throw tovin::Exception(L"Destination property %ls already exists, cannot rename source property %ls", to, from);
+      throw tovin::Exception(L"Destination property %ls already exists, cannot rename source property %ls",
+                             to, from);
     }
     if (destination.leaf.isEmpty()) {
       throw tovin::Exception(L"Source property %ls cannot be renamed to empty text", from);
@@ -254,8 +260,10 @@ void CPropertyCollection::arrange(const NameList& names, bool createMissing, boo
   }
   if (!common) return;
   if (common == this) return storage_->ReorderProperties(names_, createMissing, removeOthers);
-  if (removeOthers) common->keep(names_, createMissing);
-  else common->reorder(names_, createMissing);
+  if (removeOthers)
+    common->keep(names_, createMissing);
+  else
+    common->reorder(names_, createMissing);
 }
 
 void CPropertyCollection::appendFrom(const tovin::iPropertyCollection* source) {

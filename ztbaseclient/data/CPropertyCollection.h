@@ -13,8 +13,10 @@
 ///     settings->define(L"size", 2.5, 0);
 ///     settings->find(L"Size")->getValue();
 ///
-/// - Names: equal with A to Z folded. Where a node owns the collection, a name that begins with '/' addresses a
-///   property of another node of the tree: what stands before its last '/' is a path query, what follows the name.
+/// - Names: equal with A to Z folded. Where a node owns the collection, a name that begins with '/' addresses
+/// a
+///   property of another node of the tree: what stands before its last '/' is a path query, what follows the
+///   name.
 /// - Ownership: counted; owns its properties, the owner is a back pointer.
 /// - Shape: record as in docs/formats.md.
 /// - Threads: one thread at a time, for reading too.
@@ -97,7 +99,8 @@ class ZTBASECLIENT_API CPropertyCollection
   tovin::iProperty* lookUp(const wchar_t* name) const;
   CProperty* at(unsigned index) const;
   tovin::iProperty* require(const wchar_t* name) const;
-  tovin::iProperty* defineWith(const wchar_t* name, CPropertyCollectionData::OwnedValue value, unsigned flags);
+  tovin::iProperty* defineWith(const wchar_t* name, CPropertyCollectionData::OwnedValue value,
+                               unsigned flags);
   void arrange(const NameList& names, bool createMissing, bool removeOthers);
   void move(const Place& from, const Place& to);
 

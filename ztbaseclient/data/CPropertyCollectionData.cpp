@@ -74,8 +74,9 @@ CProperty* CPropertyCollectionData::GetProperty(const wchar_t* name) const {
 }
 
 const tovin::Value& CPropertyCollectionData::GetValue(unsigned index) const {
-  return guarded({ClassName, "GetValue"},
-                 [&]() -> const tovin::Value& { return properties_.data()[checkedIndex(index)]->getValue(); });
+  return guarded({ClassName, "GetValue"}, [&]() -> const tovin::Value& {
+    return properties_.data()[checkedIndex(index)]->getValue();
+  });
 }
 
 int CPropertyCollectionData::GetIndex(const wchar_t* name) const {
@@ -132,7 +133,8 @@ CProperty* CPropertyCollectionData::AppendProperty(const wchar_t* name, OwnedVal
   return property.get();
 }
 
-CProperty* CPropertyCollectionData::MakeNewPropertyWithCopiedValue(const wchar_t* name, const tovin::Value* value) {
+CProperty* CPropertyCollectionData::MakeNewPropertyWithCopiedValue(const wchar_t* name,
+                                                                   const tovin::Value* value) {
   return guarded({ClassName, "MakeNewPropertyWithCopiedValue"},
                  [&] { return AppendProperty(name, OwnedValue(NewValue(value))); });
 }
@@ -172,7 +174,8 @@ void CPropertyCollectionData::swapProperties(unsigned a, unsigned b) {
   AddToHash(properties_.data()[b]->getName(), static_cast<int>(b));
 }
 
-void CPropertyCollectionData::ReorderProperties(const NameList& names, bool createMissing, bool removeOthers) {
+void CPropertyCollectionData::ReorderProperties(const NameList& names, bool createMissing,
+                                                bool removeOthers) {
   guarded({ClassName, "ReorderProperties"}, [&] {
     int next = 0;
     for (const tovin::WideString& name : names) {
@@ -184,7 +187,8 @@ void CPropertyCollectionData::ReorderProperties(const NameList& names, bool crea
       if (position != index) swapProperties(static_cast<unsigned>(position), static_cast<unsigned>(index));
     }
     if (!removeOthers) return;
-    for (unsigned last = GetNumProperties(); last > static_cast<unsigned>(next); --last) RemoveProperty(last - 1);
+    for (unsigned last = GetNumProperties(); last > static_cast<unsigned>(next); --last)
+      RemoveProperty(last - 1);
   });
 }
 
@@ -229,7 +233,8 @@ void CPropertyCollectionData::serializeSubset(tovin::iByteOutputStream& stream, 
   internalSerialize(stream, &names);
 }
 
-void CPropertyCollectionData::internalSerialize(tovin::iByteOutputStream& stream, const NameList* names) const {
+void CPropertyCollectionData::internalSerialize(tovin::iByteOutputStream& stream,
+                                                const NameList* names) const {
   guarded({ClassName, "serialize"}, [&] {
     WriteCompactInt(stream, storageVersion);
     WriteBool(stream, !propertyClass_);

@@ -11,11 +11,14 @@
 #include "ztbaseclient/data/CProperty.h"
 #include "ztcore/ztUniqueStrings.h"
 
-/// The storage behind a property collection: the properties in order, and an index of their names from ten on.
+/// The storage behind a property collection: the properties in order, and an index of their names from ten
+/// on.
 ///
-/// - Lookup: names are equal with A to Z folded. With duplicates, up to nine properties answer with the first of
+/// - Lookup: names are equal with A to Z folded. With duplicates, up to nine properties answer with the first
+/// of
 ///   them, ten and more with the last.
-/// - Ownership: holds one reference to each property; the owner, which new properties get as parent, is borrowed.
+/// - Ownership: holds one reference to each property; the owner, which new properties get as parent, is
+/// borrowed.
 /// - Errors: InvalidIndexException(index, number of properties - 1).
 class ZTBASECLIENT_API CPropertyCollectionData
     : public tovin::FrameworkClass<CPropertyCollectionData, tovin::PooledObject> {
@@ -47,7 +50,8 @@ class ZTBASECLIENT_API CPropertyCollectionData
   /// -1 if none.
   int GetIndex(const wchar_t* name) const;
 
-  /// A property that is not in the storage yet: of the class given, else of the property class, else a CProperty.
+  /// A property that is not in the storage yet: of the class given, else of the property class, else a
+  /// CProperty.
   CProperty* NewProperty(tovin::Class* propertyClass);
   /// A copy for a property; the caller owns it.
   static tovin::Value* NewValue(const tovin::Value* value);

@@ -19,8 +19,10 @@ void replaceSpaces(tovin::BaseString<C>& name, std::basic_string_view<C> mark) {
   tovin::BaseString<C> massaged;
   massaged.clear();
   for (C c : name.view()) {
-    if (c == C(' ')) massaged += mark;
-    else massaged += c;
+    if (c == C(' '))
+      massaged += mark;
+    else
+      massaged += c;
   }
   name = massaged;
 }
@@ -53,8 +55,10 @@ void DeepPropertyUtils::NodeLocation(const tovin::iNode& node, bool useNames, to
   path = L"/";
   for (size_t i = steps.size(); i-- > 0;) {
     const tovin::iNode& step = *steps[i];
-    if (useNames) path += step.getName();
-    else path += L'*';
+    if (useNames)
+      path += step.getName();
+    else
+      path += L'*';
     if (!useNames || !IsUniquelyNamedChild(step)) {
       ((path += L'[') += tovin::util::integerToString(GetChildIndex(step, useNames) + 1LL)) += L']';
     }
@@ -88,7 +92,9 @@ void DeepPropertyUtils::MassagePropertyName(tovin::WideString& name) {
   replaceSpaces<wchar_t>(name, L"__white_space__");
 }
 
-void DeepPropertyUtils::MassagePropertyName(tovin::NarrowString& name) { replaceSpaces<char>(name, "__white_space__"); }
+void DeepPropertyUtils::MassagePropertyName(tovin::NarrowString& name) {
+  replaceSpaces<char>(name, "__white_space__");
+}
 
 bool DeepPropertyUtils::LocationLookup(const tovin::iPropertyCollection* collection, const wchar_t* location,
                                        const wchar_t* leaf, tovin::NodeReferenceSet& nodes) {
@@ -110,7 +116,8 @@ bool DeepPropertyUtils::DecodePropertyPath(tovin::iDataRecord* record, const wch
     const tovin::WideString whole(path);
     const size_t slash = whole.findLast(L'/');
     name = whole.subString(slash == whole.npos ? 0 : slash + 1);
-    const tovin::WideString location = slash == whole.npos ? tovin::WideString(L"") : whole.subString(0, slash);
+    const tovin::WideString location =
+        slash == whole.npos ? tovin::WideString(L"") : whole.subString(0, slash);
     return lookUpFrom(*root, location, name, nodes) && !nodes.isEmpty();
   });
 }

@@ -9,7 +9,8 @@
 ///     tovin::WideString path;
 ///     DeepPropertyUtils::NodeLocation(node, true, path);   // "/root/child[2]/"
 ///
-/// - Shape: a location is a path query from the root, each step closed by '/'; a property is an attribute of its node.
+/// - Shape: a location is a path query from the root, each step closed by '/'; a property is an attribute of
+/// its node.
 namespace DeepPropertyUtils {
 
 /// The path that leads to a node: by names, with a position where siblings share one, or by positions only.
@@ -28,8 +29,8 @@ ZTBASECLIENT_API void MassagePropertyName(tovin::NarrowString& name);
 /// Finds the nodes at a location, seen from the node that owns the collection.
 /// \param location empty for that node itself.
 /// \param leaf when given, only nodes that carry a property of that name are found.
-/// \return false when the node itself was asked for and has no such property. True may come with an empty set.
-/// "Cannot perform lookup on property collection without node owner".
+/// \return false when the node itself was asked for and has no such property. True may come with an empty
+/// set. "Cannot perform lookup on property collection without node owner".
 ZTBASECLIENT_API bool LocationLookup(const tovin::iPropertyCollection* collection, const wchar_t* location,
                                      const wchar_t* leaf, tovin::NodeReferenceSet& nodes);
 

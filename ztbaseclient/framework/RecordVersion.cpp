@@ -9,7 +9,8 @@ template <class Accept>
 int32_t read(tovin::iByteInputStream& stream, int32_t expected, Accept&& accept) {
   int32_t version = 0;
   ReadCompactInt(stream, version);
-  if (!accept(version)) throw tovin::Exception(L"Deserialization version mismatch (%ld , %ld)", version, expected);
+  if (!accept(version))
+    throw tovin::Exception(L"Deserialization version mismatch (%ld , %ld)", version, expected);
   return version;
 }
 

@@ -2,8 +2,8 @@
 
 #include "tovin/ByteCoding.h"
 
-/// The primitives that every record is written with, under the interface's names. The coding itself, and every
-/// error, is that of tovin/ByteCoding.h; the layouts are in docs/formats.md.
+/// The primitives that every record is written with, under the interface's names. The coding itself, and
+/// every error, is that of tovin/ByteCoding.h; the layouts are in docs/formats.md.
 
 inline tovin::iByteOutputStream& WriteCompactInt(tovin::iByteOutputStream& stream, int32_t value) {
   tovin::coding::writeInt(stream, value);
@@ -29,8 +29,10 @@ inline tovin::iByteInputStream& ReadWideString(tovin::iByteInputStream& stream, 
   tovin::coding::readWide(stream, text);
   return stream;
 }
-/// The body alone. \param buffer room for count units and a terminator, which streams of version 1 leave to the caller.
-inline tovin::iByteInputStream& ReadWideChars(tovin::iByteInputStream& stream, wchar_t* buffer, int32_t count) {
+/// The body alone. \param buffer room for count units and a terminator, which streams of version 1 leave to
+/// the caller.
+inline tovin::iByteInputStream& ReadWideChars(tovin::iByteInputStream& stream, wchar_t* buffer,
+                                              int32_t count) {
   tovin::coding::readWideChars(stream, buffer, count);
   return stream;
 }
@@ -46,7 +48,9 @@ inline tovin::iByteInputStream& ReadNarrowString(tovin::iByteInputStream& stream
 }
 
 /// The UTF-8 form of up to six bytes; returns its length, 0 for a null out.
-inline unsigned EncodeUtf8Unit(uint32_t value, unsigned char* out) { return tovin::coding::encodeUtf8Unit(value, out); }
+inline unsigned EncodeUtf8Unit(uint32_t value, unsigned char* out) {
+  return tovin::coding::encodeUtf8Unit(value, out);
+}
 /// Returns the length of the form that the lead byte asks for, 0 for none. \param bytes all of that form.
 inline unsigned DecodeUtf8Unit(const unsigned char* bytes, uint32_t& value) {
   return tovin::coding::decodeUtf8Unit(bytes, value);

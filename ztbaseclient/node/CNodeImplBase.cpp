@@ -11,7 +11,8 @@ using tovin::MetaDataFlags;
 
 const wchar_t* const CNodeImplBase::DefaultValueName = L"text-content";
 const wchar_t* const CNodeImplBase::NullNodeMsg = L"Error: attempting to add a null node.";
-const wchar_t* const CNodeImplBase::OwnParentErrMsg = L"Error: attempting to set a data node to be its own parent.";
+const wchar_t* const CNodeImplBase::OwnParentErrMsg =
+    L"Error: attempting to set a data node to be its own parent.";
 const tovin::NullValue CNodeImplBase::nullNodeValue;
 const tovin::ClassTagDecl CNodeImplBase::Tag("DraVolin.node.CNodeImplBase");
 tovin::LeakDetector CNodeImplBase::m_leakDetector(CNodeImplBase::ClassName);
@@ -147,8 +148,10 @@ void CNodeImplBase::FindChildNodesByName(const wchar_t* name, tovin::NodeReferen
 void CNodeImplBase::AddChildNode(iNode* child, unsigned index) {
   guarded({ClassName, "AddChildNode"}, [&] {
     if (!children_) children_ = std::make_shared<ChildArray>();
-    if (index < children_->getSize()) children_->insert(index, child);
-    else children_->add(child);
+    if (index < children_->getSize())
+      children_->insert(index, child);
+    else
+      children_->add(child);
     child->setParent(inode());
     child->addRef();
   });
@@ -214,7 +217,8 @@ void CNodeImplBase::ClearChildren() {
 void CNodeImplBase::requireAttachable(iNode* child) const {
   if (!child) throw tovin::Exception(NullNodeMsg);
   // A node without children can be nobody's ancestor; only this one itself is left to be refused.
-  if (child->hasChildren() ? IsAncestorNode(child) : child == inode()) throw tovin::Exception(OwnParentErrMsg);
+  if (child->hasChildren() ? IsAncestorNode(child) : child == inode())
+    throw tovin::Exception(OwnParentErrMsg);
 }
 
 void CNodeImplBase::requireChildren() const {
@@ -232,7 +236,8 @@ void CNodeImplBase::AppendChildNode(iNode* child) {
 void CNodeImplBase::InsertChildNodeBefore(iNode* newChild, const iNode* refChild) {
   requireAttachable(newChild);
   requireChildren();
-  // Taken before the child is detached: an earlier sibling lands just behind the reference child, as it always did.
+  // Taken before the child is detached: an earlier sibling lands just behind the reference child, as it
+  // always did.
   const unsigned index = GetChildNodeIndex(refChild);
   if (newChild == refChild) return;
   const tovin::Ptr<iNode> held(newChild);
@@ -246,7 +251,8 @@ void CNodeImplBase::ReplaceChildNodeBy(iNode* oldChild, iNode* newChild) {
   const unsigned index = GetChildNodeIndex(oldChild);
   if (newChild == oldChild) return;
   iNode* oldParent = newChild->findParent();
-  if (oldParent == inode()) throw tovin::Exception(L"Error detected: trying to replace a node with a sibling node");
+  if (oldParent == inode())
+    throw tovin::Exception(L"Error detected: trying to replace a node with a sibling node");
   const tovin::Ptr<iNode> held(newChild);
   if (oldParent) oldParent->removeChild(newChild);
   ReplaceChildNode(newChild, index);
@@ -299,7 +305,8 @@ void CNodeImplBase::GetNodeIndexPathExpression(tovin::WideString& out, const iNo
 
 tovin::iXPathParser* CNodeImplBase::GetXPathParser() const {
   if (!parser_) {
-    tovin::MemPtr<tovin::Object, tovin::InstanceDeallocator> made(tovin::newInstance("DraVolin.CXPathParser"));
+    tovin::MemPtr<tovin::Object, tovin::InstanceDeallocator> made(
+        tovin::newInstance("DraVolin.CXPathParser"));
     auto* parser = tovin::seek<tovin::iXPathParser>(made.get());
     if (!parser) throw tovin::Exception(L"Cannot dereference a NULL pointer");
     made.detach();
@@ -310,7 +317,8 @@ tovin::iXPathParser* CNodeImplBase::GetXPathParser() const {
 }
 
 template <class Result>
-bool CNodeImplBase::runQuery(const iNode* context, const wchar_t* expression, unsigned flags, Result& result) const {
+bool CNodeImplBase::runQuery(const iNode* context, const wchar_t* expression, unsigned flags,
+                             Result& result) const {
   return guarded({ClassName, "RunXPathQuery"},
                  [&] { return GetXPathParser()->evaluate(expression, context, flags, result); });
 }
@@ -320,7 +328,8 @@ bool CNodeImplBase::RunXPathQuery(const iNode* context, const wchar_t* expressio
   return runQuery(context, expression, flags, result);
 }
 
-bool CNodeImplBase::RunXPathQuery(const iNode* context, const wchar_t* expression, unsigned flags, int& result) const {
+bool CNodeImplBase::RunXPathQuery(const iNode* context, const wchar_t* expression, unsigned flags,
+                                  int& result) const {
   return runQuery(context, expression, flags, result);
 }
 
@@ -361,8 +370,10 @@ void CNodeImplBase::assignOwn(const iNode* source) {
   SetNodeName(source->getName());
   // The value is among the properties. The collection is there afterwards even when the source has none.
   tovin::iPropertyCollection* collection = EnsurePropCollectionExists();
-  if (source->hasProperties()) collection->assignFrom(source->getProperties(), true);
-  else collection->removeAll();
+  if (source->hasProperties())
+    collection->assignFrom(source->getProperties(), true);
+  else
+    collection->removeAll();
 }
 
 void CNodeImplBase::cloneChildren(const iNode* source, std::vector<tovin::Ptr<iNode>>& copies) const {
@@ -379,9 +390,12 @@ void CNodeImplBase::cloneChildren(const iNode* source, std::vector<tovin::Ptr<iN
       iNode* child = const_cast<iNode*>(step.from->getChildAt(i));
       const CNodeImplBase* core = coreOf(child);
       const bool stepwise = core && core->ClonesByAssignment();
-      const tovin::Ptr<iNode> copy(stepwise ? tovin::seek<iNode>(child->newInstance()) : child->cloneNode(true));
-      if (step.to) step.to->AddChildNode(copy.get(), atEnd);
-      else copies.push_back(copy);
+      const tovin::Ptr<iNode> copy(stepwise ? tovin::seek<iNode>(child->newInstance())
+                                            : child->cloneNode(true));
+      if (step.to)
+        step.to->AddChildNode(copy.get(), atEnd);
+      else
+        copies.push_back(copy);
       if (!stepwise) continue;
       CNodeImplBase* copyCore = coreOf(copy.get());
       copyCore->assignOwn(child);

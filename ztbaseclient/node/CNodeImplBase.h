@@ -35,13 +35,15 @@ class ZTBASECLIENT_API CNodeImplBase {
 
  protected:
   CNodeImplBase();
-  /// Copies nothing: the copy constructor of a node class follows it with a deep AssignFrom, once the node is whole.
+  /// Copies nothing: the copy constructor of a node class follows it with a deep AssignFrom, once the node is
+  /// whole.
   CNodeImplBase(const CNodeImplBase& other);
-  /// Shallow, on purpose: both nodes then share parser, child array and collection, and no child gets a reference.
+  /// Shallow, on purpose: both nodes then share parser, child array and collection, and no child gets a
+  /// reference.
   CNodeImplBase& operator=(const CNodeImplBase& other);
 
-  // What a node class writes ahead of the core record, and reads back. False, the default: the class has a record
-  // of its own making, so that its children are not walked here but by its own serialize.
+  // What a node class writes ahead of the core record, and reads back. False, the default: the class has a
+  // record of its own making, so that its children are not walked here but by its own serialize.
   virtual bool WriteClassRecord(tovin::iByteOutputStream& stream) const;
   virtual bool ReadClassRecord(tovin::iByteInputStream& stream);
   // True for a class whose cloneNode is a new instance and AssignFrom.
@@ -85,8 +87,10 @@ class ZTBASECLIENT_API CNodeImplBase {
   void GetNodeIndexPath(tovin::IntegerArrayValue& out, const tovin::iNode* ancestor) const;
   void GetNodeIndexPathExpression(tovin::WideString& out, const tovin::iNode* ancestor) const;
 
-  bool RunXPathQuery(const tovin::iNode* context, const wchar_t* expression, unsigned flags, bool& result) const;
-  bool RunXPathQuery(const tovin::iNode* context, const wchar_t* expression, unsigned flags, int& result) const;
+  bool RunXPathQuery(const tovin::iNode* context, const wchar_t* expression, unsigned flags,
+                     bool& result) const;
+  bool RunXPathQuery(const tovin::iNode* context, const wchar_t* expression, unsigned flags,
+                     int& result) const;
   bool RunXPathQuery(const tovin::iNode* context, const wchar_t* expression, unsigned flags,
                      tovin::PropertyReferenceSet& result) const;
   bool RunXPathQuery(const tovin::iNode* context, const wchar_t* expression, unsigned flags,

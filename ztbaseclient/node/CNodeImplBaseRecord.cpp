@@ -50,8 +50,10 @@ void CNodeImplBase::SerializeNode(tovin::iByteOutputStream& stream, bool withChi
       if (++step.next == step.node->NumChildNodes()) steps.pop_back();
       WriteNarrowString(stream, child->getClassTag());
       const CNodeImplBase* core = coreOf(child);
-      if (core && core->WriteClassRecord(stream)) begin(*core);
-      else child->serialize(stream);
+      if (core && core->WriteClassRecord(stream))
+        begin(*core);
+      else
+        child->serialize(stream);
     }
   });
 }
@@ -95,8 +97,10 @@ void CNodeImplBase::DeserializeNode(tovin::iByteInputStream& stream, bool withCh
       if (--step.missing == 0) steps.pop_back();
       iNode* child = parent->readChildInstance(stream);
       CNodeImplBase* core = coreOf(child);
-      if (core && core->ReadClassRecord(stream)) begin(*core);
-      else child->deserialize(stream);
+      if (core && core->ReadClassRecord(stream))
+        begin(*core);
+      else
+        child->deserialize(stream);
       child->setParent(parent->GetINode());
     }
   });

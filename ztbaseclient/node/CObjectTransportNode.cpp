@@ -10,8 +10,8 @@ using tovin::guarded;
 
 const tovin::ClassTagDecl CObjectTransportNode::Tag("DraVolin.data.ObjectTransportNode");
 tovin::LeakDetector CObjectTransportNode::m_leakDetector(CObjectTransportNode::ClassName);
-tovin::PooledClassImp<CObjectTransportNode> CObjectTransportNode::m_class(CObjectTransportNode::Tag,
-                                                                          CObjectTransportNode::m_leakDetector);
+tovin::PooledClassImp<CObjectTransportNode> CObjectTransportNode::m_class(
+    CObjectTransportNode::Tag, CObjectTransportNode::m_leakDetector);
 
 const int CObjectTransportNode::OBJECT_TRANSPORT_NODE_VERSION = 7075;
 const int CObjectTransportNode::OLD_OBJECT_TRANSPORT_NODE_VERSION = 7074;
@@ -69,8 +69,10 @@ CObjectTransportNode::~CObjectTransportNode() {
 // The object held before is left as it is, on purpose: somebody may still count on it.
 void CObjectTransportNode::copyObject(const CObjectTransportNode& source) {
   if (object_ == source.object_) return;
-  if (source.object_) hold(source.object_->clone());
-  else ReleaseObject();
+  if (source.object_)
+    hold(source.object_->clone());
+  else
+    ReleaseObject();
 }
 
 void CObjectTransportNode::hold(tovin::Object* object) {
@@ -89,8 +91,10 @@ void CObjectTransportNode::SetObject(tovin::Object* object) {
 void CObjectTransportNode::ReleaseObject() {
   guarded({ClassName, "ReleaseObject"}, [&] {
     tovin::Object* object = std::exchange(object_, nullptr);
-    if (tovin::CountedObject* counted = countedOf(object)) counted->release();
-    else if (object) object->deleteInstance();
+    if (tovin::CountedObject* counted = countedOf(object))
+      counted->release();
+    else if (object)
+      object->deleteInstance();
   });
 }
 

@@ -8,9 +8,11 @@
 /// The class name in the guards of NodeImpl.
 inline constexpr const char* ClassName_NodeImpl = "NodeImpl";
 
-/// Implements every operation of the node interface for node class T by forwarding to the core inside the guard.
+/// Implements every operation of the node interface for node class T by forwarding to the core inside the
+/// guard.
 ///
-///     class CBaseNode : public tovin::FrameworkClass<CBaseNode, NodeImpl<CBaseNode, tovin::iNode>, tovin::PooledObject>
+///     class CBaseNode : public tovin::FrameworkClass<CBaseNode, NodeImpl<CBaseNode, tovin::iNode>,
+///     tovin::PooledObject>
 template <class T, class Interface>
 class NodeImpl : public CNodeImplBase, public Interface {
   using iNode = tovin::iNode;

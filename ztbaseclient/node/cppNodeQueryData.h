@@ -4,7 +4,8 @@
 #include "tovinCore/LeakDetector.h"
 #include "ztbaseclient/Export.h"
 
-/// The context of one path query: parser, node, what kind of result is meant, and which attribute of the node.
+/// The context of one path query: parser, node, what kind of result is meant, and which attribute of the
+/// node.
 ///
 /// - Ownership: borrows parser and node.
 class ZTBASECLIENT_API cppNodeQueryData {
@@ -16,7 +17,8 @@ class ZTBASECLIENT_API cppNodeQueryData {
   enum NodeType { Element = 1, Attribute = 2, Either = 3 };
 
   cppNodeQueryData();
-  cppNodeQueryData(tovin::iXPathParser* parser, const tovin::iNode* node, NodeType nodeType, long attributesIndex);
+  cppNodeQueryData(tovin::iXPathParser* parser, const tovin::iNode* node, NodeType nodeType,
+                   long attributesIndex);
   cppNodeQueryData(const cppNodeQueryData& other);
   cppNodeQueryData& operator=(const cppNodeQueryData&) = default;
   virtual ~cppNodeQueryData();

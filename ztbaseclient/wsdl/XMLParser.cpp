@@ -14,7 +14,8 @@ using tovin::guarded;
 
 namespace {
 
-// The first piece of a file; later ones double, so that a token over many pieces is not scanned again for each.
+// The first piece of a file; later ones double, so that a token over many pieces is not scanned again for
+// each.
 constexpr int firstPiece = 2048;
 constexpr int largestPiece = 1 << 20;
 
@@ -81,7 +82,8 @@ tovin::iNode* CWsdlParser::XMLParser::parsePieces(Read&& read) {
   for (size_t count = 1; count > 0; size = std::min(size * 2, largestPiece)) {
     auto* piece = static_cast<unsigned char*>(XML_GetBuffer(expat_, size));
     count = piece ? read(piece, static_cast<unsigned>(size)) : 0;
-    const XML_Status status = piece ? XML_ParseBuffer(expat_, static_cast<int>(count), count == 0) : XML_STATUS_ERROR;
+    const XML_Status status =
+        piece ? XML_ParseBuffer(expat_, static_cast<int>(count), count == 0) : XML_STATUS_ERROR;
     rethrowFailure();
     if (status != XML_STATUS_OK) {
       throw tovin::Exception(L"Parse error: %hs", XML_ErrorString(XML_GetErrorCode(expat_)));
@@ -154,8 +156,10 @@ void CWsdlParser::XMLParser::charHandler(void* userData, const char* text, int l
 
 void CWsdlParser::XMLParser::startElementImpl(const char* name, const char** attributes) {
   const tovin::Ptr<tovin::iNode> node(builder_->makeNode(name, attributes));
-  if (!root_) root_ = node;
-  else if (current_) current_->appendChild(node.get());
+  if (!root_)
+    root_ = node;
+  else if (current_)
+    current_->appendChild(node.get());
   current_ = node;
 }
 

@@ -10,14 +10,16 @@
 
 struct XML_ParserStruct;
 
-/// Builds a node tree from an XML document: elements become nodes, attributes properties, all else is passed over.
+/// Builds a node tree from an XML document: elements become nodes, attributes properties, all else is passed
+/// over.
 ///
 ///     CWsdlParser::XMLParser parser;
 ///     tovin::Ptr<tovin::iNode> root(parser.parse(L"service.wsdl"));
 ///
 /// - Shape: names and attribute texts are the document's UTF-8, each byte one wide character.
 /// - Ownership: holds one reference to the root until reset(); parse() lends it.
-/// - Errors: "Unable to open file", "Parse error: %hs" from a file. Bytes that are no XML raise nothing: what was
+/// - Errors: "Unable to open file", "Parse error: %hs" from a file. Bytes that are no XML raise nothing: what
+/// was
 ///   built before the fault is the answer, null if that is nothing.
 /// - One document: a second parse needs a reset() in between.
 class ZTBASECLIENT_API CWsdlParser::XMLParser {

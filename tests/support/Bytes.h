@@ -1,0 +1,47 @@
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <string>
+
+#include "tovinCore/Exception.h"
+#include "tovinCore/Utf8.h"
+#include "ztcore/ztMemoryStreams.h"
+
+/// Bytes as tests write them: pairs of hexadecimal digits, with blanks where a reader wants them.
+namespace testsupport {
+
+std::string hex(const unsigned char* bytes, size_t count);
+/// Refuses anything but digits, blanks, line ends, and comments from '#' to the end of the line.
+std::string unhex(const std::string& text);
+/// The bytes of a file of hexadecimal digits under tests/data.
+std::string unhexFile(const std::string& name);
+
+using Writer = ztMemoryByteOutputStream;
+inline std::string hex(const Writer& out) { return hex(out.GetBytes(), out.GetSize()); }
+inline std::string bytesOf(const Writer& out) {
+  return std::string(reinterpret_cast<const char*>(out.GetBytes()), out.GetSize());
+}
+
+/// A stream over bytes of its own.
+class Reader : private std::string, public ztMemoryByteInputStream {
+ public:
+  explicit Reader(const char* hexadecimal, int version = tovin::currentSerializationVersion)
+      : Reader(unhex(hexadecimal), version) {}
+  explicit Reader(const std::string& bytes, int version)
+      : std::string(bytes), ztMemoryByteInputStream(std::string::data(), std::string::size(), version) {}
+  explicit Reader(const Writer& out) : Reader(bytesOf(out), out.getSerializationVersion()) {}
+};
+
+/// Expects a framework exception with exactly this text.
+template <class Body>
+void expectMessage(const std::wstring& message, Body&& body) {
+  try {
+    body();
+    ADD_FAILURE() << "nothing was raised, expected: " << tovin::wideToUtf8(message);
+  } catch (const tovin::Exception& e) {
+    EXPECT_EQ(tovin::wideToUtf8(e.getMessage()), tovin::wideToUtf8(message));
+  }
+}
+
+}  // namespace testsupport

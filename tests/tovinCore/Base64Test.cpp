@@ -1,0 +1,48 @@
+#include "tovinCore/Base64.h"
+
+#include <gtest/gtest.h>
+
+namespace base64 = tovin::base64;
+
+namespace {
+
+std::vector<unsigned char> bytesOf(const std::string& text) { return {text.begin(), text.end()}; }
+
+TEST(Base64, EncodesAndDecodesTheVectorsOfTheStandard) {
+  const struct {
+    std::string bytes;
+    std::string text;
+  } rows[] = {{"", ""},
+              {"f", "Zg=="},
+              {"fo", "Zm8="},
+              {"foo", "Zm9v"},
+              {"foob", "Zm9vYg=="},
+              {"fooba", "Zm9vYmE="},
+              {"foobar", "Zm9vYmFy"},
+              {"\xFB\xFF\xBF", "+/+/"}};
+  for (const auto& row : rows) {
+    const std::vector<unsigned char> bytes = bytesOf(row.bytes);
+    std::string narrow;
+    std::wstring wide;
+    base64::encode(bytes.data(), bytes.size(), narrow);
+    base64::encode(bytes.data(), bytes.size(), wide);
+    EXPECT_EQ(narrow, row.text);
+    EXPECT_EQ(wide, std::wstring(row.text.begin(), row.text.end()));
+    std::vector<unsigned char> decoded;
+    EXPECT_TRUE(base64::decode(narrow, decoded)) << row.text;
+    EXPECT_EQ(decoded, bytes);
+    EXPECT_TRUE(base64::decode(wide, decoded)) << row.text;
+    EXPECT_EQ(decoded, bytes);
+  }
+}
+
+TEST(Base64, RefusesWhatIsNotBase64) {
+  for (const wchar_t* text : {L"Zg=", L"Zg", L"Z===", L"====", L"Zh==", L"Zm9=", L"Zg==Zg==", L"Zm 9v",
+                              L"Zm9v\n", L"Zm9-", L"Zm9\xE9", L"Zm9\x106F", L"Z=g="}) {
+    std::vector<unsigned char> decoded = {1};
+    EXPECT_FALSE(base64::decode(std::wstring_view(text), decoded)) << std::wstring(text).size();
+    EXPECT_TRUE(decoded.empty());
+  }
+}
+
+}  // namespace
