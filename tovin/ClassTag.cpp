@@ -21,6 +21,7 @@ int ClassTag::getHash(bool newerKind) const noexcept {
 
 NarrowString ClassTag::describe() const {
   if (const char* name = *this) return name;
+  if (knows_ == both) return "(null)";
   return std::to_string(getHash());
 }
 

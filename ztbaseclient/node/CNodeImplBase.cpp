@@ -202,16 +202,20 @@ void CNodeImplBase::ClearChildren() {
     std::vector<iNode*> released;
     for (iNode* child : *children_) child->setParent(nullptr);
     released.swap(children_->items());
-    // The last child first. A node about to die hands its own children over, so depth costs no stack.
-    while (!released.empty()) {
-      iNode* node = released.back();
-      released.pop_back();
-      if (node->getRefCount() == 1) {
-        if (CNodeImplBase* core = coreOf(node)) core->surrender(released);
-      }
-      node->release();
-    }
+    ReleaseNodes(released);
   });
+}
+
+// The last one first. A node about to die hands what it holds over, so depth costs no stack.
+void CNodeImplBase::ReleaseNodes(std::vector<iNode*>& released) {
+  while (!released.empty()) {
+    iNode* node = released.back();
+    released.pop_back();
+    if (node->getRefCount() == 1) {
+      if (CNodeImplBase* core = coreOf(node)) core->surrender(released);
+    }
+    node->release();
+  }
 }
 
 void CNodeImplBase::requireAttachable(iNode* child) const {

@@ -50,6 +50,9 @@ class ZTBASECLIENT_API CNodeImplBase {
   virtual bool ClonesByAssignment() const { return false; }
   // A node that only this one holds, besides its children, to be released after it; null if none.
   virtual tovin::iNode* SurrenderObject() { return nullptr; }
+  // Releases nodes that have no parent, and what dies with them, without recursion; the list is empty
+  // afterwards.
+  static void ReleaseNodes(std::vector<tovin::iNode*>& released);
 
   const wchar_t* GetNodeName() const { return name_.getQName(); }
   void SetNodeName(const wchar_t* name) { name_.setName(name); }

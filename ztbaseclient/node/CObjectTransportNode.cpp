@@ -90,6 +90,10 @@ void CObjectTransportNode::SetObject(tovin::Object* object) {
 
 void CObjectTransportNode::ReleaseObject() {
   guarded({ClassName, "ReleaseObject"}, [&] {
+    if (tovin::iNode* node = SurrenderObject()) {
+      std::vector<tovin::iNode*> released{node};
+      return ReleaseNodes(released);
+    }
     tovin::Object* object = std::exchange(object_, nullptr);
     if (tovin::CountedObject* counted = countedOf(object))
       counted->release();

@@ -1,0 +1,120 @@
+#include "ztbaseclient/data/CPropertyCollection.h"
+
+#include <gtest/gtest.h>
+
+#include "tests/support/Bytes.h"
+#include "tovin/values/IntegerValue.h"
+#include "tovin/values/NullValue.h"
+
+namespace {
+
+using testsupport::expectMessage;
+
+class Collection : public testing::Test {
+ protected:
+  std::wstring names() const {
+    std::wstring all;
+    for (unsigned i = 0; i < properties_->getSize(); ++i) ((all += properties_->get(i)->getName()) += L' ');
+    return all;
+  }
+  tovin::Ptr<CPropertyCollection> properties_{CPropertyCollection::allocate()};
+};
+
+TEST_F(Collection, OnlySevenBitsOfTheFlagsReachAProperty) {
+  EXPECT_EQ(properties_->define(L"a", 0x82)->getInfo()->getMetaDataFlags().getBits(), 0x02u);
+  EXPECT_EQ(properties_->define(L"b", L"text", 0xFF)->getInfo()->getMetaDataFlags().getBits(), 0x7Fu);
+  EXPECT_TRUE(properties_->find(L"a")->hasNullValue());
+  EXPECT_STREQ(properties_->find(L"B")->getValue().getText(), L"text");
+}
+
+TEST_F(Collection, DefiningTwiceIsRefused) {
+  properties_->define(L"a", 1.5, 0);
+  expectMessage(L"Property A already exists\n", [&] { properties_->define(L"A", 0); });
+  expectMessage(L"Property a already exists\n", [&] { properties_->define(L"a", tovin::NullValue(), 0); });
+  try {
+    properties_->define(L"a", 2.0, 0);
+    FAIL();
+  } catch (const tovin::Exception& e) {
+    EXPECT_STREQ(e.getTrail().front().className, "CPropertyCollection");
+    EXPECT_STREQ(e.getTrail().front().method, "define(double)");
+  }
+}
+
+TEST_F(Collection, WithoutANodeASlashIsALetter) {
+  properties_->define(L"/x/y", L"here", 0);
+  EXPECT_TRUE(properties_->isDefined(L"/X/Y"));
+  EXPECT_EQ(properties_->find(L"/x/z"), nullptr);
+  EXPECT_EQ(properties_->findIndex(L"//y"), -1);
+  EXPECT_FALSE(properties_->remove(L"/x/z"));
+  properties_->rename(L"/x/y", L"/a");
+  EXPECT_EQ(names(), L"/a ");
+  expectMessage(L"Cannot perform lookup on property collection without node owner",
+                [&] { properties_->define(L"/x/y", tovin::iPropertyCollection::hierarchical); });
+}
+
+TEST_F(Collection, RenamesWithAllItsRefusals) {
+  properties_->define(L"a", 1.0, 0x02);
+  properties_->define(L"b", 0);
+  properties_->rename(L"missing", L"missing");  // equal names: nothing is looked up
+  properties_->rename(L"a", L"A");
+  EXPECT_EQ(names(), L"A b ");
+  expectMessage(L"Source property x not found to rename", [&] { properties_->rename(L"x", L"y"); });
+  expectMessage(L"Destination property B already exists, cannot rename source property a",
+                [&] { properties_->rename(L"a", L"B"); });
+  expectMessage(L"Source property a cannot be renamed to empty text",
+                [&] { properties_->rename(L"a", L""); });
+  expectMessage(L"Source property a cannot be renamed to empty text",
+                [&] { properties_->rename(L"a", nullptr); });
+  properties_->rename(L"a", L"c");
+  EXPECT_EQ(names(), L"c b ");
+  EXPECT_EQ(properties_->find(L"c")->getInfo()->getMetaDataFlags().getBits() & 0x02, 0x02u);
+}
+
+TEST_F(Collection, MissingPropertiesAreErrorsWhereTheyAreRequired) {
+  expectMessage(L"Property x does not exist", [&] { properties_->get(L"x"); });
+  expectMessage(L"Property x does not exist", [&] { properties_->getIndex(L"x"); });
+  EXPECT_THROW(properties_->get(0u), tovin::InvalidIndexException);
+  EXPECT_THROW(properties_->remove(0u), tovin::InvalidIndexException);
+  EXPECT_FALSE(properties_->remove(L"x"));
+}
+
+TEST_F(Collection, KeepingNothingChangesNothing) {
+  for (const wchar_t* name : {L"a", L"b", L"c"}) properties_->define(name, 0);
+  properties_->keep({}, true);
+  EXPECT_EQ(names(), L"a b c ");
+  properties_->reorder({L"c"}, false);
+  EXPECT_EQ(names(), L"c b a ");
+  properties_->keep({L"A", L"new"}, true);
+  EXPECT_EQ(names(), L"a new ");
+}
+
+TEST_F(Collection, CopiesFromAnotherOne) {
+  const tovin::Ptr<CPropertyCollection> source(CPropertyCollection::allocate());
+  source->define(L"a", 1.5, 0x02);
+  source->define(L"b", tovin::IntegerValue(7), 0);
+  for (bool whole : {true, false}) {
+    properties_->define(L"gone", 0);
+    properties_->assignFrom(source.get(), whole);
+    EXPECT_EQ(names(), L"a b ");
+    EXPECT_EQ(properties_->find(L"a")->getInfo()->getMetaDataFlags().getBits() & 0x02, 0x02u);
+    EXPECT_TRUE(properties_->find(L"b")->getValue().equals(tovin::IntegerValue(7)));
+    properties_->assignFrom(nullptr, whole);
+    properties_->assignFrom(properties_.get(), whole);
+    EXPECT_EQ(names(), L"a b ");
+  }
+  expectMessage(L"Property a already exists\n", [&] { properties_->appendFrom(source.get()); });
+  source->removeAll();
+  source->define(L"c", 0);
+  properties_->appendFrom(source.get());
+  EXPECT_EQ(names(), L"a b c ");
+}
+
+TEST_F(Collection, APropertyKnowsItsCollection) {
+  auto* property = properties_->define(L"a", 0);
+  EXPECT_EQ(property->getParent(), properties_.get());
+  const tovin::Ptr<tovin::iProperty> held(property);
+  properties_->removeAll();
+  EXPECT_EQ(property->getParent(), nullptr);
+}
+
+}  // namespace

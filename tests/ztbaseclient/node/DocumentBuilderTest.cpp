@@ -1,0 +1,135 @@
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <fstream>
+
+#include "tests/support/Bytes.h"
+#include "ztbaseclient/wsdl/XMLParser.h"
+
+namespace {
+
+using testsupport::expectMessage;
+
+// A tree as text: name, attributes in brackets, children in parentheses.
+std::wstring shape(const tovin::iNode* node) {
+  if (!node) return L"null";
+  std::wstring text = node->getName();
+  if (node->hasProperties()) {
+    text += L'[';
+    for (unsigned i = 0; i < node->getProperties()->getSize(); ++i) {
+      const tovin::iProperty* property = node->getProperties()->get(i);
+      text += (i ? L" " : L"") + std::wstring(property->getName()) + L"=" +
+              property->getValue().getText().c_str();
+    }
+    text += L']';
+  }
+  if (!node->hasChildren()) return text;
+  text += L'(';
+  for (unsigned i = 0; i < node->getNumberOfChildren(); ++i) {
+    text += (i ? L" " : L"") + shape(node->getChildAt(i));
+  }
+  return text + L')';
+}
+
+class DocumentBuilder : public testing::Test {
+ protected:
+  ~DocumentBuilder() override { std::filesystem::remove(file_); }
+  static tovin::Array<unsigned char> bytes(const std::string& text) {
+    return tovin::Array<unsigned char>(std::vector<unsigned char>(text.begin(), text.end()));
+  }
+  std::wstring fromBytes(const std::string& text) { return shape(parser_.parse(bytes(text))); }
+  std::wstring fromFile(const std::string& text) {
+    std::ofstream(file_, std::ios::binary) << text;
+    return shape(parser_.parse(tovin::utf8ToWide(file_.string()).c_str()));
+  }
+
+  std::filesystem::path file_ = std::filesystem::temp_directory_path() / "ztb_DocumentBuilder.xml";
+  CWsdlParser::XMLParser parser_;
+};
+
+TEST_F(DocumentBuilder, KeepsElementsAndAttributesOnly) {
+  EXPECT_EQ(
+      fromBytes(
+          "<?xml version='1.0'?><!-- c --><a x='1' y='&lt;2'>text<b/><?pi?><c:d><![CDATA[<e/>]]></c:d></a>"),
+      L"a[x=1 y=<2](b c:d)");
+}
+
+TEST_F(DocumentBuilder, WidensByteByByte) {
+  const tovin::iNode* root = parser_.parse(bytes("<\xC3\xA9l a='\xE2\x82\xAC'/>"));
+  EXPECT_STREQ(root->getName(), L"\xC3\xA9l");
+  EXPECT_STREQ(root->getProperties()->get(0u)->getValue().getText(), L"\xE2\x82\xAC");
+  EXPECT_EQ(root->getProperties()->get(0u)->getInfo()->getMetaDataFlags().getBits(), 0u);
+}
+
+TEST_F(DocumentBuilder, OtherEncodingsArriveAsUtf8) {
+  EXPECT_EQ(fromBytes("<?xml version='1.0' encoding='ISO-8859-1'?><a b='\xE9'/>"), L"a[b=\xC3\xA9]");
+}
+
+TEST_F(DocumentBuilder, BytesThatAreNoDocumentRaiseNothing) {
+  EXPECT_EQ(fromBytes("<a><b></c></a>"), L"a(b)");
+  parser_.reset();
+  EXPECT_EQ(fromBytes(""), L"null");
+  parser_.reset();
+  EXPECT_EQ(fromBytes("no document"), L"null");
+}
+
+TEST_F(DocumentBuilder, AFileThatIsNoDocumentSaysWhy) {
+  expectMessage(L"Parse error: mismatched tag", [&] { fromFile("<a><b></c></a>"); });
+  parser_.reset();
+  expectMessage(L"Parse error: no element found", [&] { fromFile(""); });
+  parser_.reset();
+  expectMessage(L"Unable to open file", [&] { parser_.parse(L"no such file"); });
+  expectMessage(L"Unable to open file", [&] { parser_.parse(static_cast<const wchar_t*>(nullptr)); });
+}
+
+TEST_F(DocumentBuilder, FilesOfEverySizeAroundThePiecesAreReadWhole) {
+  for (size_t size : {2047u, 2048u, 2049u, 6144u, 6145u, 70000u}) {
+    parser_.reset();
+    const std::string text = "<a>" + std::string(size - 7, ' ') + "</a>";
+    EXPECT_EQ(fromFile(text), L"a") << size;
+    EXPECT_EQ(parser_.getRawBytes().getSize(), size);
+    EXPECT_EQ(std::string(parser_.getRawBytes().begin(), parser_.getRawBytes().end()), text);
+  }
+}
+
+TEST_F(DocumentBuilder, ASecondDocumentNeedsAReset) {
+  EXPECT_EQ(fromBytes("<a/>"), L"a");
+  EXPECT_EQ(fromBytes("<b/>"), L"a");
+  EXPECT_EQ(parser_.getRawBytes().getSize(), 0u);
+  expectMessage(L"Parse error: parsing finished", [&] { fromFile("<c/>"); });
+  parser_.reset();
+  EXPECT_EQ(fromFile("<c/>"), L"c");
+}
+
+TEST_F(DocumentBuilder, AttributesThatDifferOnlyInCaseAreRefused) {
+  expectMessage(L"Property ID already exists\n", [&] { fromBytes("<a id='1' ID='2'/>"); });
+}
+
+TEST_F(DocumentBuilder, EndingAnElementThatNeverBeganIsRefused) {
+  expectMessage(L"Cannot dereference a NULL pointer",
+                [&] { CWsdlParser::XMLParser::endElement(&parser_, "a"); });
+}
+
+TEST_F(DocumentBuilder, EntityBombsAreRefused) {
+  std::string bomb = "<!DOCTYPE a [<!ENTITY e0 'boom boom boom boom'>";
+  for (int i = 1; i < 20; ++i) {
+    const std::string entity = "&e" + std::to_string(i - 1) + ";";
+    bomb += "<!ENTITY e" + std::to_string(i) + " '";
+    for (int k = 0; k < 10; ++k) bomb += entity;
+    bomb += "'>";
+  }
+  EXPECT_THROW(fromFile(bomb + "]><a>&e19;</a>"), tovin::Exception);
+}
+
+TEST_F(DocumentBuilder, AMillionLevelsTakeNoStack) {
+  std::string text;
+  for (int i = 0; i < 1'000'000; ++i) text += "<a>";
+  int levels = 0;
+  for (const tovin::iNode* at = parser_.parse(bytes(text)); at;
+       at = at->hasChildren() ? at->getChildAt(0) : nullptr) {
+    ++levels;
+  }
+  EXPECT_EQ(levels, 1'000'000);
+}
+
+}  // namespace

@@ -1,0 +1,77 @@
+#include <gtest/gtest.h>
+
+#include "tests/support/Bytes.h"
+#include "ztbaseclient/node/cppNodeQName.h"
+#include "ztcore/ztUniqueStrings.h"
+
+namespace {
+
+using testsupport::hex;
+using testsupport::Reader;
+using testsupport::Writer;
+
+TEST(QualifiedName, SplitsAtItsFirstColon) {
+  const struct {
+    const wchar_t* name;
+    const wchar_t* local;
+    const wchar_t* prefix;
+  } rows[] = {{L"ns:item", L"item", L"ns"}, {L"a:b:c", L"b:c", L"a"}, {L"plain", L"plain", nullptr},
+              {L":x", L":x", nullptr},      {L"a:", L"", L"a"},       {L"", L"", nullptr},
+              {nullptr, nullptr, nullptr}};
+  for (const auto& row : rows) {
+    const cppNodeQName name(row.name);
+    EXPECT_STREQ(name.getUriName(), row.prefix);
+    EXPECT_STREQ(name.getLocalName(), row.local);
+    EXPECT_STREQ(name.getQName(), row.name);
+  }
+}
+
+TEST(QualifiedName, KeepsTheLocalNameOfTheEarlierNameAfterARename) {
+  cppNodeQName name(L"x:y");
+  EXPECT_STREQ(name.getLocalName(), L"y");
+  name.setName(L"z");
+  EXPECT_STREQ(name.getLocalName(), L"y");
+  EXPECT_STREQ(name.getUriName(), L"x");
+  EXPECT_STREQ(name.getQName(), L"z");
+}
+
+TEST(QualifiedName, IsBuiltAnewFromALocalName) {
+  cppNodeQName name(L"a:c");
+  name.getUriName();
+  name.setLocalName(L"b");
+  EXPECT_STREQ(name.getQName(), L"a:b");
+  name.setUriName(L"other");
+  EXPECT_STREQ(name.getQName(), L"a:b");
+  name.setUriName(L"");
+  name.setLocalName(L"d");
+  EXPECT_STREQ(name.getQName(), L"d");
+}
+
+TEST(QualifiedName, TravelsAsItStands) {
+  cppNodeQName name(L"a:b");
+  Writer unsplit, split;
+  name.serialize(unsplit);
+  EXPECT_EQ(hex(unsplit), "10 61 3A 62 00 00");
+  name.getLocalName();
+  name.serialize(split);
+  EXPECT_EQ(hex(split), "10 61 3A 62 08 62 08 61");
+  Reader in(unsplit);
+  name.deserialize(in);
+  EXPECT_STREQ(name.getLocalName(), L"b");
+}
+
+TEST(QualifiedName, GivesUpItsTexts) {
+  const size_t before = ztUniqueStrings::GetCount();
+  {
+    cppNodeQName name(L"given:up");
+    name.getLocalName();
+    const cppNodeQName copy(name);
+    EXPECT_EQ(copy.getQName(), name.getQName());
+    name.onDeactivate();
+    EXPECT_EQ(name.getQName(), nullptr);
+    EXPECT_STREQ(copy.getUriName(), L"given");
+  }
+  EXPECT_EQ(ztUniqueStrings::GetCount(), before);
+}
+
+}  // namespace

@@ -1,0 +1,138 @@
+// Random trees with all value classes come back from their records as they were, in every version of the
+// stream.
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <random>
+
+#include "tests/support/Bytes.h"
+#include "tovin/values/BitsetValue.h"
+#include "tovin/values/DoubleValue.h"
+#include "tovin/values/IntegerArrayValue.h"
+#include "tovin/values/IntegerValue.h"
+#include "tovin/values/NullValue.h"
+#include "tovin/values/StringArrayValue.h"
+#include "tovin/values/StringValue.h"
+#include "ztbaseclient/node/CBaseNode.h"
+#include "ztbaseclient/node/CObjectTransportNode.h"
+
+namespace {
+
+using testsupport::bytesOf;
+using testsupport::Reader;
+using testsupport::Writer;
+
+class Random {
+ public:
+  explicit Random(unsigned seed) : engine_(seed) {}
+  int below(int limit) { return static_cast<int>(engine_() % static_cast<unsigned>(limit)); }
+  int number() { return static_cast<int>(engine_()) >> below(32); }
+
+  // Null, empty, ASCII, two and three bytes a unit, surrogates in pairs and alone, names that begin with '_'.
+  tovin::WideString text() {
+    if (below(8) == 0) return {};
+    std::wstring text(below(6) == 0 ? L"_" : L"");
+    constexpr wchar_t units[] = {L'a',  L'Z',   L' ',   L'/',   0x7F,   0x80,  0x7FF,
+                                 0x800, 0xD800, 0xDBFF, 0xDC00, 0xDFFF, 0xFFFF};
+    for (int i = below(40); i > 0; --i) text += units[below(std::size(units))];
+    return text;
+  }
+
+  tovin::Value* value() {
+    switch (below(7)) {
+      case 0:
+        return tovin::NullValue::shared().cloneValue();
+      case 1:
+        return tovin::StringValue(text()).cloneValue();
+      case 2:
+        return tovin::DoubleValue(below(4) ? number() / 7.0 : std::nan("")).cloneValue();
+      case 3:
+        return tovin::IntegerValue(number()).cloneValue();
+      case 4:
+        return bits();
+      case 5: {
+        auto* texts = tovin::StringArrayValue::allocate();
+        for (int i = below(4); i > 0; --i) texts->add(text());
+        return texts;
+      }
+      default: {
+        auto* numbers = tovin::IntegerArrayValue::allocate();
+        for (int i = below(4); i > 0; --i) numbers->add(number());
+        return numbers;
+      }
+    }
+  }
+
+  tovin::Ptr<tovin::iNode> tree(int depth) {
+    tovin::Ptr<tovin::iNode> node;
+    if (below(4) == 0) {
+      CObjectTransportNode* carrier = CObjectTransportNode::allocate();
+      node = tovin::Ptr<tovin::iNode>(carrier);
+      if (below(2)) carrier->SetObject(value());
+    } else {
+      node = tovin::Ptr<tovin::iNode>(CBaseNode::allocate());
+    }
+    node->setName(text());
+    if (below(3) == 0) node->getNamePrefix();
+    if (below(3) == 0) node->getProperties();
+    for (int i = below(3) ? below(4) : below(30); i > 0; --i) {
+      const tovin::WideString name = text();
+      // A name that begins with '/' would be looked for along a path.
+      if (name.view().starts_with(L"/") || node->getProperties()->isDefined(name)) continue;
+      tovin::MemPtr<tovin::Value, tovin::InstanceDeallocator> owned(value());
+      node->getProperties()->define(name, *owned, static_cast<unsigned>(below(128)));
+    }
+    for (int i = depth > 0 ? below(5) : 0; i > 0; --i) node->appendChild(tree(depth - 1).get());
+    return node;
+  }
+
+ private:
+  tovin::Value* bits() {
+    auto* bits = tovin::BitsetValue::allocate();
+    bits->resize(static_cast<unsigned>(below(70)));
+    for (unsigned bit = 0; bit < bits->getNumBits(); ++bit) {
+      if (below(2)) bits->setOn(bit);
+    }
+    return bits;
+  }
+
+  std::mt19937 engine_;
+};
+
+void expectEqual(const tovin::iNode& a, const tovin::iNode& b) {
+  ASSERT_TRUE(a.getClassTag() == b.getClassTag());
+  EXPECT_TRUE(tovin::WideString(a.getName()) == b.getName());
+  ASSERT_EQ(a.hasProperties(), b.hasProperties());
+  if (a.hasProperties()) {
+    ASSERT_EQ(a.getProperties()->getSize(), b.getProperties()->getSize());
+    for (unsigned i = 0; i < a.getProperties()->getSize(); ++i) {
+      const tovin::iProperty *x = a.getProperties()->get(i), *y = b.getProperties()->get(i);
+      EXPECT_TRUE(tovin::WideString(x->getName()) == y->getName());
+      EXPECT_TRUE(x->getValue().equals(y->getValue()));
+      EXPECT_EQ(x->getInfo()->getMetaDataFlags(), y->getInfo()->getMetaDataFlags());
+    }
+  }
+  ASSERT_EQ(a.getNumberOfChildren(), b.getNumberOfChildren());
+  for (unsigned i = 0; i < a.getNumberOfChildren(); ++i) expectEqual(*a.getChildAt(i), *b.getChildAt(i));
+}
+
+TEST(RandomTrees, ComeBackFromTheirRecords) {
+  for (unsigned seed = 0; seed < 300; ++seed) {
+    SCOPED_TRACE(seed);
+    Random random(seed);
+    const auto root = random.tree(3);
+    for (int version : {1, 2, 3}) {
+      Writer out(version), again(version);
+      root->serialize(out);
+      const tovin::Ptr<tovin::iNode> back(tovin::seek<tovin::iNode>(root->newInstance()));
+      Reader in(out);
+      back->deserialize(in);
+      EXPECT_EQ(in.GetRemaining(), 0u);
+      expectEqual(*root, *back);
+      back->serialize(again);
+      ASSERT_EQ(bytesOf(out), bytesOf(again));
+    }
+  }
+}
+
+}  // namespace
