@@ -1,0 +1,168 @@
+#include <gtest/gtest.h>
+
+#include <functional>
+#include <thread>
+#include <vector>
+
+#include "tests/support/Bytes.h"
+#include "tovin/FrameworkClass.h"
+
+namespace {
+
+using testsupport::expectMessage;
+
+template <class T>
+class Recycled : public tovin::FrameworkClass<T, tovin::PooledObject> {
+ public:
+  void onActivate() override { active_ = true; }
+  void onDeactivate() override {
+    active_ = false;
+    if (inside_) inside_();
+  }
+  bool active_ = false;
+  std::function<void()> inside_;
+};
+
+class Unlimited : public Recycled<Unlimited> {
+ public:
+  static constexpr const char* ClassName = "Unlimited";
+  static const tovin::ClassTagDecl Tag;
+  static tovin::LeakDetector m_leakDetector;
+  static tovin::PooledClassImp<Unlimited> m_class;
+};
+const tovin::ClassTagDecl Unlimited::Tag("test.Unlimited");
+tovin::LeakDetector Unlimited::m_leakDetector(Unlimited::ClassName);
+tovin::PooledClassImp<Unlimited> Unlimited::m_class(Unlimited::Tag, Unlimited::m_leakDetector);
+
+class Limited : public Recycled<Limited> {
+ public:
+  static constexpr const char* ClassName = "Limited";
+  static const tovin::ClassTagDecl Tag;
+  static tovin::LeakDetector m_leakDetector;
+  static tovin::PooledClassImp<Limited, 2> m_class;
+};
+const tovin::ClassTagDecl Limited::Tag("test.Limited");
+tovin::LeakDetector Limited::m_leakDetector(Limited::ClassName);
+tovin::PooledClassImp<Limited, 2> Limited::m_class(Limited::Tag, Limited::m_leakDetector);
+
+class Pools : public testing::Test {
+ protected:
+  Pools() { tovin::Object::m_dontUsePools = false; }
+};
+
+TEST_F(Pools, AnObjectComesBackDeactivatedAndGoesOutAgain) {
+  Unlimited* object = Unlimited::allocate();
+  const Unlimited* address = object;
+  EXPECT_TRUE(object->active_);
+  EXPECT_EQ(Unlimited::m_class.getOutstanding(), 1);
+  EXPECT_EQ(Unlimited::m_leakDetector.getLive(), 1);
+  // The lock is free while the object puts its things away: it may return others to the same pool.
+  Unlimited* held = Unlimited::allocate();
+  object->inside_ = [&] { Unlimited::deallocate(held); };
+  Unlimited::deallocate(object);
+  EXPECT_EQ(object, nullptr);
+  EXPECT_EQ(held, nullptr);
+  EXPECT_EQ(Unlimited::m_class.getOutstanding(), 0);
+  EXPECT_EQ(Unlimited::m_class.getFree(), 2);
+  EXPECT_EQ(Unlimited::m_leakDetector.getLive(), 0);
+  object = Unlimited::allocate();
+  EXPECT_EQ(object, address);
+  object->inside_ = nullptr;
+  Unlimited::deallocate(object);
+}
+
+TEST_F(Pools, ReturningMoreThanWentOutIsALeak) {
+  Unlimited* a = Unlimited::allocate();
+  Unlimited* again = a;
+  Unlimited::deallocate(a);
+  expectMessage(L"Object leak, object being returned to pool when none were outstanding...",
+                [&] { Unlimited::deallocate(again); });
+}
+
+TEST_F(Pools, OnlyObjectsOfThePoolAreTakenBack) {
+  Unlimited local;
+  Unlimited* object = &local;
+  expectMessage(L"An object of class test.Unlimited that its pool did not make cannot be returned to it",
+                [&] { Unlimited::deallocate(object); });
+}
+
+TEST_F(Pools, AtTheLimitObjectsAreDestroyed) {
+  Limited* objects[3];
+  for (Limited*& object : objects) object = Limited::allocate();
+  Limited::deallocate(objects[0]);
+  EXPECT_EQ(Limited::m_class.getFree(), 0);
+  Limited::deallocate(objects[1]);
+  EXPECT_EQ(Limited::m_class.getFree(), 0);
+  Limited::deallocate(objects[2]);
+  EXPECT_EQ(Limited::m_class.getFree(), 1);
+  EXPECT_EQ(Limited::m_class.getOutstanding(), 0);
+}
+
+TEST_F(Pools, MayBeSwitchedOffAndOnWhileObjectsAreOut) {
+  Unlimited* pooled = Unlimited::allocate();
+  std::vector<Unlimited*> spare;
+  while (Unlimited::m_class.getFree() > 0) spare.push_back(Unlimited::allocate());
+  tovin::Object::m_dontUsePools = true;
+  Unlimited* made = Unlimited::allocate();
+  Unlimited::deallocate(pooled);
+  EXPECT_EQ(Unlimited::m_class.getFree(), 0);
+  tovin::Object::m_dontUsePools = false;
+  Unlimited::deallocate(made);
+  EXPECT_EQ(Unlimited::m_class.getFree(), 1);
+  for (Unlimited* object : spare) Unlimited::deallocate(object);
+}
+
+TEST_F(Pools, ServeManyThreads) {
+  std::vector<std::thread> threads;
+  for (int t = 0; t < 8; ++t) {
+    threads.emplace_back([] {
+      std::vector<Unlimited*> held;
+      for (int i = 0; i < 3000; ++i) {
+        held.push_back(Unlimited::allocate());
+        if (i % 3 == 0) {
+          Unlimited::deallocate(held.front());
+          held.erase(held.begin());
+        }
+      }
+      for (Unlimited* object : held) Unlimited::deallocate(object);
+    });
+  }
+  for (std::thread& thread : threads) thread.join();
+  EXPECT_EQ(Unlimited::m_class.getOutstanding(), 0);
+  EXPECT_EQ(Unlimited::m_leakDetector.getLive(), 0);
+}
+
+TEST_F(Pools, CountedObjectsMayBeSharedBetweenThreads) {
+  class Shared : public tovin::CountedObject {
+   public:
+    explicit Shared(int& given) : given_(given) {}
+    tovin::Class& getClass() const override { return Unlimited::m_class; }
+    const tovin::ClassTag& getClassTag() const override { return Unlimited::Tag; }
+    tovin::Object* newInstance() const override { return nullptr; }
+    tovin::Object* clone() const override { return nullptr; }
+    void deleteInstance() override { ++given_; }
+
+   private:
+    int& given_;
+  };
+  int given = 0;
+  Shared shared(given);
+  shared.addRef();
+  std::vector<std::thread> threads;
+  for (int t = 0; t < 4; ++t) {
+    shared.addRef();
+    threads.emplace_back([&] {
+      for (int i = 0; i < 10'000; ++i) {
+        shared.addRef();
+        shared.release();
+      }
+      shared.release();
+    });
+  }
+  for (std::thread& thread : threads) thread.join();
+  EXPECT_EQ(shared.getRefCount(), 1);
+  shared.release();
+  EXPECT_EQ(given, 1);
+}
+
+}  // namespace
