@@ -19,6 +19,9 @@ namespace {
 // What the record begins with: magic and version in one.
 constexpr int32_t storageVersion = 27390;
 
+// Room made with the first property: most nodes have no more attributes.
+constexpr size_t usualSize = 4;
+
 // From so many properties on, names are looked up in the index.
 constexpr unsigned indexedSize = 10;
 
@@ -120,6 +123,7 @@ tovin::Value* CPropertyCollectionData::NewValue(const tovin::Value* value) {
 
 // Takes a reference once the property stands in the array, so that a failure leaves it with its maker.
 void CPropertyCollectionData::append(CProperty* property) {
+  if (properties_.isEmpty()) properties_.reserve(usualSize);
   properties_.add(property);
   property->addRef();
 }

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <climits>
+#include <cstring>
 #include <string>
 
 #include "tovinCore/Guard.h"
@@ -39,8 +40,10 @@ class CWsdlParser::XMLParser::Builder {
  private:
   // One wide character a byte: the document's encoding is not undone here.
   static const wchar_t* widen(std::wstring& room, const char* bytes) {
-    room.clear();
-    for (; *bytes; ++bytes) room += static_cast<wchar_t>(static_cast<unsigned char>(*bytes));
+    const auto* first = reinterpret_cast<const unsigned char*>(bytes);
+    const size_t count = std::strlen(bytes);
+    room.resize(count);
+    std::copy(first, first + count, room.begin());
     return room.c_str();
   }
 
