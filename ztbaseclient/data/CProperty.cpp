@@ -87,10 +87,12 @@ void CProperty::dropName() {
 
 void CProperty::SetAllocatedMName(const wchar_t* text) {
   guarded({ClassName, "SetAllocatedMName"}, [&] {
+    if (!text) return dropName();
     const size_t bytes = (std::wcslen(text) + 1) * sizeof(wchar_t);
     auto* copy = static_cast<wchar_t*>(tovin::AllocBase::_alloc(bytes));
     if (!copy) throw tovin::MemoryException(1, static_cast<long long>(bytes));
     std::wmemcpy(copy, text, bytes / sizeof(wchar_t));
+    dropName();
     name_ = copy;
     allocatedName_ = true;
   });
@@ -98,7 +100,8 @@ void CProperty::SetAllocatedMName(const wchar_t* text) {
 
 void CProperty::ClearAllocatedMName() {
   guarded({ClassName, "ClearAllocatedMName"}, [&] {
-    if (allocatedName_) tovin::AllocBase::_free(const_cast<wchar_t*>(name_));
+    if (!allocatedName_) return dropName();
+    tovin::AllocBase::_free(const_cast<wchar_t*>(name_));
     name_ = nullptr;
     allocatedName_ = false;
   });

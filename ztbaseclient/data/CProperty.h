@@ -35,7 +35,7 @@ class ZTBASECLIENT_API CProperty
 
   const wchar_t* getName() const override { return name_; }
   void SetName(const wchar_t* text);
-  /// Keeps a copy of its own; the name before is not released.
+  /// Keeps a copy of its own, whatever the text begins with.
   void SetAllocatedMName(const wchar_t* text);
   void ClearAllocatedMName();
   bool HasAllocatedName() const noexcept { return allocatedName_; }

@@ -33,7 +33,6 @@ CNodeImplBase& CNodeImplBase::operator=(const CNodeImplBase& other) {
   if (this == &other) return *this;
   if (children_ != other.children_ && children_.use_count() == 1) ClearChildren();
   parser_ = other.parser_;
-  namePrefix_ = other.namePrefix_;
   classTag_ = other.classTag_;
   name_ = other.name_;
   parent_ = other.parent_;

@@ -127,7 +127,6 @@ class ZTBASECLIENT_API CNodeImplBase {
   bool runQuery(const tovin::iNode* context, const wchar_t* expression, unsigned flags, Result& result) const;
 
   mutable tovin::Ptr<tovin::iXPathParser> parser_;
-  tovin::NarrowString namePrefix_;
   tovin::NarrowString classTag_;
   cppNodeQName name_;
   const tovin::iNode* parent_ = nullptr;
