@@ -29,6 +29,7 @@ class Cipher {
   explicit Cipher(const char* key) : key_(key) {
     static const bool initialised = initialise();
     static_cast<void>(initialised);
+    if (key_.empty()) throw tovin::Exception("Blowfish failed: the key is empty");
     require(gcry_cipher_open(&handle_, GCRY_CIPHER_BLOWFISH, GCRY_CIPHER_MODE_ECB, 0));
     try {
       require(gcry_cipher_setkey(handle_, key_.data(), key_.size()));
