@@ -25,49 +25,72 @@ uint32_t valueOf(Char c) {
 }
 
 template <class Char>
-void encodeInto(const unsigned char* bytes, size_t count, std::basic_string<Char>& out) {
-  out.resize((count + 2) / 3 * 4);
-  Char* to = out.data();
-  const auto put = [&](uint32_t group, int characters) {
-    for (int i = 0; i < 4; ++i)
-      *to++ = static_cast<Char>(i < characters ? alphabet[group >> (18 - 6 * i) & 63] : '=');
-  };
-  size_t at = 0;
-  for (; count - at >= 3; at += 3)
-    put(static_cast<uint32_t>(bytes[at] << 16 | bytes[at + 1] << 8 | bytes[at + 2]), 4);
-  if (count - at == 2) put(static_cast<uint32_t>(bytes[at] << 16 | bytes[at + 1] << 8), 3);
-  if (count - at == 1) put(static_cast<uint32_t>(bytes[at] << 16), 2);
+void putGroup(uint32_t group, Char* to) {
+  to[0] = static_cast<Char>(alphabet[group >> 18]);
+  to[1] = static_cast<Char>(alphabet[group >> 12 & 63]);
+  to[2] = static_cast<Char>(alphabet[group >> 6 & 63]);
+  to[3] = static_cast<Char>(alphabet[group & 63]);
 }
 
 template <class Char>
-bool decodeGroups(std::basic_string_view<Char> text, std::vector<unsigned char>& out) {
-  if (text.size() % 4 != 0) return false;
-  size_t padding = 0;
-  while (padding < 2 && padding < text.size() && text[text.size() - 1 - padding] == Char('=')) ++padding;
-  out.resize(text.size() / 4 * 3);
-  unsigned char* to = out.data();
-  for (size_t at = 0; at < text.size(); at += 4) {
-    const bool last = at + 4 == text.size();
-    const size_t characters = last ? 4 - padding : 4;
-    uint32_t group = 0;
-    for (size_t i = 0; i < 4; ++i) {
-      const uint32_t value = i < characters ? valueOf(text[at + i]) : 0;
-      if (value == none) return false;
-      group = group << 6 | value;
-    }
-    if (group & ((1u << 8 * (4 - characters)) - 1)) return false;
-    *to++ = static_cast<unsigned char>(group >> 16);
-    *to++ = static_cast<unsigned char>(group >> 8);
-    *to++ = static_cast<unsigned char>(group);
+void encodeTo(const unsigned char* bytes, size_t count, Char* to) {
+  for (; count >= 3; bytes += 3, count -= 3, to += 4)
+    putGroup(static_cast<uint32_t>(bytes[0] << 16 | bytes[1] << 8 | bytes[2]), to);
+  if (count == 0) return;
+  putGroup(static_cast<uint32_t>(bytes[0] << 16 | (count == 2 ? bytes[1] << 8 : 0)), to);
+  if (count == 1) to[2] = Char('=');
+  to[3] = Char('=');
+}
+
+template <class Char>
+void encodeInto(const unsigned char* bytes, size_t count, std::basic_string<Char>& out) {
+  out.resize(encodedLength(count));
+  encodeTo(bytes, count, out.data());
+}
+
+// The group of the first `characters` of four, the rest taken as zero bits; false for a foreign one.
+template <class Char>
+bool takeGroup(const Char* from, size_t characters, uint32_t& group) {
+  group = 0;
+  uint32_t seen = 0;
+  for (size_t i = 0; i < characters; ++i) {
+    const uint32_t value = valueOf(from[i]);
+    seen |= value;
+    group |= (value & 63) << (18 - 6 * i);
   }
-  out.resize(out.size() - padding);
+  return seen < 64;
+}
+
+template <class Char>
+bool decodeTo(std::basic_string_view<Char> text, unsigned char* to, size_t& count) {
+  count = 0;
+  if (text.size() % 4 != 0) return false;
+  if (text.empty()) return true;
+  const auto put = [&](uint32_t group, size_t bytes) {
+    for (size_t i = 0; i < bytes; ++i) to[i] = static_cast<unsigned char>(group >> (16 - 8 * i));
+    to += bytes;
+  };
+  const Char* from = text.data();
+  const Char* const last = from + text.size() - 4;
+  uint32_t group = 0;
+  for (; from < last; from += 4) {
+    if (!takeGroup(from, 4, group)) return false;
+    put(group, 3);
+  }
+  const size_t padding = last[3] != Char('=') ? 0 : last[2] != Char('=') ? 1 : 2;
+  const uint32_t leftOver = (1u << 8 * padding) - 1;
+  if (!takeGroup(last, 4 - padding, group) || (group & leftOver) != 0) return false;
+  put(group, 3 - padding);
+  count = decodedRoom(text.size()) - padding;
   return true;
 }
 
 template <class Char>
 bool decodeAll(std::basic_string_view<Char> text, std::vector<unsigned char>& out) {
-  const bool decoded = decodeGroups(text, out);
-  if (!decoded) out.clear();
+  out.resize(decodedRoom(text.size()));
+  size_t count = 0;
+  const bool decoded = decodeTo(text, out.data(), count);
+  out.resize(count);
   return decoded;
 }
 
@@ -77,5 +100,14 @@ void encode(const unsigned char* bytes, size_t count, std::string& out) { encode
 void encode(const unsigned char* bytes, size_t count, std::wstring& out) { encodeInto(bytes, count, out); }
 bool decode(std::string_view text, std::vector<unsigned char>& out) { return decodeAll(text, out); }
 bool decode(std::wstring_view text, std::vector<unsigned char>& out) { return decodeAll(text, out); }
+
+void encode(const unsigned char* bytes, size_t count, char* out) noexcept { encodeTo(bytes, count, out); }
+void encode(const unsigned char* bytes, size_t count, wchar_t* out) noexcept { encodeTo(bytes, count, out); }
+bool decode(std::string_view text, unsigned char* out, size_t& count) noexcept {
+  return decodeTo(text, out, count);
+}
+bool decode(std::wstring_view text, unsigned char* out, size_t& count) noexcept {
+  return decodeTo(text, out, count);
+}
 
 }  // namespace tovin::base64

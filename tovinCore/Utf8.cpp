@@ -40,66 +40,99 @@ uint32_t decodeAt(std::string_view bytes, size_t at, unsigned& length) {
   return value;
 }
 
-void appendUtf8(std::string& out, uint32_t value) {
-  if (value < 0x80) {
-    out += static_cast<char>(value);
-  } else if (value < 0x800) {
-    out += static_cast<char>(0xC0 | value >> 6);
-    out += static_cast<char>(0x80 | (value & 0x3F));
-  } else if (value < 0x10000) {
-    out += static_cast<char>(0xE0 | value >> 12);
-    out += static_cast<char>(0x80 | (value >> 6 & 0x3F));
-    out += static_cast<char>(0x80 | (value & 0x3F));
-  } else {
-    out += static_cast<char>(0xF0 | value >> 18);
-    out += static_cast<char>(0x80 | (value >> 12 & 0x3F));
-    out += static_cast<char>(0x80 | (value >> 6 & 0x3F));
-    out += static_cast<char>(0x80 | (value & 0x3F));
-  }
+constexpr size_t lengthOf(uint32_t value) {
+  return value < 0x80 ? 1 : value < 0x800 ? 2 : value < 0x10000 ? 3 : 4;
 }
 
-}  // namespace
-
-std::wstring utf8ToWide(std::string_view bytes) {
-  std::wstring out;
-  out.reserve(bytes.size());
-  for (size_t at = 0; at < bytes.size();) {
-    unsigned length = 0;
-    const uint32_t value = decodeAt(bytes, at, length);
-    if (length == 0) {
-      out += L'\uFFFD';
-      ++at;
-      continue;
-    }
-    at += length;
-    forUnits(value, [&](char16_t unit) { out += static_cast<wchar_t>(unit); });
+char* putUtf8(char* out, uint32_t value) {
+  const auto put = [&](uint32_t byte) { *out++ = static_cast<char>(byte); };
+  const auto putRest = [&](unsigned shift) { put(0x80 | (value >> shift & 0x3F)); };
+  switch (lengthOf(value)) {
+    case 1:
+      put(value);
+      break;
+    case 2:
+      put(0xC0 | value >> 6);
+      putRest(0);
+      break;
+    case 3:
+      put(0xE0 | value >> 12);
+      putRest(6);
+      putRest(0);
+      break;
+    default:
+      put(0xF0 | value >> 18);
+      putRest(12);
+      putRest(6);
+      putRest(0);
   }
   return out;
 }
 
-std::string wideToUtf8(std::wstring_view text) {
-  std::string out;
-  out.reserve(text.size());
+// Calls body(value) for each character: a surrogate pair joined, a lone surrogate as itself.
+template <class Body>
+void forCharacters(std::wstring_view text, Body&& body) {
   uint32_t high = 0;
   const auto flush = [&] {
-    if (high) appendUtf8(out, high);
+    if (high) body(high);
     high = 0;
   };
-  for (wchar_t c : text) {
-    forUnits(static_cast<uint32_t>(c), [&](char16_t unit) {
-      if (high && isLowSurrogate(unit)) {
-        appendUtf8(out, 0x10000 + ((high - 0xD800) << 10) + (unit - 0xDC00u));
-        high = 0;
-        return;
-      }
-      flush();
-      if (isHighSurrogate(unit))
-        high = unit;
-      else
-        appendUtf8(out, unit);
-    });
-  }
+  const auto take = [&](char16_t unit) {
+    if (high && isLowSurrogate(unit)) {
+      body(0x10000 + ((high - 0xD800) << 10) + (unit - 0xDC00u));
+      high = 0;
+      return;
+    }
+    flush();
+    if (isHighSurrogate(unit))
+      high = unit;
+    else
+      body(uint32_t{unit});
+  };
+  for (wchar_t c : text) forUnits(static_cast<uint32_t>(c), take);
   flush();
+}
+
+}  // namespace
+
+size_t utf8ToWide(std::string_view bytes, wchar_t* out) noexcept {
+  wchar_t* to = out;
+  for (size_t at = 0; at < bytes.size();) {
+    const auto byte = static_cast<unsigned char>(bytes[at]);
+    if (byte < 0x80) {
+      *to++ = static_cast<wchar_t>(byte);
+      ++at;
+      continue;
+    }
+    unsigned length = 0;
+    const uint32_t value = decodeAt(bytes, at, length);
+    forUnits(length ? value : 0xFFFD, [&](char16_t unit) { *to++ = static_cast<wchar_t>(unit); });
+    at += length ? length : 1;
+  }
+  return static_cast<size_t>(to - out);
+}
+
+std::wstring utf8ToWide(std::string_view bytes) {
+  std::wstring out(bytes.size(), L'\0');
+  out.resize(utf8ToWide(bytes, out.data()));
+  return out;
+}
+
+size_t wideToUtf8(std::wstring_view text, char* out) noexcept {
+  char* to = out;
+  forCharacters(text, [&](uint32_t value) { to = putUtf8(to, value); });
+  return static_cast<size_t>(to - out);
+}
+
+size_t utf8Length(std::wstring_view text) noexcept {
+  size_t length = 0;
+  forCharacters(text, [&](uint32_t value) { length += lengthOf(value); });
+  return length;
+}
+
+std::string wideToUtf8(std::wstring_view text) {
+  std::string out(utf8Length(text), '\0');
+  wideToUtf8(text, out.data());
   return out;
 }
 

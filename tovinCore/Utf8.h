@@ -18,6 +18,13 @@ TOVINCORE_API std::string wideToUtf8(std::wstring_view text);
 /// Like wideToUtf8 for a zero-terminated text; null gives the empty text.
 TOVINCORE_API std::string wideToUtf8(const wchar_t* text);
 
+/// The same into memory of the caller; both return how many elements they wrote, without a terminator.
+/// \param out room for bytes.size() units; for utf8Length(text) bytes.
+TOVINCORE_API size_t utf8ToWide(std::string_view bytes, wchar_t* out) noexcept;
+TOVINCORE_API size_t wideToUtf8(std::wstring_view text, char* out) noexcept;
+/// How many bytes wideToUtf8 makes of a text.
+TOVINCORE_API size_t utf8Length(std::wstring_view text) noexcept;
+
 /// True when the bytes are well-formed UTF-8 as the standard has it (no surrogates, no overlong forms).
 /// \param cutShort out: true when the only fault is a sequence that the end of the bytes cuts off.
 TOVINCORE_API bool isValidUtf8(std::string_view bytes, bool& cutShort);

@@ -60,3 +60,11 @@ std::string toText(const Json& json, int indent) {
   replaceSurrogates(prepared);
   return withEscapes(prepared.dump(indent, ' ', false, Json::error_handler_t::replace));
 }
+
+Json bitsOn(const tovin::BitsetValue& bits) {
+  Json on = Json::array();
+  for (unsigned bit = bits.getNextNoCheck(0); bit < bits.getNumBits(); bit = bits.getNextNoCheck(bit + 1)) {
+    on.push_back(bit);
+  }
+  return on;
+}

@@ -42,19 +42,11 @@ Json numberOf(double number) {
   return std::isnan(number) ? "NaN" : number > 0 ? "Infinity" : "-Infinity";
 }
 
-Json bitsOf(const tovin::BitsetValue& bits) {
-  Json on = Json::array();
-  for (unsigned bit = bits.getNextNoCheck(0); bit < bits.getNumBits(); bit = bits.getNextNoCheck(bit + 1)) {
-    on.push_back(bit);
-  }
-  return on;
-}
-
 Json valueOf(const Document& document, const tovin::Value& value) {
   if (const auto* text = as<tovin::StringValue>(value)) return textOrNull(document, text->getString());
   if (const auto* real = as<tovin::DoubleValue>(value)) return numberOf(real->getDouble());
   if (const auto* integer = as<tovin::IntegerValue>(value)) return integer->getInteger();
-  if (const auto* bits = as<tovin::BitsetValue>(value)) return bitsOf(*bits);
+  if (const auto* bits = as<tovin::BitsetValue>(value)) return bitsOn(*bits);
   if (const auto* numbers = as<tovin::IntegerArrayValue>(value)) return numbers->content();
   if (const auto* texts = as<tovin::StringArrayValue>(value)) {
     Json list = Json::array();
