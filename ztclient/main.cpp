@@ -25,6 +25,7 @@ int main(int argc, char** argv) {
   int status = commands::done;
   CLI::App app("Client command of the workflow server", "ztclient");
   app.require_subcommand(1);
+  commands::addQuery(app, status);
   commands::addTree(app, status);
   try {
     app.parse(argc, argv);
