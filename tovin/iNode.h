@@ -1,5 +1,7 @@
 #pragma once
 
+#include <span>
+
 #include "tovin/ReferenceSet.h"
 #include "tovin/iPropertyCollection.h"
 #include "tovin/values/IntegerArrayValue.h"
@@ -26,6 +28,7 @@ class TOVIN_API iNode : public iHaveProperties {
 
   void* _SeekClassIdentity(const ClassTag& tag) override;
 
+  /// Borrowed: stays where it is as long as the node keeps the name.
   virtual const wchar_t* getName() const = 0;
   virtual const wchar_t* getNamePrefix() const = 0;
   virtual void setName(const wchar_t* name) = 0;
@@ -67,6 +70,9 @@ class TOVIN_API iNode : public iHaveProperties {
   virtual void getIndexPath(IntegerArrayValue& out, iNode* ancestor) const = 0;
   virtual void getIndexPathExpression(WideString& out, iNode* ancestor) const = 0;
   virtual void setParent(const iNode* parent) = 0;
+
+  /// All children at once, for walks over whole trees: borrowed until a child comes or goes.
+  virtual std::span<iNode* const> getChildren() const = 0;
 };
 
 }  // namespace tovin

@@ -15,6 +15,7 @@ class TOVIN_API iPropertyInfo : public virtual Object {
 
   void* _SeekClassIdentity(const ClassTag& tag) override;
 
+  /// Borrowed: stays where it is as long as the property keeps the name.
   virtual const wchar_t* getName() const = 0;
   virtual MetaDataFlags getMetaDataFlags() const = 0;
   virtual void setMetaDataFlags(const MetaDataFlags& flags) = 0;

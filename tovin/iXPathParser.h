@@ -30,6 +30,8 @@ class TOVIN_API iXPathParser : public virtual CountedObject {
                         NodeReferenceSet& result) = 0;
   virtual bool evaluate(const wchar_t* expression, const iNode* context, unsigned flags,
                         WideString& result) = 0;
+  /// Adds what the query selects from the bound node; what the set holds already stays.
+  virtual bool select(const wchar_t* expression, unsigned flags, NodeReferenceSet& nodes) = 0;
 };
 
 }  // namespace tovin

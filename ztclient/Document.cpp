@@ -63,6 +63,13 @@ std::string Document::utf8(const wchar_t* text) const {
   return bytesAsCharacters ? bytesOf(text) : tovin::wideToUtf8(text);
 }
 
+std::wstring Document::wide(const std::string& utf8) const {
+  if (!bytesAsCharacters) return tovin::utf8ToWide(utf8);
+  std::wstring characters;
+  for (char byte : utf8) characters += static_cast<wchar_t>(static_cast<unsigned char>(byte));
+  return characters;
+}
+
 std::string readBytes(const std::string& file) {
   if (file == "-") return readStandardInput();
   ztFile in;

@@ -14,6 +14,8 @@ struct Document {
 
   /// A text of the tree as UTF-8; empty for null.
   std::string utf8(const wchar_t* text) const;
+  /// A text in UTF-8 as the texts of the tree are written.
+  std::wstring wide(const std::string& utf8) const;
 };
 
 /// Reads a file, or standard input for "-". Told by its first byte: 1 to 3 begins a record, anything else

@@ -26,6 +26,7 @@ int main(int argc, char** argv) {
   CLI::App app("Client command of the workflow server", "ztclient");
   app.require_subcommand(1);
   commands::addCredentials(app, status);
+  commands::addQuery(app, status);
   commands::addTree(app, status);
   try {
     app.parse(argc, argv);

@@ -69,6 +69,10 @@ class ZTBASECLIENT_API CNodeImplBase {
   void ClearCollection();
 
   unsigned NumChildNodes() const { return children_ ? static_cast<unsigned>(children_->getSize()) : 0; }
+  std::span<tovin::iNode* const> GetChildNodes() const {
+    if (!children_) return {};
+    return {children_->data(), children_->getSize()};
+  }
   tovin::iNode* GetChildNode(unsigned index) const;
   unsigned GetChildNodeIndex(const tovin::iNode* child) const;
   void FindChildNodesByName(const wchar_t* name, tovin::NodeReferenceSet& out) const;

@@ -140,6 +140,7 @@ class NodeImpl : public CNodeImplBase, public Interface {
     in("getIndexPathExpression", [&] { GetNodeIndexPathExpression(out, ancestor); });
   }
   void setParent(const iNode* parent) override { SetParentNode(parent); }
+  std::span<iNode* const> getChildren() const override { return GetChildNodes(); }
 
   void serialize(tovin::iByteOutputStream& stream) const override {
     in("serialize", [&] { SerializeNode(stream, true); });

@@ -1,0 +1,290 @@
+#include <gtest/gtest.h>
+
+#include <climits>
+#include <cmath>
+
+#include "tests/tovin/xpath/Trees.h"
+#include "tovin/values/DoubleValue.h"
+#include "tovin/values/StringValue.h"
+#include "tovin/xpath/CXPathParser.h"
+
+namespace {
+
+using namespace testsupport;
+using tovin::iNode;
+using tovin::Ptr;
+
+Ptr<iNode> withText(const wchar_t* name, const wchar_t* text) {
+  Ptr<iNode> node(CBaseNode::allocate());
+  node->setName(name);
+  if (text) node->setValue(tovin::StringValue(text));
+  return node;
+}
+
+TEST(QueryNames, FoldAsciiCaseAndKeepThePrefix) {
+  const Ptr<iNode> root = treeOf("<r><p:Item p:Key='1'/><P:item/><q:item/><item/><p:a:b/></r>");
+  const struct {
+    const wchar_t* query;
+    Places found;
+  } rows[] = {
+      {L"/R/ITEM", {"/*[1]/*[4]/"}},
+      {L"/r/p:item", {"/*[1]/*[1]/", "/*[1]/*[2]/"}},
+      {L"/r/p:*", {"/*[1]/*[1]/", "/*[1]/*[2]/", "/*[1]/*[5]/"}},
+      {L"/r/pp:*", {}},
+      {L"/r/*[local-name() = 'item']", {"/*[1]/*[2]/", "/*[1]/*[3]/", "/*[1]/*[4]/"}},
+      {L"/r/*[local-name() = 'a:b']", {"/*[1]/*[5]/"}},
+      {L"/r/*[name() = 'p:Item']", {"/*[1]/*[1]/"}},
+      {L"//@P:KEY", {"/*[1]/*[1]/"}},
+      {L"//@p:*", {"/*[1]/*[1]/"}},
+      {L"/r/*[namespace-uri() != '']", {}},
+      {L"/r/or/and", {}},
+  };
+  for (const auto& row : rows) EXPECT_EQ(select(*root, row.query), row.found) << tovin::wideToUtf8(row.query);
+}
+
+TEST(QueryNames, MeetASpaceAsItsMark) {
+  const Ptr<iNode> root = withText(L"a", nullptr);
+  for (const wchar_t* name : {L"my prop", L" ", L"a__white_space__b c", L"my_prop"})
+    root->getProperties()->define(name, L"v", 0);
+  EXPECT_EQ(selectProperties(*root, L"@My__white_space__prop"), Places{"my prop=v"});
+  EXPECT_EQ(selectProperties(*root, L"@__WHITE_SPACE__"), Places{" =v"});
+  EXPECT_EQ(selectProperties(*root, L"@a__white_space__b__white_space__c"), Places{"a__white_space__b c=v"});
+  EXPECT_EQ(selectProperties(*root, L"@my__white_space__"), Places{});
+}
+
+TEST(QueryValues, AreTheTextOfANodeAndNoAttribute) {
+  const Ptr<iNode> root = withText(L"r", L"one ");
+  const Ptr<iNode> child = withText(L"c", L"two ");
+  root->appendChild(child.get());
+  child->appendChild(withText(L"d", nullptr).get());
+  root->appendChild(withText(L"c", L"3").get());
+  root->getProperties()->define(L"number", 2.5, 0);
+  EXPECT_EQ(textOf(*root, L"string()"), "one two 3");
+  EXPECT_EQ(textOf(*root, L"string(/)"), "one two 3");
+  EXPECT_EQ(textOf(*root, L"sum(//c[last()]) + @number"), "5.5");
+  EXPECT_EQ(select(*root, L"c[. = 'two ']"), Places{"/*[1]/*[1]/"});
+  EXPECT_EQ(select(*root, L"//text()"), Places{});
+  EXPECT_EQ(selectProperties(*root, L"@*"), Places{"number=2.5"});
+  EXPECT_EQ(selectProperties(*root, L"@node()"), Places{"number=2.5"});
+  EXPECT_EQ(selectProperties(*root, L"@text-content"), Places{"text-content=one "});
+}
+
+TEST(QueryTexts, CountSurrogatePairsAsTwo) {
+  const Ptr<iNode> root = withText(L"r", L"a\U0001F600b");
+  EXPECT_EQ(textOf(*root, L"string-length()"), "4");
+  EXPECT_EQ(textOf(*root, L"substring(., 4)"), "b");
+  EXPECT_EQ(textOf(*root, L"substring(., 2, 2)"), "\xF0\x9F\x98\x80");
+  EXPECT_EQ(textOf(*root, L"substring-before(., 'b') = 'a\U0001F600'"), "true");
+}
+
+TEST(QueryNumbers, BecomeTextsWithoutExponent) {
+  const Ptr<iNode> root = withText(L"r", nullptr);
+  const struct {
+    const wchar_t* query;
+    const char* text;
+  } rows[] = {
+      {L"1 div 3", "0.3333333333333333"},
+      {L"0.0000001", "0.0000001"},
+      {L"string(1000000000000000000000 * 10)", "10000000000000000000000"},
+      {L"-0", "0"},
+      {L"1 div -0", "-Infinity"},
+      {L"0.1 + 0.2", "0.30000000000000004"},
+      {L"12.", "12"},
+      {L".5", "0.5"},
+      {L"number('1e3')", "NaN"},
+      {L"123456789012345678", "123456789012345680"},
+      {L"round(0.49999999999999994)", "0"},
+  };
+  for (const auto& row : rows) EXPECT_EQ(textOf(*root, row.query), row.text) << tovin::wideToUtf8(row.query);
+}
+
+TEST(QueryResults, SayWhetherAnythingWasSelected) {
+  const Ptr<iNode> root = treeOf("<a n='-7.9' big='9e9' huge='99999999999' word='x'><b/></a>");
+  const struct {
+    const wchar_t* query;
+    bool any;
+    int number;
+  } rows[] = {
+      {L"@n", true, -7},   {L"@huge", true, INT_MAX}, {L"-@huge", true, INT_MIN}, {L"@word", false, 0},
+      {L"@big", false, 0}, {L"@none", false, 0},      {L"count(*)", true, 1},     {L"count(@none)", true, 0},
+      {L"1 = 1", true, 1}, {L"/", false, 0},          {L"number('x')", false, 0}, {L"b", false, 0},
+  };
+  for (const auto& row : rows) {
+    int number = 99;
+    EXPECT_EQ(root->query(row.query, 0, number), row.any) << tovin::wideToUtf8(row.query);
+    EXPECT_EQ(number, row.number) << tovin::wideToUtf8(row.query);
+  }
+  const struct {
+    const wchar_t* query;
+    bool any;
+    bool truth;
+  } truths[] = {{L"b", true, true},      {L"c", false, false}, {L"/", false, false},
+                {L"1 = 2", true, false}, {L"'x'", true, true}, {L"count(c)", true, false}};
+  for (const auto& row : truths) {
+    bool truth = !row.truth;
+    EXPECT_EQ(root->query(row.query, 0, truth), row.any) << tovin::wideToUtf8(row.query);
+    EXPECT_EQ(truth, row.truth) << tovin::wideToUtf8(row.query);
+  }
+  tovin::WideString text(L"before");
+  EXPECT_FALSE(root->query(L"c", 0, text));
+  EXPECT_TRUE(text.isEmpty());
+  EXPECT_TRUE(root->query(L"b", 0, text));
+}
+
+TEST(QueryResults, TakeElementsOrOwnersOfAttributesByTheSelector) {
+  const Ptr<iNode> root = treeOf("<a x='1' y='2'><b x='3'/><c/></a>");
+  EXPECT_EQ(select(*root, L"//@* | //c", 1), Places{"/*[1]/*[2]/"});
+  EXPECT_EQ(select(*root, L"//@* | //c", 0), Places{"/*[1]/*[2]/"});
+  EXPECT_EQ(select(*root, L"//@* | //c | /a", 2), (Places{"/*[1]/", "/*[1]/*[1]/"}));
+  EXPECT_EQ(select(*root, L"//@* | //c | /a", 3), (Places{"/*[1]/", "/*[1]/*[1]/", "/*[1]/*[2]/"}));
+  EXPECT_EQ(selectProperties(*root, L"//b/@x | //c | /a/@*"), (Places{"x=1", "y=2", "x=3"}));
+}
+
+TEST(QueryParser, AddsToASetFromItsBoundNode) {
+  const Ptr<iNode> root = treeOf("<a><b/><c/></a>");
+  const Ptr<tovin::CXPathParser> parser(tovin::CXPathParser::allocate());
+  tovin::NodeReferenceSet nodes;
+  expectMessage(L"A query needs a node to begin at", [&] { parser->select(L"b", 3, nodes); });
+  parser->setNode(root.get());
+  EXPECT_TRUE(parser->select(L"c", 3, nodes));
+  EXPECT_TRUE(parser->select(L"b", 3, nodes));
+  EXPECT_FALSE(parser->select(L"d", 3, nodes));
+  EXPECT_EQ(placesOf(nodes), (Places{"/*[1]/*[2]/", "/*[1]/*[1]/"}));
+  parser->reset();
+  EXPECT_EQ(parser->getNode(), nullptr);
+}
+
+TEST(QueryFaults, QuoteTheQueryAndThePosition) {
+  const Ptr<iNode> root = treeOf("<a/>");
+  const struct {
+    const wchar_t* query;
+    const wchar_t* fault;
+    int position;
+  } rows[] = {
+      {L"", L"the query is empty", 1},
+      {L"a b", L"an operator is expected", 3},
+      {L"a[", L"a step is expected", 3},
+      {L"a[1", L"']' is expected", 4},
+      {L"a]", L"the query should end here", 2},
+      {L"(a", L"')' is expected", 3},
+      {L"'a", L"the text that begins here has no closing quote", 1},
+      {L"a#b", L"this character has no meaning here", 2},
+      {L"a!b", L"this character has no meaning here", 2},
+      {L"$x", L"there are no variables,", 1},
+      {L"a/f(1)", L"the query should end here", 4},
+      {L"f(1)", L"there is no function of this name,", 1},
+      {L"up::a", L"there is no axis of this name,", 1},
+      {L"namespace::a", L"there is no axis of this name,", 1},
+      {L"count()", L"the function wants more arguments,", 1},
+      {L"1 + true(1)", L"the function wants fewer arguments,", 5},
+      {L"count(1)", L"the function wants a node set,", 1},
+      {L"count(a, a)", L"the function wants fewer arguments,", 1},
+      {L"not(a", L"',' or ')' is expected", 6},
+      {L"a | 1", L"'|' joins node sets, and this is none,", 5},
+      {L"1 | a", L"'|' joins node sets, and this is none,", 1},
+      {L"'a'/b", L"only a node set has predicates and steps, and this is none,", 1},
+      {L"(1)[1]", L"only a node set has predicates and steps, and this is none,", 1},
+      {L"p:", L"a name is expected behind the prefix", 2},
+      {L"//", L"a step is expected", 3},
+      {L"a//", L"a step is expected", 4},
+      {L"a = ", L"a step is expected", 5},
+      {L"child::", L"a step is expected", 8},
+      {L"text('x')", L"')' is expected", 6},
+      {L"count(a)", L"a query for nodes must give a node set; this one, which begins", 1},
+  };
+  for (const auto& row : rows) {
+    tovin::NodeReferenceSet nodes;
+    expectMessage(tovin::format(L"Query \"%ls\": %ls at position %d", row.query, row.fault, row.position),
+                  [&] { root->query(row.query, 3, nodes); });
+  }
+  bool truth = false;
+  expectMessage(L"A query needs an expression", [&] { root->query(nullptr, 0, truth); });
+}
+
+TEST(QueryFaults, QuoteOnlyTheSurroundingsInALongQuery) {
+  const Ptr<iNode> root = treeOf("<a/>");
+  const std::wstring query = std::wstring(1'000'000, L' ') + L"$";
+  bool truth = false;
+  expectMessage(
+      L"Query \"..." + std::wstring(120, L' ') + L"$\": there are no variables, at position 1000001",
+      [&] { root->query(query.c_str(), 0, truth); });
+}
+
+std::wstring repeated(const wchar_t* text, size_t count) {
+  std::wstring all;
+  for (size_t i = 0; i < count; ++i) all += text;
+  return all;
+}
+
+TEST(QueryLimits, LetLengthGrowAndNestingNot) {
+  const Ptr<iNode> root = treeOf("<a><a/></a>");
+  bool truth = false;
+  const struct {
+    std::wstring query;
+    bool allowed;
+  } rows[] = {
+      {repeated(L"(", 100) + L"1" + repeated(L")", 100), true},
+      {repeated(L"(", 100'000) + L"1", false},
+      {L"a" + repeated(L"[a", 100'000), false},
+      {repeated(L"not(", 100'000), false},
+      {L"1" + repeated(L" = 1", 100'000), false},
+      {L"1" + repeated(L" + 1", 100'000), true},
+      {repeated(L"-", 100'001) + L"1", true},
+      {L"a" + repeated(L" | a", 10'000), true},
+      {L"false()" + repeated(L" or a", 100'000), true},
+      {L"." + repeated(L"/..", 100'000) + L" or 1", true},
+      {repeated(L"//a", 100'000) + L" or 1", true},
+      {L"a" + repeated(L"[1]", 100'000), true},
+      {L"concat('" + std::wstring(1'000'000, L'x') + L"', '')", true},
+  };
+  for (const auto& row : rows) {
+    const std::string shown = tovin::wideToUtf8(row.query.substr(0, 20));
+    try {
+      root->query(row.query.c_str(), 0, truth);
+      EXPECT_TRUE(row.allowed) << shown;
+      EXPECT_TRUE(truth) << shown;
+    } catch (const tovin::Exception& e) {
+      EXPECT_FALSE(row.allowed) << shown;
+      EXPECT_NE(std::wstring(e.getMessage()).find(L"the query nests too deep at position"),
+                std::wstring::npos);
+    }
+  }
+}
+
+TEST(QueryLimits, TakeNoStackByTheDepthOfTheTree) {
+  constexpr unsigned depth = 1'000'000;
+  const Ptr<iNode> root = withText(L"a", L"1");
+  iNode* last = root.get();
+  for (unsigned i = 1; i < depth; ++i) {
+    const Ptr<iNode> child = withText(L"a", nullptr);
+    last->appendChild(child.get());
+    last = child.get();
+  }
+  last->setValue(tovin::StringValue(L"2"));
+  int count = 0;
+  for (const wchar_t* query :
+       {L"count(//*)", L"count(//*//*) + 1", L"count(//*/*//*/..) + 2", L"count(//a/.)",
+        L"count((//*)[last()]/ancestor-or-self::*)", L"count(//a[1])"}) {
+    root->query(query, 0, count);
+    EXPECT_EQ(count, static_cast<int>(depth)) << tovin::wideToUtf8(query);
+  }
+  EXPECT_EQ(textOf(*root, L"string(/)"), "12");
+  EXPECT_EQ(textOf(*last, L"count(preceding::*) + count(following::*)"), "0");
+}
+
+// Each would take longer than anyone waits if nested predicates or steps were asked again for every way.
+TEST(QueryLimits, DoNotMultiplyNestedQuestions) {
+  std::string xml;
+  for (int i = 0; i < 200; ++i) xml += i % 4 ? "<a><b/></a>" : "<a><a><b/></a></a>";
+  const Ptr<iNode> root = treeOf("<r>" + xml + "</r>");
+  bool truth = true;
+  for (const wchar_t* query :
+       {L"//*[.//*[.//*[.//*[.//*[.//c]]]]]", L"//*[..//*[..//*[..//*[..//*[..//*[c]]]]]]",
+        L"//*//*//*//*//*//*//*//c", L"//*[//*[//*[//*[//*[//c]]]]]",
+        L"//b/../*/../*/../*/../*/../*/../*/../*/c", L"//*/following::*/preceding::*/following::*/c",
+        L"//b/preceding-sibling::*/following-sibling::*/ancestor::*/descendant::*/c"}) {
+    EXPECT_FALSE(root->query(query, 0, truth)) << tovin::wideToUtf8(query);
+  }
+}
+
+}  // namespace

@@ -1,0 +1,288 @@
+// Paths: stages one after the other, steps, predicates.
+#include <algorithm>
+#include <cmath>
+#include <limits>
+#include <utility>
+
+#include "tovin/xpath/DocumentOrder.h"
+#include "tovin/xpath/DownwardWalk.h"
+#include "tovin/xpath/Evaluator.h"
+#include "tovin/xpath/Sufficient.h"
+
+namespace tovin::xpath {
+namespace {
+
+bool isReverse(Axis axis) {
+  switch (axis) {
+    case Axis::ancestor:
+    case Axis::ancestorOrSelf:
+    case Axis::preceding:
+    case Axis::precedingSibling:
+      return true;
+    default:
+      return false;
+  }
+}
+
+auto into(std::vector<Item>& items) {
+  return [&items](const Item& item) {
+    items.push_back(item);
+    return true;
+  };
+}
+
+bool visitAll(const std::vector<Item>& items, Visit visit) { return std::ranges::all_of(items, visit); }
+
+}  // namespace
+
+bool Evaluator::visitNodes(TermId id, const Context& context, Visit visit, bool ordered) {
+  const Term& term = expression_.terms[id];
+  if (!term.contextual && !term.positional && term.insidePredicate) {
+    return visitAll(fixedNodes(id, context).items, visit);
+  }
+  if (term.kind == TermKind::path) return visitPath(expression_.paths[term.index], context, visit, ordered);
+  return visitAll(nodes(id, context).items, visit);
+}
+
+// What is the same for every context of a predicate is found once.
+const NodeSet& Evaluator::fixedNodes(TermId id, const Context& context) {
+  fixed_.resize(expression_.terms.size());
+  if (!fixed_[id]) {
+    auto found = std::make_unique<NodeSet>(nodes(id, context));
+    fixed_[id] = std::move(found);
+  }
+  return *fixed_[id];
+}
+
+NodeSet Evaluator::startOf(const Path& path, const Context& context) {
+  if (path.start == Path::Start::context) return {{context.item}, false};
+  if (path.start == Path::Start::root) return {{Item()}, false};
+  NodeSet base = nodes(path.base, context);
+  filter(path.basePredicates, base.items);
+  return base;
+}
+
+NodeSet Evaluator::pathNodes(const Path& path, const Context& context) {
+  NodeSet current = startOf(path, context);
+  for (uint32_t i = path.stages.first; i < path.stages.end(); ++i) {
+    current = collectStage(expression_.stages[i], current);
+  }
+  return current;
+}
+
+bool Evaluator::visitPath(const Path& path, const Context& context, Visit visit, bool ordered) {
+  NodeSet current = startOf(path, context);
+  if (path.stages.count == 0) return visitAll(current.items, visit);
+  const uint32_t last = path.stages.end() - 1;
+  for (uint32_t i = path.stages.first; i < last; ++i) {
+    current = collectStage(expression_.stages[i], current);
+  }
+  return takeStage(expression_.stages[last], current, visit, ordered);
+}
+
+// Hands on what can be had without collecting it first.
+bool Evaluator::takeStage(const Stage& stage, const NodeSet& from, Visit visit, bool ordered) {
+  const uint32_t step = stage.steps.first;
+  const bool single = from.items.size() == 1;
+  if (single && stage.steps.count == 1 && !(stage.downward && stage.descendants) &&
+      (!ordered || !isReverse(expression_.steps[step].axis))) {
+    return visitStep(step, from.items[0], visit);
+  }
+  if (stage.downward && (single || !from.nested)) return DownwardWalk(*this, stage, from).run(visit);
+  return visitAll(collectStage(stage, from).items, visit);
+}
+
+NodeSet Evaluator::collectStage(const Stage& stage, const NodeSet& from) {
+  if (from.items.empty()) return {};
+  if (!stage.downward) return stepFromMany(stage.steps.first, from);
+  if (!from.nested) {
+    NodeSet found;
+    DownwardWalk walk(*this, stage, from);
+    walk.run(into(found.items));
+    found.nested = walk.foundNested();
+    return found;
+  }
+  return stage.descendants ? walkNested(stage, from) : walkFromEach(stage, from);
+}
+
+// Without a // the walks from nested contexts do not overlap, but their results are out of order.
+NodeSet Evaluator::walkFromEach(const Stage& stage, const NodeSet& from) {
+  std::vector<Item> found;
+  for (const Item& item : from.items) {
+    const NodeSet single{{item}, false};
+    DownwardWalk(*this, stage, single).run(into(found));
+  }
+  // Attributes of items in document order are in it.
+  if (stage.steps.count == 1 && stage.attributes) return {std::move(found), false};
+  return sorted(std::move(found));
+}
+
+// One walk meets all elements on its way. From an attribute no step leads down, but one may lead to itself.
+NodeSet Evaluator::walkNested(const Stage& stage, const NodeSet& from) {
+  NodeSet elements, attributes, found;
+  elements.nested = true;
+  for (const Item& item : from.items) (item.isAttribute() ? attributes : elements).items.push_back(item);
+  DownwardWalk walk(*this, stage, elements);
+  walk.run(into(found.items));
+  const size_t ordered = found.items.size();
+  DownwardWalk(*this, stage, attributes).run(into(found.items));
+  if (found.items.size() > ordered) return sorted(std::move(found.items));
+  found.nested = walk.foundNested();
+  return found;
+}
+
+NodeSet Evaluator::stepFromMany(uint32_t step, const NodeSet& from) {
+  const Step& taken = expression_.steps[step];
+  std::vector<Item> found;
+  if (from.items.size() == 1) {
+    visitStep(step, from.items[0], into(found));
+    if (isReverse(taken.axis)) std::ranges::reverse(found);
+    return {std::move(found), true};
+  }
+  if (taken.positional) {
+    for (const Item& item : from.items) visitStep(step, item, into(found));
+  } else if (taken.axis == Axis::ancestor || taken.axis == Axis::ancestorOrSelf) {
+    collectAncestors(step, from, found);
+  } else {
+    for (const Item& item : sufficient(taken.axis, from.items)) visitStep(step, item, into(found));
+  }
+  if (taken.axis == Axis::self) return {std::move(found), from.nested};
+  return sorted(std::move(found));
+}
+
+// Goes up from each item only as far as nobody went before.
+void Evaluator::collectAncestors(uint32_t step, const NodeSet& from, std::vector<Item>& found) {
+  const bool withSelf = expression_.steps[step].axis == Axis::ancestorOrSelf;
+  NodeTable met;
+  bool metRoot = false;
+  const auto take = [&](const Item& item) {
+    if (accepts(step, item)) found.push_back(item);
+  };
+  for (const Item& item : from.items) {
+    if (withSelf && item.isAttribute()) take(item);
+    if (item.isRoot() && !withSelf) continue;
+    const iNode* at = item.isElement() && !withSelf ? item.element->findParent() : item.element;
+    for (; at; at = at->findParent()) {
+      uint32_t& number = met.at(at);
+      if (number != NodeTable::none) break;
+      number = 0;
+      allowance().spend();
+      take({at});
+    }
+    if (!at && !std::exchange(metRoot, true)) take({});
+  }
+}
+
+bool Evaluator::visitStep(uint32_t index, const Item& from, Visit visit) {
+  const Step& step = expression_.steps[index];
+  if (!step.positional) {
+    if (step.predicates.count == 0) return visitTested(index, from, visit);
+    return visitTested(index, from,
+                       [&](const Item& item) { return !passes(step.predicates, item) || visit(item); });
+  }
+  std::vector<Item> chosen = candidates(index, from, expression_.predicates[step.predicates.first]);
+  filter(step.predicates, chosen);
+  return visitAll(chosen, visit);
+}
+
+bool Evaluator::visitTested(uint32_t index, const Item& from, Visit visit) {
+  const Step& step = expression_.steps[index];
+  if (step.axis == Axis::attribute) return visitAttributes(index, from, visit);
+  return axes_.visit(step.axis, from,
+                     [&](const Item& item) { return !matches(index, step, item) || visit(item); });
+}
+
+// The value of a node is no attribute of it, but can be asked for by its name, as every property can.
+bool Evaluator::visitAttributes(uint32_t index, const Item& from, Visit visit) {
+  const Step& step = expression_.steps[index];
+  if (!from.isElement() || step.test.kind == NodeTest::Kind::nothing || !from.element->hasProperties())
+    return true;
+  const iNode* element = from.element;
+  const iPropertyCollection* properties = element->getProperties();
+  const bool byName = step.test.kind == NodeTest::Kind::name;
+  for (uint32_t i = 0, size = properties->getSize(); i < size; ++i) {
+    const iProperty* property = properties->get(i);
+    allowance().spend();
+    if (!names_[index].matches(step.test, property->getName())) continue;
+    if (!byName && property->getInfo()->getMetaDataFlags().has(MetaDataFlags::nodeValue)) continue;
+    if (!visit({element, i})) return false;
+  }
+  return true;
+}
+
+bool Evaluator::passes(Range predicates, const Item& item) {
+  for (uint32_t i = predicates.first; i < predicates.end(); ++i) {
+    if (!holds(i, item)) return false;
+  }
+  return true;
+}
+
+bool Evaluator::holds(uint32_t index, const Item& item) {
+  const Predicate& predicate = expression_.predicates[index];
+  if (predicate.remembered && item.isElement()) return remember(index, item);
+  return boolean(predicate.term, {item, 1, 1});
+}
+
+bool Evaluator::remember(uint32_t index, const Item& item) {
+  remembered_.resize(expression_.predicates.size());
+  uint32_t number = remembered_[index].find(item.element);
+  if (number == NodeTable::none) {
+    number = boolean(expression_.predicates[index].term, {item, 1, 1});
+    remembered_[index].at(item.element) = number;
+  }
+  return number != 0;
+}
+
+// All that the step's test takes, or only as many as its first predicate can choose from.
+std::vector<Item> Evaluator::candidates(uint32_t step, const Item& from, const Predicate& first) {
+  if (first.kind == Predicate::Kind::last && expression_.steps[step].axis == Axis::child) {
+    return lastChild(step, from);
+  }
+  std::vector<Item> items;
+  const double wanted =
+      first.kind == Predicate::Kind::index ? first.index : std::numeric_limits<double>::infinity();
+  visitTested(step, from, [&](const Item& item) {
+    items.push_back(item);
+    return static_cast<double>(items.size()) < wanted;
+  });
+  return items;
+}
+
+std::vector<Item> Evaluator::lastChild(uint32_t step, const Item& from) {
+  if (from.isAttribute()) return {};
+  const Children children = tree_.childrenOf(from.element);
+  for (size_t i = children.size(); i-- > 0;) {
+    allowance().spend();
+    if (matches(step, expression_.steps[step], {children[i]})) return {{children[i]}};
+  }
+  return {};
+}
+
+void Evaluator::filter(Range predicates, std::vector<Item>& items) {
+  for (uint32_t i = predicates.first; i < predicates.end() && !items.empty(); ++i) {
+    const Predicate& predicate = expression_.predicates[i];
+    if (predicate.kind == Predicate::Kind::condition)
+      std::erase_if(items, [&](const Item& item) { return !holds(i, item); });
+    else
+      filterByPosition(predicate, items);
+  }
+}
+
+void Evaluator::filterByPosition(const Predicate& predicate, std::vector<Item>& items) {
+  const auto size = static_cast<double>(items.size());
+  if (predicate.kind != Predicate::Kind::positional) {
+    const double wanted = predicate.kind == Predicate::Kind::last ? size : predicate.index;
+    if (!(wanted >= 1 && wanted <= size && std::floor(wanted) == wanted)) return items.clear();
+    const Item chosen = items[static_cast<size_t>(wanted) - 1];
+    items.assign(1, chosen);
+    return;
+  }
+  const bool isNumber = expression_.terms[predicate.term].type == Type::number;
+  double position = 0;
+  std::erase_if(items, [&](const Item& item) {
+    const Context context{item, ++position, size};
+    return isNumber ? number(predicate.term, context) != context.position : !boolean(predicate.term, context);
+  });
+}
+
+}  // namespace tovin::xpath
