@@ -59,7 +59,7 @@ bool equalFolded(const wchar_t* a, const wchar_t* b) noexcept {
   if (a == b) return true;
   if (!a || !b) return false;
   for (;; ++a, ++b) {
-    if (foldAscii(*a) != foldAscii(*b)) break;
+    if (*a != *b && foldAscii(*a) != foldAscii(*b)) break;
     if (!*a) return true;
   }
   // Only an element that stands for two units can still be equal to something else.

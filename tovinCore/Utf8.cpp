@@ -44,13 +44,11 @@ constexpr size_t lengthOf(uint32_t value) {
   return value < 0x80 ? 1 : value < 0x800 ? 2 : value < 0x10000 ? 3 : 4;
 }
 
+// For a value of two bytes or more.
 char* putUtf8(char* out, uint32_t value) {
   const auto put = [&](uint32_t byte) { *out++ = static_cast<char>(byte); };
   const auto putRest = [&](unsigned shift) { put(0x80 | (value >> shift & 0x3F)); };
   switch (lengthOf(value)) {
-    case 1:
-      put(value);
-      break;
     case 2:
       put(0xC0 | value >> 6);
       putRest(0);
@@ -89,8 +87,27 @@ void forCharacters(std::wstring_view text, Body&& body) {
     else
       body(uint32_t{unit});
   };
-  for (wchar_t c : text) forUnits(static_cast<uint32_t>(c), take);
+  for (wchar_t c : text) {
+    const auto element = static_cast<uint32_t>(c);
+    if (element < 0x80 && !high)
+      body(element);
+    else
+      forUnits(element, take);
+  }
   flush();
+}
+
+// The element count of the ASCII that a text begins with, in whole blocks of a size that compilers work on at
+// once.
+constexpr size_t asciiBlock = 8;
+size_t asciiPrefix(std::wstring_view text) noexcept {
+  size_t at = 0;
+  for (; at + asciiBlock <= text.size(); at += asciiBlock) {
+    uint32_t seen = 0;
+    for (size_t i = 0; i < asciiBlock; ++i) seen |= static_cast<uint32_t>(text[at + i]);
+    if (seen >= 0x80) break;
+  }
+  return at;
 }
 
 }  // namespace
@@ -119,14 +136,23 @@ std::wstring utf8ToWide(std::string_view bytes) {
 }
 
 size_t wideToUtf8(std::wstring_view text, char* out) noexcept {
-  char* to = out;
-  forCharacters(text, [&](uint32_t value) { to = putUtf8(to, value); });
+  const size_t ascii = asciiPrefix(text);
+  for (size_t at = 0; at < ascii; at += asciiBlock) {
+    for (size_t i = 0; i < asciiBlock; ++i) out[at + i] = static_cast<char>(text[at + i]);
+  }
+  char* to = out + ascii;
+  forCharacters(text.substr(ascii), [&](uint32_t value) {
+    if (value < 0x80)
+      *to++ = static_cast<char>(value);
+    else
+      to = putUtf8(to, value);
+  });
   return static_cast<size_t>(to - out);
 }
 
 size_t utf8Length(std::wstring_view text) noexcept {
-  size_t length = 0;
-  forCharacters(text, [&](uint32_t value) { length += lengthOf(value); });
+  size_t length = asciiPrefix(text);
+  forCharacters(text.substr(length), [&](uint32_t value) { length += lengthOf(value); });
   return length;
 }
 

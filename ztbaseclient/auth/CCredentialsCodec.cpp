@@ -82,9 +82,15 @@ size_t CCredentials::CalcClearBodyLen() const {
   return length;
 }
 
+// Block by block, of a size that compilers add up at once.
 unsigned CCredentials::CalcChecksum(const unsigned char* bytes, size_t count) noexcept {
+  constexpr size_t block = 16;
+  const unsigned char* const end = bytes + count;
   unsigned sum = checksumSeed;
-  for (size_t i = 0; i < count; ++i) sum += bytes[i];
+  for (; static_cast<size_t>(end - bytes) >= block; bytes += block) {
+    for (size_t i = 0; i < block; ++i) sum += bytes[i];
+  }
+  while (bytes != end) sum += *bytes++;
   return sum;
 }
 
@@ -136,8 +142,8 @@ void CCredentials::readBody(Bytes source) {
 size_t CCredentials::AppendString(size_t position, const tovin::WideString& text) {
   return guarded({ClassName, "appendString"}, [&] {
     const size_t bytes = tovin::utf8Length(text.view());
-    const size_t units = tovin::countUnits(text.view());
-    if (bytes > units) buffer_.resize(buffer_.size() + bytes - units);
+    const bool isAscii = bytes == text.getLength();  // then the estimate was right
+    if (!isAscii) buffer_.resize(buffer_.size() + bytes - tovin::countUnits(text.view()));
     unsigned char* to = bodyAt(position);
     *to = static_cast<unsigned char>(bytes);
     tovin::wideToUtf8(text.view(), reinterpret_cast<char*>(to + 1));
