@@ -7,13 +7,15 @@ namespace tovin {
 /// Evaluates path queries on node trees. The registered implementation has the tag "DraVolin.CXPathParser".
 ///
 /// - Flags of a query: the node-type selector of the node-set result; 1 elements, 2 the owners of selected
-///   attributes, 3 either. Other results pass it over.
+///   attributes, 3 either; 0 counts as 1. Other results pass it over.
 /// - Results: true when the expression selected anything.
 class TOVIN_API iXPathParser : public virtual CountedObject {
  public:
   static const ClassTagDecl Tag;
   static constexpr unsigned elements = 1;
   static constexpr unsigned attributeOwners = 2;
+  /// With the selector: only the first node is wanted.
+  static constexpr unsigned firstOnly = 4;
 
   void* _SeekClassIdentity(const ClassTag& tag) override;
 

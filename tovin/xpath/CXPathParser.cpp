@@ -65,7 +65,8 @@ int cutToInteger(double number) {
 
 // An element, or the owner of an attribute, as the selector has it.
 bool isWanted(const Item& item, unsigned flags) {
-  if (flags == 0) flags = iXPathParser::elements;
+  constexpr unsigned selector = iXPathParser::elements | iXPathParser::attributeOwners;
+  if (!(flags & selector)) flags |= iXPathParser::elements;
   return flags & (item.isAttribute() ? iXPathParser::attributeOwners : iXPathParser::elements);
 }
 
@@ -74,9 +75,10 @@ bool selectNodes(Query& query, unsigned flags, NodeReferenceSet& nodes) {
   query.requireNodes();
   const iNode* before = nullptr;
   query.visit([&](const Item& item) {
-    if (isWanted(item, flags) && item.element != before) nodes.add(const_cast<iNode*>(item.element));
-    if (isWanted(item, flags)) before = item.element;
-    return true;
+    if (!isWanted(item, flags) || item.element == before) return true;
+    nodes.add(const_cast<iNode*>(item.element));
+    before = item.element;
+    return !(flags & iXPathParser::firstOnly);
   });
   return before != nullptr;
 }

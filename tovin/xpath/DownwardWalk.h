@@ -30,11 +30,13 @@ class DownwardWalk {
     Children children;
     size_t next = 0;
     States own = 0;
-    States reach = 0;  // own and those of all elements above
-    size_t choices = 0;
+    States reach = 0;    // own and those of all elements above
+    size_t choices = 0;  // where its part of choices_, chosen_ and below_ begins
     size_t chosen = 0;
+    size_t below = 0;
     bool insideFound = false;
     bool choicesOnly = false;
+    bool goesDeeper = false;
   };
   // What one counting step chose among the children of a frame: a part of chosen_.
   struct Choice {
@@ -44,13 +46,15 @@ class DownwardWalk {
   };
 
   bool begin(const Item& context, Visit visit);
-  bool meet(const iNode& child, Visit visit);
+  bool meet(Frame& frame, Visit visit);
   States statesAt(const Item& item, States own, States firing);
   States takeChosen(const Frame& frame, const iNode& child);
   bool emit(const Item& item, const Frame& above, States own, Visit visit);
-  void open(const Item& item, const Frame& above, States own);
+  void open(const Item& item, const Frame& above, States own, Children children);
+  bool mayGoDeeper(const Frame& frame) const;
   void choose(const Item& item, Frame& frame);
   bool isExhausted(const Frame& frame) const;
+  void lookAhead(Frame& frame);
   void close();
 
   Evaluator& evaluator_;
@@ -63,6 +67,7 @@ class DownwardWalk {
   std::vector<Frame> frames_;
   std::vector<Choice> choices_;
   std::vector<Item> chosen_;
+  std::vector<Children> below_;
 };
 
 }  // namespace tovin::xpath

@@ -65,7 +65,7 @@ void CPropertyCollection::split(const wchar_t* name) const {
 // The first node at the location; null when there is none. Found nodes are let go at once: one of them may
 // own this collection.
 tovin::Ptr<tovin::iNode> CPropertyCollection::locate(const wchar_t* leaf) const {
-  const bool found = DeepPropertyUtils::LocationLookup(this, location_, leaf, foundNodes_);
+  const bool found = DeepPropertyUtils::FirstAtLocation(this, location_, leaf, foundNodes_);
   tovin::Ptr<tovin::iNode> node(found && !foundNodes_.isEmpty() ? foundNodes_[0] : nullptr);
   foundNodes_.clear();
   return node;

@@ -1,5 +1,6 @@
 #include "ztbaseclient/data/DeepPropertyUtils.h"
 
+#include <algorithm>
 #include <vector>
 
 #include "tovin/iXPathParser.h"
@@ -30,10 +31,39 @@ void replaceSpaces(tovin::BaseString<C>& name, std::basic_string_view<C> mark) {
 // What a step selects by: the nodes a query finds, or owners of the attributes it finds.
 constexpr unsigned anyNode = tovin::iXPathParser::elements | tovin::iXPathParser::attributeOwners;
 
-bool lookUpFrom(const tovin::iNode& node, const wchar_t* location, const wchar_t* leaf,
+bool carries(const tovin::iNode& node, const wchar_t* leaf) {
+  return node.hasProperties() && node.getProperties()->isDefined(leaf);
+}
+
+bool beginsName(wchar_t c) {
+  const wchar_t folded = tovin::foldAscii(c);
+  return (folded >= L'a' && folded <= L'z') || c == L'_' || static_cast<unsigned long>(c) > 0x7F;
+}
+
+// Whether a query can hold the name: NCName, or two of them with a ':' between.
+bool isQueryName(std::wstring_view name) {
+  const size_t colon = name.find(L':');
+  if (colon != name.npos && !isQueryName(name.substr(colon + 1))) return false;
+  name = name.substr(0, colon);
+  return !name.empty() && beginsName(name.front()) && std::ranges::all_of(name, [](wchar_t c) {
+    return beginsName(c) || (c >= L'0' && c <= L'9') || c == L'-' || c == L'.';
+  });
+}
+
+// The nodes of a location that carry a property of a name that no query can hold.
+void selectCarriers(const tovin::iNode& node, const wchar_t* location, const wchar_t* leaf,
+                    tovin::NodeReferenceSet& nodes) {
+  tovin::NodeReferenceSet all;
+  node.query(location, anyNode, all);
+  for (size_t i = 0; i < all.getSize(); ++i) {
+    if (carries(*all[i], leaf)) nodes.add(all[i]);
+  }
+}
+
+bool lookUpFrom(const tovin::iNode& node, const wchar_t* location, const wchar_t* leaf, unsigned flags,
                 tovin::NodeReferenceSet& nodes) {
   if (!location || !*location) {
-    if (leaf && !(node.hasProperties() && node.getProperties()->isDefined(leaf))) return false;
+    if (leaf && !carries(node, leaf)) return false;
     nodes.add(const_cast<tovin::iNode*>(&node));
     return true;
   }
@@ -41,10 +71,20 @@ bool lookUpFrom(const tovin::iNode& node, const wchar_t* location, const wchar_t
   if (leaf) {
     tovin::WideString name(leaf);
     DeepPropertyUtils::MassagePropertyName(name);
+    if (!isQueryName(name.view())) {
+      selectCarriers(node, location, leaf, nodes);
+      return true;
+    }
     ((query += L"[@") += name) += L"]";
   }
-  node.query(query, anyNode, nodes);
+  node.query(query, flags, nodes);
   return true;
+}
+
+const tovin::iNode& requireOwner(const tovin::iPropertyCollection* collection) {
+  const auto* owner = collection ? tovin::seek<tovin::iNode>(collection->findOwner()) : nullptr;
+  if (!owner) throw tovin::Exception(L"Cannot perform lookup on property collection without node owner");
+  return *owner;
 }
 
 }  // namespace
@@ -100,9 +140,16 @@ bool DeepPropertyUtils::LocationLookup(const tovin::iPropertyCollection* collect
                                        const wchar_t* leaf, tovin::NodeReferenceSet& nodes) {
   return guarded({ClassName, "LocationLookup"}, [&] {
     nodes.clear();
-    const auto* owner = collection ? tovin::seek<tovin::iNode>(collection->findOwner()) : nullptr;
-    if (!owner) throw tovin::Exception(L"Cannot perform lookup on property collection without node owner");
-    return lookUpFrom(*owner, location, leaf, nodes);
+    return lookUpFrom(requireOwner(collection), location, leaf, anyNode, nodes);
+  });
+}
+
+bool DeepPropertyUtils::FirstAtLocation(const tovin::iPropertyCollection* collection, const wchar_t* location,
+                                        const wchar_t* leaf, tovin::NodeReferenceSet& nodes) {
+  return guarded({ClassName, "LocationLookup"}, [&] {
+    nodes.clear();
+    constexpr unsigned first = anyNode | tovin::iXPathParser::firstOnly;
+    return lookUpFrom(requireOwner(collection), location, leaf, first, nodes);
   });
 }
 
@@ -118,6 +165,6 @@ bool DeepPropertyUtils::DecodePropertyPath(tovin::iDataRecord* record, const wch
     name = whole.subString(slash == whole.npos ? 0 : slash + 1);
     const tovin::WideString location =
         slash == whole.npos ? tovin::WideString(L"") : whole.subString(0, slash);
-    return lookUpFrom(*root, location, name, nodes) && !nodes.isEmpty();
+    return lookUpFrom(*root, location, name, anyNode, nodes) && !nodes.isEmpty();
   });
 }

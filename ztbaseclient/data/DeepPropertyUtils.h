@@ -34,6 +34,10 @@ ZTBASECLIENT_API void MassagePropertyName(tovin::NarrowString& name);
 ZTBASECLIENT_API bool LocationLookup(const tovin::iPropertyCollection* collection, const wchar_t* location,
                                      const wchar_t* leaf, tovin::NodeReferenceSet& nodes);
 
+/// The same, but at least the first of the nodes: the others are not looked for where that can be helped.
+ZTBASECLIENT_API bool FirstAtLocation(const tovin::iPropertyCollection* collection, const wchar_t* location,
+                                      const wchar_t* leaf, tovin::NodeReferenceSet& nodes);
+
 /// Splits a property path of a record at its last '/' into the nodes that have the property and its name.
 /// \param flag no meaning; callers pass what they like.
 /// \return whether any node was found; false for a null record.

@@ -1,0 +1,161 @@
+#include <gtest/gtest.h>
+
+#include "tests/tovin/xpath/Trees.h"
+#include "tovin/iDataRecord.h"
+#include "tovin/values/StringValue.h"
+#include "ztbaseclient/data/CPropertyCollection.h"
+
+namespace {
+
+using namespace testsupport;
+using tovin::iNode;
+using tovin::NodeReferenceSet;
+using tovin::Ptr;
+
+std::string locationOf(const iNode& node, bool useNames) {
+  tovin::WideString path;
+  DeepPropertyUtils::NodeLocation(node, useNames, path);
+  return tovin::wideToUtf8(path);
+}
+
+TEST(NodeLocation, CountsOnlyWhereSiblingsShareAName) {
+  const Ptr<iNode> root = treeOf("<a><b/><c><d/></c><B/><e/></a>");
+  const struct {
+    const wchar_t* query;
+    const char* byName;
+    const char* byPosition;
+    unsigned index, indexOfName;
+  } rows[] = {
+      {L"/a", "/a/", "/*[1]/", 0, 0},
+      {L"/a/b[1]", "/a/b[1]/", "/*[1]/*[1]/", 0, 0},
+      {L"/a/b[2]", "/a/B[2]/", "/*[1]/*[3]/", 2, 1},
+      {L"/a/c/d", "/a/c/d/", "/*[1]/*[2]/*[1]/", 0, 0},
+      {L"/a/e", "/a/e/", "/*[1]/*[4]/", 3, 0},
+  };
+  for (const auto& row : rows) {
+    NodeReferenceSet nodes;
+    ASSERT_TRUE(root->query(row.query, 1, nodes));
+    const iNode& node = *nodes[0];
+    EXPECT_EQ(locationOf(node, true), row.byName);
+    EXPECT_EQ(locationOf(node, false), row.byPosition);
+    EXPECT_EQ(DeepPropertyUtils::GetChildIndex(node, false), row.index) << row.byName;
+    EXPECT_EQ(DeepPropertyUtils::GetChildIndex(node, true), row.indexOfName) << row.byName;
+    // What it says leads back.
+    for (bool useNames : {true, false}) {
+      nodes.clear();
+      ASSERT_TRUE(root->query(tovin::utf8ToWide(locationOf(node, useNames)).c_str(), 1, nodes));
+      EXPECT_EQ(nodes[0], &node);
+    }
+  }
+}
+
+TEST(NodeLocation, TakesNamelessSiblingsAsNamesakes) {
+  const Ptr<iNode> root(CBaseNode::allocate());
+  for (int i = 0; i < 2; ++i) {
+    const Ptr<iNode> child(CBaseNode::allocate());
+    child->setName(nullptr);
+    root->appendChild(child.get());
+  }
+  EXPECT_FALSE(DeepPropertyUtils::IsUniquelyNamedChild(*root->getChildAt(0)));
+  EXPECT_TRUE(DeepPropertyUtils::IsUniquelyNamedChild(*root));
+  EXPECT_EQ(locationOf(*root->getChildAt(1), true), "/Node/[2]/");
+}
+
+TEST(MassagedPropertyName, HasAMarkForEachSpace) {
+  const struct {
+    const char* name;
+    const char* massaged;
+  } rows[] = {{"", ""},
+              {"a", "a"},
+              {" ", "__white_space__"},
+              {" a  b", "__white_space__a__white_space____white_space__b"},
+              {"a\tb", "a\tb"}};
+  for (const auto& row : rows) {
+    tovin::NarrowString narrow(row.name);
+    tovin::WideString wide(tovin::utf8ToWide(row.name).c_str());
+    DeepPropertyUtils::MassagePropertyName(narrow);
+    DeepPropertyUtils::MassagePropertyName(wide);
+    EXPECT_STREQ(narrow.c_str(), row.massaged);
+    EXPECT_EQ(tovin::wideToUtf8(wide), row.massaged);
+  }
+}
+
+TEST(LocationLookup, FindsAllNodesOfALocation) {
+  const Ptr<iNode> root = treeOf("<r a='1'><x p='3'/><x/><x p='5'/></r>");
+  const tovin::iPropertyCollection* own = root->getProperties();
+  const struct {
+    const wchar_t* location;
+    const wchar_t* leaf;
+    bool answer;
+    Places found;
+  } rows[] = {
+      {L"/r/x", nullptr, true, {"/*[1]/*[1]/", "/*[1]/*[2]/", "/*[1]/*[3]/"}},
+      {L"/r/x", L"p", true, {"/*[1]/*[1]/", "/*[1]/*[3]/"}},
+      {L"/r/x/@p", nullptr, true, {"/*[1]/*[1]/", "/*[1]/*[3]/"}},
+      {L"/r/x", L"no such", true, {}},
+      {L"/none", nullptr, true, {}},
+      {L"", L"a", true, {"/*[1]/"}},
+      {nullptr, nullptr, true, {"/*[1]/"}},
+      {L"", L"none", false, {}},
+  };
+  for (const auto& row : rows) {
+    NodeReferenceSet nodes;
+    nodes.add(root.get());
+    EXPECT_EQ(DeepPropertyUtils::LocationLookup(own, row.location, row.leaf, nodes), row.answer);
+    EXPECT_EQ(placesOf(nodes), row.found);
+    EXPECT_EQ(DeepPropertyUtils::FirstAtLocation(own, row.location, row.leaf, nodes), row.answer);
+    EXPECT_EQ(placesOf(nodes), Places(row.found.begin(), row.found.begin() + !row.found.empty()));
+  }
+  const Ptr<CPropertyCollection> lone(CPropertyCollection::allocate());
+  NodeReferenceSet nodes;
+  for (const tovin::iPropertyCollection* without : {static_cast<tovin::iPropertyCollection*>(lone.get()),
+                                                    static_cast<tovin::iPropertyCollection*>(nullptr)}) {
+    expectMessage(L"Cannot perform lookup on property collection without node owner",
+                  [&] { DeepPropertyUtils::LocationLookup(without, L"/r", nullptr, nodes); });
+  }
+}
+
+class Record : public tovin::iDataRecord {
+ public:
+  explicit Record(iNode* root) : root_(root) {}
+  iNode* getRootNode() const override { return root_; }
+  tovin::Class& getClass() const override { return CBaseNode::m_class; }
+  const tovin::ClassTag& getClassTag() const override { return CBaseNode::Tag; }
+  Object* newInstance() const override { return nullptr; }
+  Object* clone() const override { return nullptr; }
+  void deleteInstance() override {}
+
+ private:
+  iNode* root_;
+};
+
+TEST(PropertyPathOfARecord, IsSplitAtItsLastSlash) {
+  const Ptr<iNode> root = treeOf("<r a='1'><x p='3'/><x p='5'/></r>");
+  root->getProperties()->define(L"my prop", L"", 0);
+  Record record(root.get());
+  const struct {
+    const wchar_t* path;
+    bool found;
+    const char* name;
+    Places places;
+  } rows[] = {
+      {L"a", true, "a", {"/*[1]/"}},           {L"p", false, "p", {}},
+      {L"/a", true, "a", {"/*[1]/"}},          {L"/r/x/p", true, "p", {"/*[1]/*[1]/", "/*[1]/*[2]/"}},
+      {L"x[2]/p", true, "p", {"/*[1]/*[2]/"}}, {L"/r/my prop", true, "my prop", {"/*[1]/"}},
+      {L"/r/none", false, "none", {}},
+  };
+  for (const auto& row : rows) {
+    NodeReferenceSet nodes;
+    tovin::WideString name;
+    EXPECT_EQ(DeepPropertyUtils::DecodePropertyPath(&record, row.path, false, nodes, name), row.found)
+        << row.name;
+    EXPECT_EQ(tovin::wideToUtf8(name), row.name);
+    EXPECT_EQ(placesOf(nodes), row.places) << row.name;
+  }
+  NodeReferenceSet nodes;
+  tovin::WideString name(L"before");
+  EXPECT_FALSE(DeepPropertyUtils::DecodePropertyPath(nullptr, L"a", true, nodes, name));
+  EXPECT_TRUE(name.isEmpty());
+}
+
+}  // namespace
