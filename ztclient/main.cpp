@@ -25,6 +25,9 @@ int main(int argc, char** argv) {
   int status = commands::done;
   CLI::App app("Client command of the workflow server", "ztclient");
   app.require_subcommand(1);
+  commands::addChecksum(app, status);
+  commands::addDiff(app, status);
+  commands::addLog(app, status);
   commands::addTree(app, status);
   try {
     app.parse(argc, argv);
