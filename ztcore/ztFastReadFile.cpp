@@ -23,8 +23,8 @@ constexpr size_t headSize = 4096;
 
 bool isText(unsigned char byte) { return byte >= 0x20 || (byte >= '\t' && byte <= '\r'); }
 
-// UTF-16 without a mark: at least half of the units are plain characters below U+0100, with their high byte
-// zero, and hardly any has a zero low byte or is a control character. So neither 8-bit text with some zero
+// UTF-16 without a mark: most units are plain characters below U+0100, with their high byte zero, and hardly
+// any has a zero low byte or is a control character. So neither 8-bit text with some zero
 // bytes nor a table of small binary numbers passes for it.
 bool looks16Bit(std::string_view head, size_t highByte) {
   size_t plain = 0, strange = 0;
@@ -34,7 +34,7 @@ bool looks16Bit(std::string_view head, size_t highByte) {
     plain += zeroHigh && isText(low);
     strange += low == 0 || (zeroHigh && !isText(low));
   }
-  return plain > 0 && plain * 2 >= head.size() / 2 && strange * 4 < plain;
+  return plain > 1 && plain * 2 > head.size() / 2 && strange * 4 < plain;
 }
 
 Encoding find16Bit(std::string_view head) {
