@@ -1,5 +1,7 @@
 #include "ztcore/ztStringReader.h"
 
+#include <algorithm>
+
 #include "tovinCore/Exception.h"
 #include "tovinCore/Utf8.h"
 #include "ztcore/ztLineBytes.h"
@@ -20,7 +22,10 @@ bool ztStringReader::GetLine(tovin::WideString& line) {
 bool ztStringReader::getFileLine(tovin::WideString& line) {
   std::string_view text;
   size_t length = 0;
-  if (!findLine(text, length)) return false;
+  if (!findLine(text, length)) {
+    position_ = std::max(position_, file_->GetPosition());  // behind a mark without text
+    return false;
+  }
   if (file_->GetEncoding() == ztFile::Encoding::Unknown && tovin::asciiPrefix(text) < text.size()) {
     file_->DetermineEncoding();
   }
