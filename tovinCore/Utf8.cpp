@@ -1,6 +1,7 @@
 #include "tovinCore/Utf8.h"
 
 #include <cstdint>
+#include <cstring>
 
 #include "tovinCore/Units.h"
 
@@ -22,22 +23,6 @@ Lead classify(unsigned char byte) {
   if (byte < 0xF0) return {3, 0x800, byte & 0x0Fu};
   if (byte < 0xF5) return {4, 0x10000, byte & 0x07u};
   return {0, 0, 0};
-}
-
-// The character that begins at `at`, and how many bytes it took; 0 bytes for no valid sequence.
-uint32_t decodeAt(std::string_view bytes, size_t at, unsigned& length) {
-  const Lead lead = classify(static_cast<unsigned char>(bytes[at]));
-  length = 0;
-  if (lead.length == 0 || bytes.size() - at < lead.length) return 0;
-  uint32_t value = lead.bits;
-  for (unsigned i = 1; i < lead.length; ++i) {
-    const auto byte = static_cast<unsigned char>(bytes[at + i]);
-    if ((byte & 0xC0) != 0x80) return 0;
-    value = value << 6 | (byte & 0x3Fu);
-  }
-  if (value < lead.smallest || value > 0x10FFFF) return 0;
-  length = lead.length;
-  return value;
 }
 
 constexpr size_t lengthOf(uint32_t value) {
@@ -112,6 +97,34 @@ size_t asciiPrefix(std::wstring_view text) noexcept {
 
 }  // namespace
 
+size_t asciiPrefix(std::string_view bytes) noexcept {
+  constexpr size_t step = 64;
+  size_t at = 0;
+  for (; bytes.size() - at >= step; at += step) {
+    uint64_t words[step / sizeof(uint64_t)], bits = 0;
+    std::memcpy(words, bytes.data() + at, step);
+    for (uint64_t word : words) bits |= word;
+    if (bits & 0x8080808080808080) break;
+  }
+  while (at < bytes.size() && static_cast<unsigned char>(bytes[at]) < 0x80) ++at;
+  return at;
+}
+
+uint32_t decodeUtf8(std::string_view bytes, size_t at, unsigned& length) noexcept {
+  const Lead lead = classify(static_cast<unsigned char>(bytes[at]));
+  length = 0;
+  if (lead.length == 0 || bytes.size() - at < lead.length) return 0;
+  uint32_t value = lead.bits;
+  for (unsigned i = 1; i < lead.length; ++i) {
+    const auto byte = static_cast<unsigned char>(bytes[at + i]);
+    if ((byte & 0xC0) != 0x80) return 0;
+    value = value << 6 | (byte & 0x3Fu);
+  }
+  if (value < lead.smallest || value > 0x10FFFF) return 0;
+  length = lead.length;
+  return value;
+}
+
 size_t utf8ToWide(std::string_view bytes, wchar_t* out) noexcept {
   wchar_t* to = out;
   for (size_t at = 0; at < bytes.size();) {
@@ -122,7 +135,7 @@ size_t utf8ToWide(std::string_view bytes, wchar_t* out) noexcept {
       continue;
     }
     unsigned length = 0;
-    const uint32_t value = decodeAt(bytes, at, length);
+    const uint32_t value = decodeUtf8(bytes, at, length);
     forUnits(length ? value : 0xFFFD, [&](char16_t unit) { *to++ = static_cast<wchar_t>(unit); });
     at += length ? length : 1;
   }
@@ -170,7 +183,7 @@ bool isValidUtf8(std::string_view bytes, bool& cutShort) {
   cutShort = false;
   for (size_t at = 0; at < bytes.size();) {
     unsigned length = 0;
-    const uint32_t value = decodeAt(bytes, at, length);
+    const uint32_t value = decodeUtf8(bytes, at, length);
     if (length == 0) {
       const Lead lead = classify(static_cast<unsigned char>(bytes[at]));
       cutShort = lead.length > bytes.size() - at;

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <cstddef>
+#include <cstdint>
 #include <string>
 #include <string_view>
 
@@ -28,5 +30,12 @@ TOVINCORE_API size_t utf8Length(std::wstring_view text) noexcept;
 /// True when the bytes are well-formed UTF-8 as the standard has it (no surrogates, no overlong forms).
 /// \param cutShort out: true when the only fault is a sequence that the end of the bytes cuts off.
 TOVINCORE_API bool isValidUtf8(std::string_view bytes, bool& cutShort);
+
+/// How many bytes from the beginning on are ASCII; found at the speed of memory.
+TOVINCORE_API size_t asciiPrefix(std::string_view bytes) noexcept;
+
+/// The character that begins at `at`, as utf8ToWide reads it.
+/// \param length out: how many bytes it took; 0 where no sequence begins.
+TOVINCORE_API uint32_t decodeUtf8(std::string_view bytes, size_t at, unsigned& length) noexcept;
 
 }  // namespace tovin

@@ -13,6 +13,9 @@ constexpr int trouble = 2;
 /// \param status out: the exit status of the subcommand that ran.
 void addCredentials(CLI::App& app, int& status);
 void addQuery(CLI::App& app, int& status);
+void addChecksum(CLI::App& app, int& status);
+void addDiff(CLI::App& app, int& status);
+void addLog(CLI::App& app, int& status);
 void addTree(CLI::App& app, int& status);
 
 }  // namespace commands

@@ -27,6 +27,9 @@ int main(int argc, char** argv) {
   app.require_subcommand(1);
   commands::addCredentials(app, status);
   commands::addQuery(app, status);
+  commands::addChecksum(app, status);
+  commands::addDiff(app, status);
+  commands::addLog(app, status);
   commands::addTree(app, status);
   try {
     app.parse(argc, argv);

@@ -1,0 +1,165 @@
+#include "tests/support/Bytes.h"
+#include "tests/support/TemporaryFolder.h"
+#include "tovin/Constants.h"
+#include "ztbaseclient/tools/CConsoleEntry.h"
+#include "ztbaseclient/tools/CConsoleReader.h"
+#include "ztcore/ztMemoryStringFile.h"
+
+namespace {
+
+using testsupport::utf16;
+
+std::wstring textOf(const CConsoleEntry& entry) {
+  std::wstring text;
+  for (const auto& pair : entry.GetPairs())
+    text += std::wstring(pair.name) + L"=" + std::wstring(pair.value) + L"|";
+  return text;
+}
+
+const std::wstring begin = std::wstring(L"at 12:00 ") + tovin::DRV_ConsoleEntryBegin + L" 7\n";
+const std::wstring end = std::wstring(tovin::DRV_ConsoleEntryEnd) + L"\n";
+
+struct ConsoleLog : testsupport::TemporaryFolder {
+  static std::wstring rest(CConsoleReader& reader) {
+    std::wstring text;
+    CConsoleEntry entry;
+    while (reader.GetNextEntry(entry)) text += L"[" + textOf(entry) + L"]";
+    return text;
+  }
+  static std::wstring readAll(const std::wstring& log) {
+    ztMemoryStringFile file(log.c_str());
+    CConsoleReader reader(file, 0);
+    const std::wstring text = rest(reader);
+    EXPECT_EQ(reader.GetPosition(), file.GetLength());
+    return text;
+  }
+};
+
+TEST_F(ConsoleLog, EntriesStandBetweenTheirMarkers) {
+  const struct {
+    std::wstring log;
+    const wchar_t* entries;
+  } cases[] = {
+      {L"", L""},
+      {L"noise\nname\tvalue\n", L""},
+      {L"noise\n" + begin + L"a\t1\nA\t2\n" + end + L"b\t3\n" + begin + end, L"[a=1|A=2|][]"},
+      {begin + L"a\t1", L"[a=1|]"},
+      {begin + L"a\t1\n" + begin + L"b\t2\n" + end, L"[a=1|b=2|]"},
+      {begin + L"\tvalue\nno tab\n\t \nname\t\n" + end, L"[]"},
+      {begin + L" \xA0 a\tb\tc \r\n\t\xA0x y\tz\xA0\n" + end, L"[a=b\tc|x y=z|]"},
+      {begin + L"a%tb\t%p%n%%n%\nc%x\t%\n" + end, L"[a\tb=%\n%\n%|c%x=%|]"},
+      {L"x" + begin.substr(0, begin.size() - 1) + end + L"a\t1\n" + end, L"[a=1|]"},
+  };
+  for (const auto& row : cases) EXPECT_EQ(readAll(row.log), row.entries);
+}
+
+TEST_F(ConsoleLog, DecodingTakesBothEndsIn) {
+  struct Reader : CConsoleReader {
+    Reader() : CConsoleReader(nullptr, 0) {}
+    using CConsoleReader::Decode;
+  } reader;
+  const struct {
+    unsigned start, end;
+    const wchar_t* text;
+  } cases[] = {{0, 5, L"a%b\n"}, {0, 4, L"a%b%"}, {3, 3, L"b"}, {4, 99, L"\n"}, {6, 6, L""}, {3, 2, L""}};
+  for (const auto& row : cases) {
+    tovin::WideString out(L"before");
+    reader.Decode(L"a%pb%n", row.start, row.end, out);
+    EXPECT_EQ(out, row.text) << row.start;
+  }
+}
+
+TEST_F(ConsoleLog, ReadingResumesBehindEachEntry) {
+  const std::wstring log =
+      begin + L"a\t1\r\n" + end + L"noise\n" + begin + L"b\t\x20AC\n" + end + begin + L"c\t3\n" + end;
+  for (const std::string& bytes : {tovin::wideToUtf8(log), "\xFF\xFE" + utf16(log)}) {
+    const std::wstring name = file("log", bytes);
+    std::wstring text;
+    int64_t position = 0;
+    CConsoleEntry entry;
+    for (bool more = true; more;) {
+      CConsoleReader reader(name.c_str(), position);
+      EXPECT_EQ(reader.GetPosition(), position);
+      more = reader.GetNextEntry(entry);
+      if (more) text += L"[" + textOf(entry) + L"]";
+      position = reader.GetPosition();
+      EXPECT_EQ(reader.GetResumePosition(), position);
+    }
+    EXPECT_EQ(text, L"[a=1|][b=\x20AC|][c=3|]");
+    EXPECT_EQ(position, static_cast<int64_t>(bytes.size()));
+  }
+}
+
+// The log is cut at every byte, read, completed, and read on from where to resume.
+TEST_F(ConsoleLog, AGrowingLogLosesAndRepeatsNothing) {
+  const std::wstring log = L"x\n" + begin + L"a\t1\x20AC\n" + end + L"noise\n" + begin + L"b\t2\n" + end;
+  for (const std::string& bytes : {tovin::wideToUtf8(log), "\xFF\xFE" + utf16(log)}) {
+    for (size_t cut = 0; cut <= bytes.size(); ++cut) {
+      const std::wstring name = file("log", bytes.substr(0, cut));
+      CConsoleReader reader(name.c_str(), 0);
+      std::wstring text;
+      CConsoleEntry entry;
+      while (reader.GetNextEntry(entry)) {
+        if (reader.WasEntryComplete()) text += L"[" + textOf(entry) + L"]";
+      }
+      EXPECT_EQ(reader.GetPosition(), static_cast<int64_t>(cut));
+      append("log", bytes.substr(cut));
+      CConsoleReader resumed(name.c_str(), reader.GetResumePosition());
+      EXPECT_EQ(text + rest(resumed), L"[a=1\x20AC|][b=2|]") << cut;
+    }
+  }
+}
+
+TEST_F(ConsoleLog, ACutOffEntryIsGivenOnceAndAMarkerCutInTwoIsFound) {
+  ztMemoryStringFile log((begin + L"a\t1\nb").c_str());
+  CConsoleReader reader(log, 0);
+  EXPECT_EQ(rest(reader), L"[a=1|]");
+  EXPECT_FALSE(reader.WasEntryComplete());
+  log.Append((L"\t2\n" + end + begin.substr(0, 14)).c_str());
+  EXPECT_EQ(rest(reader), L"");
+  EXPECT_EQ(reader.GetPosition(), log.GetLength());
+  log.Append((begin.substr(14) + L"c\t3\n" + end).c_str());
+  EXPECT_EQ(rest(reader), L"[c=3|]");
+}
+
+TEST_F(ConsoleLog, ACopyTakesTheSourceOver) {
+  ztMemoryStringFile log((begin + L"a\t1\n" + end + begin + L"b\t2\n" + end).c_str());
+  CConsoleReader first(log, 0);
+  CConsoleEntry entry;
+  EXPECT_TRUE(first.GetNextEntry(entry));
+  CConsoleReader second(first);
+  EXPECT_FALSE(first.GetNextEntry(entry));
+  EXPECT_EQ(first.GetPosition(), 0);
+  first = second;
+  EXPECT_EQ(rest(second), L"");
+  EXPECT_EQ(rest(first), L"[b=2|]");
+}
+
+TEST_F(ConsoleLog, WithoutAFileThereAreNoEntries) {
+  for (const wchar_t* name : {static_cast<const wchar_t*>(nullptr), L"/no/such/file"}) {
+    CConsoleReader reader(name, 5);
+    CConsoleEntry entry;
+    EXPECT_FALSE(reader.GetNextEntry(entry));
+    EXPECT_EQ(reader.GetPosition(), 0);
+  }
+}
+
+TEST(ConsoleEntry, NamesFoldAsciiAndNullIsAName) {
+  CConsoleEntry entry;
+  entry.SetValue(L"State", L"one");
+  entry.SetValue(L"\xC4", L"umlaut");
+  entry.SetValue(nullptr, nullptr);
+  entry.SetValue(L"sTATE", entry.FindValue(L"\xC4"));
+  EXPECT_EQ(entry.GetPairs().getSize(), 3u);
+  EXPECT_STREQ(entry.FindValue(L"state"), L"umlaut");
+  EXPECT_EQ(entry.FindValue(L"\xE4"), nullptr);
+  entry.SetValue(nullptr, L"of null");
+  EXPECT_STREQ(entry.FindValue(nullptr), L"of null");
+  EXPECT_EQ(entry.FindValue(L""), nullptr);
+  entry.RemoveValue(L"STATE");
+  entry.RemoveValue(L"STATE");
+  EXPECT_EQ(entry.FindValue(L"state"), nullptr);
+  EXPECT_EQ(entry.GetPairs().getSize(), 2u);
+}
+
+}  // namespace

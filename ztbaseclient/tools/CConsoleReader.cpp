@@ -1,0 +1,142 @@
+#include "ztbaseclient/tools/CConsoleReader.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "tovin/Constants.h"
+#include "tovinCore/Guard.h"
+#include "ztbaseclient/tools/CConsoleEntry.h"
+#include "ztcore/ztMemoryStringFile.h"
+#include "ztcore/ztStringReader.h"
+
+using tovin::guarded;
+
+namespace {
+
+constexpr std::wstring_view blanks = L" \r\n\t\xA0";
+
+std::wstring_view trimmed(std::wstring_view text) {
+  const size_t first = text.find_first_not_of(blanks);
+  if (first == std::wstring_view::npos) return {};
+  return text.substr(first, text.find_last_not_of(blanks) - first + 1);
+}
+
+// The character that an escape stands for, 0 for what is none.
+wchar_t unescaped(wchar_t letter) {
+  switch (letter) {
+    case L'n':
+      return L'\n';
+    case L't':
+      return L'\t';
+    case L'p':
+      return L'%';
+    default:
+      return L'\0';
+  }
+}
+
+}  // namespace
+
+CConsoleReader::CConsoleReader(const wchar_t* path, int64_t position) {
+  guarded({ClassName, "CConsoleReader"}, [&] {
+    if (!ztFile::CanOpen(path, ztFile::ForReading)) return;
+    source_ = std::make_unique<ztStringReader>(path, ztStringReader::Ending::Growing);
+    source_->Seek(position);
+    resume_ = position;
+  });
+}
+
+CConsoleReader::CConsoleReader(ztMemoryStringFile& file, int64_t position) {
+  guarded({ClassName, "CConsoleReader"}, [&] {
+    source_ = std::make_unique<ztStringReader>(file);
+    source_->Seek(position);
+    resume_ = position;
+  });
+}
+
+CConsoleReader::CConsoleReader(CConsoleReader& other) noexcept
+    : source_(std::move(other.source_)),
+      resume_(std::exchange(other.resume_, 0)),
+      unfinishedLine_(other.unfinishedLine_),
+      entryComplete_(other.entryComplete_) {}
+
+CConsoleReader& CConsoleReader::operator=(CConsoleReader& other) noexcept {
+  if (this == &other) return *this;
+  source_ = std::move(other.source_);
+  resume_ = std::exchange(other.resume_, 0);
+  unfinishedLine_ = other.unfinishedLine_;
+  entryComplete_ = other.entryComplete_;
+  return *this;
+}
+
+CConsoleReader::~CConsoleReader() = default;
+
+int64_t CConsoleReader::GetPosition() const {
+  return guarded({ClassName, "GetPosition"}, [&] { return source_ ? source_->GetPosition() : 0; });
+}
+
+bool CConsoleReader::GetNextEntry(CConsoleEntry& entry) {
+  return guarded({ClassName, "GetNextEntry"}, [&] {
+    if (!source_) return false;
+    entry.Clear();
+    if (!findBegin()) return false;
+    readPairs(entry);
+    return true;
+  });
+}
+
+bool CConsoleReader::nextLine() {
+  if (!source_->GetLine(raw_)) return false;
+  line_ = trimmed(raw_.view());
+  return true;
+}
+
+// A last line that has no end yet may become a marker: it is read again, from its beginning, when more is
+// asked for.
+bool CConsoleReader::findBegin() {
+  if (unfinishedLine_) source_->Seek(resume_);
+  unfinishedLine_ = false;
+  for (;;) {
+    const int64_t start = source_->GetPosition();
+    if (!nextLine()) return false;
+    const bool found = line_.find(tovin::DRV_ConsoleEntryBegin) != tovin::WideString::npos;
+    unfinishedLine_ = !found && !source_->HadLineEnd();
+    resume_ = found || unfinishedLine_ ? start : source_->GetPosition();
+    if (found) return true;
+  }
+}
+
+void CConsoleReader::readPairs(CConsoleEntry& entry) {
+  entryComplete_ = false;
+  while (nextLine()) {
+    if (line_.find(tovin::DRV_ConsoleEntryEnd) != tovin::WideString::npos) {
+      entryComplete_ = true;
+      resume_ = source_->GetPosition();
+      return;
+    }
+    readPair(entry);
+  }
+}
+
+void CConsoleReader::readPair(CConsoleEntry& entry) {
+  const size_t tab = line_.find(L"\t");
+  if (tab == tovin::WideString::npos || tab == 0) return;
+  CConsoleEntry::NameValue& pair = entry.Add();
+  Decode(line_, 0, static_cast<unsigned>(tab - 1), pair.name);
+  Decode(line_, static_cast<unsigned>(tab + 1), static_cast<unsigned>(line_.getLength() - 1), pair.value);
+}
+
+void CConsoleReader::Decode(const tovin::BaseString<wchar_t>& line, unsigned start, unsigned end,
+                            tovin::BaseString<wchar_t>& out) {
+  guarded({ClassName, "Decode"}, [&] {
+    out.clear();
+    if (start > end || start >= line.getLength()) return;
+    const std::wstring_view text = line.view().substr(start, size_t{end} - start + 1);
+    out.reserve(text.size());
+    for (size_t at = 0; at < text.size(); ++at) {
+      const wchar_t escape = text[at] == L'%' && at + 1 < text.size() ? unescaped(text[at + 1]) : L'\0';
+      out += escape ? escape : text[at];
+      if (escape) ++at;
+    }
+  });
+}

@@ -1,0 +1,21 @@
+#pragma once
+
+#include <string>
+
+/// A file that the command was given, by a name that the library can open: standard input, "-", is kept in a
+/// file of its own meanwhile.
+class InputFile {
+ public:
+  explicit InputFile(const std::string& given);
+  InputFile(const InputFile&) = delete;
+  InputFile& operator=(const InputFile&) = delete;
+  ~InputFile();
+
+  const wchar_t* name() const noexcept { return name_.c_str(); }
+  /// A message with the name as it was given.
+  std::wstring shown(std::wstring message) const;
+
+ private:
+  std::string kept_;
+  std::wstring name_;
+};

@@ -1,0 +1,80 @@
+#include "ztcore/ztStringReader.h"
+
+#include <algorithm>
+
+#include "tovinCore/Exception.h"
+#include "tovinCore/Utf8.h"
+#include "ztcore/ztLineBytes.h"
+#include "ztcore/ztLineSkipper.h"
+#include "ztcore/ztMemoryStringFile.h"
+
+ztStringReader::ztStringReader(const wchar_t* path, Ending ending)
+    : file_(std::make_unique<ztFastReadFile>(path, ending)) {}
+
+ztStringReader::ztStringReader(const ztMemoryStringFile& file) : memory_(&file) {}
+
+ztStringReader::~ztStringReader() = default;
+
+bool ztStringReader::GetLine(tovin::WideString& line) {
+  return memory_ ? getMemoryLine(line) : getFileLine(line);
+}
+
+bool ztStringReader::getFileLine(tovin::WideString& line) {
+  std::string_view text;
+  size_t length = 0;
+  if (!findLine(text, length)) {
+    position_ = std::max(position_, file_->GetPosition());  // behind a mark without text
+    return false;
+  }
+  if (file_->GetEncoding() == ztFile::Encoding::Unknown && tovin::asciiPrefix(text) < text.size()) {
+    file_->DetermineEncoding();
+  }
+  lines::decode(text, file_->GetEncoding(), line);
+  file_->Consume(length);
+  position_ = file_->GetPosition();
+  return true;
+}
+
+// The next line in the window: its text without an end, and how many bytes it takes with it.
+bool ztStringReader::findLine(std::string_view& text, size_t& length) {
+  size_t searched = 0, end = lines::none;
+  do {
+    end = lines::findLineFeed(file_->GetWindow(), searched, file_->GetEncoding());
+    searched = file_->GetWindow().size();
+    searched -= searched % 2;  // half a unit is looked at again
+  } while (end == lines::none && searched <= lines::maxBytes && file_->Fill());
+  text = file_->GetWindow().substr(0, end);
+  if (text.size() > lines::maxBytes) lines::refuseLong(file_->GetName(), file_->GetPosition());
+  hadLineEnd_ = end != lines::none;
+  length = text.size() + (!hadLineEnd_ ? 0 : file_->Is16Bit() ? 2 : 1);
+  if (hadLineEnd_) lines::dropReturn(text, file_->GetEncoding());
+  return length > 0;
+}
+
+bool ztStringReader::getMemoryLine(tovin::WideString& line) {
+  if (position_ >= memory_->GetLength()) return false;
+  std::wstring_view text = memory_->GetText().substr(static_cast<size_t>(position_));
+  const size_t end = text.find(L'\n');
+  text = text.substr(0, end);
+  hadLineEnd_ = end != std::wstring_view::npos;
+  position_ += static_cast<int64_t>(text.size()) + hadLineEnd_;
+  if (hadLineEnd_ && text.ends_with(L'\r')) text.remove_suffix(1);
+  line = text;
+  line += L'\n';
+  return true;
+}
+
+void ztStringReader::Seek(int64_t position) {
+  if (position < 0) throw tovin::Exception(L"Position %d lies before the beginning", position);
+  position_ = position;
+  if (file_) file_->Seek(position);
+}
+
+int64_t ztStringReader::SkipEqualLines(ztStringReader& a, ztStringReader& b) {
+  if (!a.file_ || !b.file_) return 0;
+  const int64_t count = ztLineSkipper(*a.file_, *b.file_).skip();
+  if (count == 0) return 0;
+  a.position_ = a.file_->GetPosition();
+  b.position_ = b.file_->GetPosition();
+  return count;
+}

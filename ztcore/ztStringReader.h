@@ -1,0 +1,57 @@
+#pragma once
+
+#include <cstdint>
+#include <memory>
+
+#include "ztcore/ztFastReadFile.h"
+
+class ztMemoryStringFile;
+
+/// The lines of a text, whatever its encoding.
+///
+///     ztStringReader reader(name);
+///     tovin::WideString line;
+///     while (reader.GetLine(line)) …  // L"text\n"
+///
+/// - Lines: LF and CR LF end a line; the last one may go without. Every line is given with one LF as its end.
+/// - Units: a position is the byte offset behind the last line given, of a text in memory the character
+///   offset; what was sought, before a line is given.
+/// - Broken text: a byte that belongs to no character is U+DC00 plus the byte, so that different bytes stay
+///   different.
+/// - Memory: a line has up to 16 MiB in the file, at most four times as much as wide text; a longer one is
+///   refused with "Line at byte %d of file %ls is longer than %d bytes".
+/// - Growth: what is written behind the last line given is found by the next GetLine. A line without an end
+///   is given as it stands; to have it whole later, seek back to where it began.
+/// - Ownership: owns the open file; borrows a text in memory.
+class ZTCORE_API ztStringReader {
+ public:
+  using Ending = ztFastReadFile::Ending;
+
+  explicit ztStringReader(const wchar_t* path, Ending ending = Ending::Final);
+  explicit ztStringReader(const ztMemoryStringFile& file);
+  ~ztStringReader();
+
+  /// False at the end, which leaves the line as it was.
+  bool GetLine(tovin::WideString& line);
+  /// Whether the last line given had an end of its own.
+  bool HadLineEnd() const noexcept { return hadLineEnd_; }
+  int64_t GetPosition() const noexcept { return position_; }
+  /// From the start; a place behind the end is allowed and has no lines.
+  void Seek(int64_t position);
+
+  /// Passes over the lines that both have in common from here on, at the speed of memory where they are the
+  /// same bytes; stops, at the latest, before the first pair of lines that differ. What it does not pass over
+  /// is not therefore different.
+  /// \return how many lines of each.
+  static int64_t SkipEqualLines(ztStringReader& a, ztStringReader& b);
+
+ private:
+  bool getFileLine(tovin::WideString& line);
+  bool getMemoryLine(tovin::WideString& line);
+  bool findLine(std::string_view& text, size_t& length);
+
+  std::unique_ptr<ztFastReadFile> file_;
+  const ztMemoryStringFile* memory_ = nullptr;
+  int64_t position_ = 0;
+  bool hadLineEnd_ = true;
+};
