@@ -93,6 +93,11 @@ std::wstring utf8ToWide(std::string_view bytes) {
 std::string wideToUtf8(std::wstring_view text) {
   std::string out;
   out.reserve(text.size());
+  // Most texts are ASCII from end to end.
+  while (out.size() < text.size() && static_cast<uint32_t>(text[out.size()]) < 0x80) {
+    out += static_cast<char>(text[out.size()]);
+  }
+  text.remove_prefix(out.size());
   uint32_t high = 0;
   const auto flush = [&] {
     if (high) appendUtf8(out, high);
