@@ -78,3 +78,19 @@ int64_t ztStringReader::SkipEqualLines(ztStringReader& a, ztStringReader& b) {
   b.position_ = b.file_->GetPosition();
   return count;
 }
+
+void ztStringReader::SkipLinesWithout(std::string_view text) {
+  if (!file_ || file_->Is16Bit()) return;
+  bool more = true;
+  while (more) {
+    const std::string_view window = file_->GetWindow();
+    const size_t found = window.find(text);
+    const size_t whole = lines::wholeLines(window.substr(0, found), file_->GetEncoding());
+    if (whole > 0) {
+      file_->Consume(whole);
+      position_ = file_->GetPosition();
+    }
+    more = found == lines::none && window.size() - whole <= lines::maxBytes && file_->Fill() &&
+           !file_->Is16Bit();
+  }
+}

@@ -45,6 +45,10 @@ class ZTCORE_API ztStringReader {
   /// \return how many lines of each.
   static int64_t SkipEqualLines(ztStringReader& a, ztStringReader& b);
 
+  /// Passes over lines that do not hold a text, which is ASCII without a line feed, at the speed of memory
+  /// where it can; never over a last line without an end. What it does not pass over may be without it too.
+  void SkipLinesWithout(std::string_view text);
+
  private:
   bool getFileLine(tovin::WideString& line);
   bool getMemoryLine(tovin::WideString& line);

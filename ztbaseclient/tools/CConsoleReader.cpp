@@ -5,6 +5,7 @@
 
 #include "tovin/Constants.h"
 #include "tovinCore/Guard.h"
+#include "tovinCore/Utf8.h"
 #include "ztbaseclient/tools/CConsoleEntry.h"
 #include "ztcore/ztMemoryStringFile.h"
 #include "ztcore/ztStringReader.h"
@@ -33,6 +34,27 @@ wchar_t unescaped(wchar_t letter) {
     default:
       return L'\0';
   }
+}
+
+void appendDecoded(std::wstring_view text, tovin::WideString& out) {
+  for (size_t at = 0; at < text.size();) {
+    const size_t sign = std::min(text.find(L'%', at), text.size());
+    out += text.substr(at, sign - at);
+    if (sign == text.size()) return;
+    const wchar_t escape = sign + 1 < text.size() ? unescaped(text[sign + 1]) : L'\0';
+    out += escape ? escape : L'%';
+    at = sign + (escape ? 2 : 1);
+  }
+}
+
+bool holds(std::wstring_view text, std::wstring_view marker) {
+  return text.find(marker) != std::wstring_view::npos;
+}
+
+// As the bytes of a log.
+const std::string& beginMarker() {
+  static const std::string bytes = tovin::wideToUtf8(tovin::DRV_ConsoleEntryBegin);
+  return bytes;
 }
 
 }  // namespace
@@ -86,8 +108,8 @@ bool CConsoleReader::GetNextEntry(CConsoleEntry& entry) {
 }
 
 bool CConsoleReader::nextLine() {
-  if (!source_->GetLine(raw_)) return false;
-  line_ = trimmed(raw_.view());
+  if (!source_->GetLine(line_)) return false;
+  text_ = trimmed(line_.view());
   return true;
 }
 
@@ -96,10 +118,13 @@ bool CConsoleReader::nextLine() {
 bool CConsoleReader::findBegin() {
   if (unfinishedLine_) source_->Seek(resume_);
   unfinishedLine_ = false;
+  int64_t start = source_->GetPosition();
+  source_->SkipLinesWithout(beginMarker());
+  if (source_->GetPosition() != start) resume_ = source_->GetPosition();
   for (;;) {
-    const int64_t start = source_->GetPosition();
+    start = source_->GetPosition();
     if (!nextLine()) return false;
-    const bool found = line_.find(tovin::DRV_ConsoleEntryBegin) != tovin::WideString::npos;
+    const bool found = holds(text_, tovin::DRV_ConsoleEntryBegin);
     unfinishedLine_ = !found && !source_->HadLineEnd();
     resume_ = found || unfinishedLine_ ? start : source_->GetPosition();
     if (found) return true;
@@ -109,7 +134,7 @@ bool CConsoleReader::findBegin() {
 void CConsoleReader::readPairs(CConsoleEntry& entry) {
   entryComplete_ = false;
   while (nextLine()) {
-    if (line_.find(tovin::DRV_ConsoleEntryEnd) != tovin::WideString::npos) {
+    if (holds(text_, tovin::DRV_ConsoleEntryEnd)) {
       entryComplete_ = true;
       resume_ = source_->GetPosition();
       return;
@@ -119,11 +144,14 @@ void CConsoleReader::readPairs(CConsoleEntry& entry) {
 }
 
 void CConsoleReader::readPair(CConsoleEntry& entry) {
-  const size_t tab = line_.find(L"\t");
-  if (tab == tovin::WideString::npos || tab == 0) return;
+  const size_t tab = text_.find(L'\t');
+  if (tab == std::wstring_view::npos || tab == 0) return;
+  const auto first = static_cast<unsigned>(text_.data() - line_.c_str());
+  const auto last = static_cast<unsigned>(first + text_.size() - 1);
+  const auto middle = static_cast<unsigned>(first + tab);
   CConsoleEntry::NameValue& pair = entry.Add();
-  Decode(line_, 0, static_cast<unsigned>(tab - 1), pair.name);
-  Decode(line_, static_cast<unsigned>(tab + 1), static_cast<unsigned>(line_.getLength() - 1), pair.value);
+  Decode(line_, first, middle - 1, pair.name);
+  Decode(line_, middle + 1, last, pair.value);
 }
 
 void CConsoleReader::Decode(const tovin::BaseString<wchar_t>& line, unsigned start, unsigned end,
@@ -131,12 +159,6 @@ void CConsoleReader::Decode(const tovin::BaseString<wchar_t>& line, unsigned sta
   guarded({ClassName, "Decode"}, [&] {
     out.clear();
     if (start > end || start >= line.getLength()) return;
-    const std::wstring_view text = line.view().substr(start, size_t{end} - start + 1);
-    out.reserve(text.size());
-    for (size_t at = 0; at < text.size(); ++at) {
-      const wchar_t escape = text[at] == L'%' && at + 1 < text.size() ? unescaped(text[at + 1]) : L'\0';
-      out += escape ? escape : text[at];
-      if (escape) ++at;
-    }
+    appendDecoded(line.view().substr(start, size_t{end} - start + 1), out);
   });
 }

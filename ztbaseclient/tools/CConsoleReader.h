@@ -61,6 +61,7 @@ class ZTBASECLIENT_API CConsoleReader {
   int64_t resume_ = 0;
   bool unfinishedLine_ = false;
   bool entryComplete_ = false;
-  tovin::WideString raw_;
+  // The line and, inside it, its text without blanks around.
   tovin::WideString line_;
+  std::wstring_view text_;
 };
