@@ -91,8 +91,11 @@ CAuthRoles rolesOf(const MakeOptions& options) {
 
 void make(const MakeOptions& options) {
   CCredentials credentials;
-  for (size_t i = 0; i < std::size(textOptions); ++i)
-    (credentials.*textOptions[i].set)(tovin::utf8ToWide(options.texts[i]).c_str());
+  const std::string* given = options.texts;
+  for (const TextOption& option : textOptions) {
+    const std::wstring text = tovin::utf8ToWide(*given++);
+    (credentials.*option.set)(text.c_str());
+  }
   credentials.SetServerIP(addressOf(options.serverIP));
   credentials.SetClientIP(addressOf(options.clientIP));
   credentials.SetLoginTime(options.loginTime);

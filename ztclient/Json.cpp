@@ -10,21 +10,41 @@ bool isSurrogate(const std::string& text, size_t at) {
   return at + 2 < text.size() && text[at] == '\xED' && static_cast<unsigned char>(text[at + 1]) >= 0xA0;
 }
 
-// The library refuses surrogates, so each travels through it as a character of the last private plane.
+// The library refuses surrogates, so each travels through it as a character of the last private plane. Real
+// characters from there travel as the pair of surrogates that they are in UTF-16.
 constexpr unsigned stand = 0x10F800;
+
+// The four bytes of a character from U+10F800 on: F4, 8F, A0 to BF, any continuation.
+bool isStandIn(const std::string& text, size_t at) {
+  return at + 3 < text.size() && text[at] == '\xF4' && text[at + 1] == '\x8F' &&
+         static_cast<unsigned char>(text[at + 2]) >= 0xA0;
+}
+
+// The low eleven bits of the character whose last two bytes stand there.
+unsigned lowBits(const std::string& text, size_t at) {
+  return (text[at] & 0x1Fu) << 6 | (text[at + 1] & 0x3Fu);
+}
+
+void appendStandIn(std::string& out, unsigned low) {
+  const unsigned code = stand + low;
+  out += {static_cast<char>(0xF4), static_cast<char>(0x80 | (code >> 12 & 0x3F)),
+          static_cast<char>(0x80 | (code >> 6 & 0x3F)), static_cast<char>(0x80 | (code & 0x3F))};
+}
 
 std::string withStandIns(const std::string& text) {
   std::string out;
   for (size_t at = 0; at < text.size(); ++at) {
-    if (!isSurrogate(text, at)) {
+    if (isSurrogate(text, at)) {
+      appendStandIn(out, lowBits(text, at + 1));
+      at += 2;
+    } else if (isStandIn(text, at)) {
+      const unsigned low = lowBits(text, at + 2);
+      appendStandIn(out, low < 0x400 ? 0x3FE : 0x3FF);
+      appendStandIn(out, 0x400 | (low & 0x3FF));
+      at += 3;
+    } else {
       out += text[at];
-      continue;
     }
-    const unsigned low = (text[at + 1] & 0x1Fu) << 6 | (text[at + 2] & 0x3Fu);
-    const unsigned code = stand + low;
-    out += {static_cast<char>(0xF4), static_cast<char>(0x80 | (code >> 12 & 0x3F)),
-            static_cast<char>(0x80 | (code >> 6 & 0x3F)), static_cast<char>(0x80 | (code & 0x3F))};
-    at += 2;
   }
   return out;
 }
@@ -32,14 +52,11 @@ std::string withStandIns(const std::string& text) {
 std::string withEscapes(const std::string& text) {
   std::string out;
   for (size_t at = 0; at < text.size(); ++at) {
-    const bool standIn = at + 3 < text.size() && text[at] == '\xF4' && text[at + 1] == '\x8F' &&
-                         static_cast<unsigned char>(text[at + 2]) >= 0xA0;
-    if (!standIn) {
+    if (!isStandIn(text, at)) {
       out += text[at];
       continue;
     }
-    const unsigned low = (text[at + 2] & 0x1Fu) << 6 | (text[at + 3] & 0x3Fu);
-    out += tovin::wideToUtf8(tovin::format(L"\\u%04x", 0xD800 + low));
+    out += tovin::wideToUtf8(tovin::format(L"\\u%04x", 0xD800 + lowBits(text, at + 2)));
     at += 3;
   }
   return out;

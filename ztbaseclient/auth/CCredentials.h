@@ -113,7 +113,7 @@ class ZTBASECLIENT_API CCredentials : public tovin::FrameworkClass<CCredentials,
   void DecryptBody();
   /// Of the enciphered body: true after GenerateCredentialsString and for an undamaged string, until
   /// DecryptBody.
-  bool VerifyChecksum() const;
+  bool VerifyChecksum() const noexcept;
   /// \param userName out: untouched on failure.
   static void GetUserNameFromSessionId(const wchar_t* sessionId, tovin::WideString& userName);
 

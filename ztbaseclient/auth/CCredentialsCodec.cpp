@@ -224,7 +224,7 @@ std::optional<CCredentials::Bytes> CCredentials::encryptedSection() const noexce
   return body.first(static_cast<size_t>(length));
 }
 
-bool CCredentials::VerifyChecksum() const {
+bool CCredentials::VerifyChecksum() const noexcept {
   const std::optional<Bytes> section = encryptedSection();
   return section && CalcChecksum(section->data(), section->size()) == header_.quickChecksum;
 }
