@@ -12,5 +12,6 @@ constexpr int trouble = 2;
 
 /// \param status out: the exit status of the subcommand that ran.
 void addTree(CLI::App& app, int& status);
+void addWsdl(CLI::App& app, int& status);
 
 }  // namespace commands

@@ -26,6 +26,7 @@ int main(int argc, char** argv) {
   CLI::App app("Client command of the workflow server", "ztclient");
   app.require_subcommand(1);
   commands::addTree(app, status);
+  commands::addWsdl(app, status);
   try {
     app.parse(argc, argv);
     std::cout.flush();
