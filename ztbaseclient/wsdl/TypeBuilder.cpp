@@ -194,6 +194,7 @@ Member TypeBuilder::arrayItem(iNode* restriction) const {
   }
   if (members.empty()) throw tovin::Exception(L"Can't have an array with no elements");
   members.front().repeats = true;
+  members.front().element.required = true;
   return members.front();
 }
 
@@ -205,11 +206,14 @@ void TypeBuilder::processMembers(std::vector<Member>& members) {
   for (const Member& member : members) type_.elements.add(repeatedElement(member));
 }
 
+// As an array it has an item, which is there by its nature; as a structure it has a member with its own
+// bounds.
 void TypeBuilder::processArrayType(Member& item) {
-  item.element.required = true;
   type_.kind = arrays_ ? CWsdlParser::KindArray : CWsdlParser::KindComplex;
-  if (arrays_) type_.itemName = item.element.name;
-  type_.elements.add(arrays_ ? item.element : repeatedElement(item));
+  if (!arrays_) return static_cast<void>(type_.elements.add(repeatedElement(item)));
+  item.element.required = true;
+  type_.itemName = item.element.name;
+  type_.elements.add(item.element);
 }
 
 void TypeBuilder::processSimpleType(iNode* definition) {
