@@ -49,10 +49,10 @@ class ZTBASECLIENT_API NodeSearch {
 /// The first attribute whose local name matches; null if none.
 const tovin::iProperty* findAttr(const tovin::iNode* node, const wchar_t* name);
 /// Its text, the empty text if there is none.
-tovin::WideString findAttrVal(const tovin::iNode* node, const wchar_t* name);
+ZTBASECLIENT_API tovin::WideString findAttrVal(const tovin::iNode* node, const wchar_t* name);
 
 /// The text of the attribute of exactly this name but for case; null if there is none.
-tovin::WideString attributeText(const tovin::iNode* node, const wchar_t* name);
+ZTBASECLIENT_API tovin::WideString attributeText(const tovin::iNode* node, const wchar_t* name);
 /// Defines a text, or changes it.
 void putText(tovin::iNode* node, const wchar_t* name, const wchar_t* text);
 
@@ -75,7 +75,7 @@ void forAttributes(const tovin::iNode* node, Visit&& visit) {
 
 /// The children of a node by element name and "name" attribute, each look-up in constant time. Borrows the
 /// node.
-class NamedChildren {
+class ZTBASECLIENT_API NamedChildren {
  public:
   explicit NamedChildren(tovin::iNode* node);
   /// The first child that matches; null if none.
