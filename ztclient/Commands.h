@@ -17,5 +17,6 @@ void addChecksum(CLI::App& app, int& status);
 void addDiff(CLI::App& app, int& status);
 void addLog(CLI::App& app, int& status);
 void addTree(CLI::App& app, int& status);
+void addWsdl(CLI::App& app, int& status);
 
 }  // namespace commands

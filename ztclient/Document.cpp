@@ -51,13 +51,13 @@ tovin::Ptr<tovin::iNode> readXml(const std::string& bytes) {
   return parser.parse(stream);
 }
 
+}  // namespace
+
 std::string bytesOf(const wchar_t* text) {
   std::string bytes;
   for (; text && *text; ++text) bytes += static_cast<char>(*text);
   return bytes;
 }
-
-}  // namespace
 
 std::string Document::utf8(const wchar_t* text) const {
   return bytesAsCharacters ? bytesOf(text) : tovin::wideToUtf8(text);

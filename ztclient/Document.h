@@ -25,5 +25,8 @@ Document readDocument(const std::string& file);
 /// Calls visit(node, depth) for a node and everything below it, in document order, without recursion.
 void walk(const tovin::iNode& root, const std::function<void(const tovin::iNode& node, size_t depth)>& visit);
 
+/// The UTF-8 of a text that holds one character a byte; empty for null.
+std::string bytesOf(const wchar_t* text);
+
 /// All bytes of a file, or of standard input for "-".
 std::string readBytes(const std::string& file);

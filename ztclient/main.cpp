@@ -31,6 +31,7 @@ int main(int argc, char** argv) {
   commands::addDiff(app, status);
   commands::addLog(app, status);
   commands::addTree(app, status);
+  commands::addWsdl(app, status);
   try {
     app.parse(argc, argv);
     std::cout.flush();

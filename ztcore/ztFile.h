@@ -44,6 +44,8 @@ class ZTCORE_API ztFile {
   /// Whether the file can be opened in a mode; a folder cannot, and writing is tried without changing the
   /// file.
   static bool CanOpen(const wchar_t* name, int mode);
+  /// Whether there is a file of bytes: no folder, no device, no pipe. Opens nothing, so that it never waits.
+  static bool IsRegular(const wchar_t* name);
 
  private:
   static constexpr intptr_t none = -1;

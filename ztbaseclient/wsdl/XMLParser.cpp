@@ -9,6 +9,7 @@
 
 #include "tovinCore/Guard.h"
 #include "ztbaseclient/node/CBaseNode.h"
+#include "ztcore/ztCompress.h"
 #include "ztcore/ztFile.h"
 
 using tovin::guarded;
@@ -115,18 +116,36 @@ tovin::iNode* CWsdlParser::XMLParser::parse(tovin::iByteInputStream& stream) {
 }
 
 tovin::iNode* CWsdlParser::XMLParser::parse(const tovin::Array<unsigned char>& bytes) {
-  return guarded({CWsdlParser::ClassName, "parse()"}, [&] {
-    prepare();
-    const auto* at = reinterpret_cast<const char*>(bytes.data());
-    size_t left = bytes.getSize();
-    XML_Status status = XML_STATUS_OK;
-    // expat counts in int.
-    for (; left > INT_MAX && status == XML_STATUS_OK; left -= INT_MAX, at += INT_MAX) {
-      status = XML_Parse(expat_, at, INT_MAX, false);
-    }
-    if (status == XML_STATUS_OK) XML_Parse(expat_, at, static_cast<int>(left), true);
-    rethrowFailure();
-    return root_.get();
+  return guarded({CWsdlParser::ClassName, "parse()"}, [&] { return parseBytes(bytes); });
+}
+
+tovin::iNode* CWsdlParser::XMLParser::parseBytes(const tovin::Array<unsigned char>& bytes) {
+  prepare();
+  const auto* at = reinterpret_cast<const char*>(bytes.data());
+  size_t left = bytes.getSize();
+  XML_Status status = XML_STATUS_OK;
+  // expat counts in int.
+  for (; left > INT_MAX && status == XML_STATUS_OK; left -= INT_MAX, at += INT_MAX) {
+    status = XML_Parse(expat_, at, INT_MAX, false);
+  }
+  if (status == XML_STATUS_OK) XML_Parse(expat_, at, static_cast<int>(left), true);
+  rethrowFailure();
+  return root_.get();
+}
+
+tovin::iNode* CWsdlParser::XMLParser::parseZippedWsdl(const tovin::Array<unsigned char>& bytes) {
+  return guarded({CWsdlParser::ClassName, "parseZippedWsdl()"}, [&] {
+    tovin::Array<unsigned char> document;
+    ztCompress(1, true).Decompress(document, bytes);
+    return parseBytes(document);
+  });
+}
+
+bool CWsdlParser::XMLParser::getZippedWsdl(tovin::Array<unsigned char>& out) {
+  return guarded({CWsdlParser::ClassName, "getZippedWsdl()"}, [&] {
+    if (raw_.isEmpty()) return false;
+    ztCompress(1, true).Compress(out, raw_);
+    return true;
   });
 }
 

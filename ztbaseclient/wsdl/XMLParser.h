@@ -33,6 +33,10 @@ class ZTBASECLIENT_API CWsdlParser::XMLParser {
   tovin::iNode* parse(const tovin::Array<unsigned char>& bytes);
   /// From where the stream stands to its end, with the errors of a file.
   tovin::iNode* parse(tovin::iByteInputStream& stream);
+  /// Bytes as getZippedWsdl gives them; errors of ztCompress.
+  tovin::iNode* parseZippedWsdl(const tovin::Array<unsigned char>& bytes);
+  /// The bytes of the file that was read, compressed; false when there are none.
+  bool getZippedWsdl(tovin::Array<unsigned char>& out);
   void reset();
 
   /// The bytes of the file that was read, in reading order; none after bytes were parsed.
@@ -46,6 +50,7 @@ class ZTBASECLIENT_API CWsdlParser::XMLParser {
   class Builder;
 
   void prepare();
+  tovin::iNode* parseBytes(const tovin::Array<unsigned char>& bytes);
   template <class Read>
   tovin::iNode* parsePieces(Read&& read);
   void rethrowFailure();

@@ -1,0 +1,151 @@
+#include "tests/ztbaseclient/wsdl/Wsdl.h"
+#include "ztbaseclient/wsdl/ExternalSchemaRecord.h"
+#include "ztbaseclient/wsdl/XMLParser.h"
+#include "ztclient/Document.h"
+
+namespace {
+
+using testsupport::expectMessage;
+using wsdl::schema;
+
+std::string schemaFile(const std::string& attributes, const std::string& inside) {
+  return "<xs:schema xmlns:xs='http://www.w3.org/2001/XMLSchema' " + attributes + ">" + inside +
+         "</xs:schema>";
+}
+
+std::string import(const std::string& location, const std::string& kind = "import") {
+  return "<xs:" + kind + " schemaLocation='" + location + "'/>";
+}
+
+class ExternalSchemas : public wsdl::Files {
+ protected:
+  CWsdlParser& read(const std::string& types, const std::string& part = "type='xs:int'") {
+    write("service/main.wsdl", wsdl::withPart(part, types));
+    parser_.Reset();
+    parser_.Parse(path("service/main.wsdl"));
+    return parser_;
+  }
+
+  // "leaf namespace" of each record, in order.
+  std::string records() {
+    parser_.GetSchemaInfo();
+    std::string text;
+    for (const CWsdlParser::ExternalSchemaRecord& record : parser_.GetExternalSchemas()) {
+      text += (text.empty() ? "" : ", ") +
+              std::filesystem::path(tovin::wideToUtf8(record.fileName)).filename().string() + " " +
+              bytesOf(record.schemaNamespace.getUrl());
+    }
+    return text;
+  }
+
+  CWsdlParser parser_;
+};
+
+TEST_F(ExternalSchemas, ThatImportEachOtherLoadOnce) {
+  write("service/a.xsd", schemaFile("targetNamespace='urn:a'", import("b.xsd")));
+  write("service/b.xsd", schemaFile("targetNamespace='urn:b'", import("c.xsd")));
+  write("service/c.xsd",
+        schemaFile("targetNamespace='urn:c'", import("./A.xsd") + import("a.xsd") + import("b.xsd")));
+  read(schema(import("a.xsd") + import("sub/../a.xsd")) + schema(import("c.xsd")));
+  EXPECT_EQ(records(), "c.xsd urn:c, b.xsd urn:b, a.xsd urn:a");
+  EXPECT_EQ(parser_.GetSchemaInfo().getSize(), 5u);
+}
+
+TEST_F(ExternalSchemas, AreFoundFromTheDocumentsFolder) {
+  // A schema in another folder includes one that lies beside the document.
+  write("service/sub/a.xsd", schemaFile("targetNamespace='urn:t'", import("b.xsd", "include")));
+  write("service/b.xsd", schemaFile("", "<xs:complexType name='B'/>"));
+  write("up.xsd", schemaFile("targetNamespace='urn:up'", ""));
+  read(schema(import("sub\\a.xsd") + import("../up.xsd") + import(tovin::wideToUtf8(path("up.xsd")))),
+       "type='t:B'");
+  EXPECT_EQ(wsdl::resolved(parser_), "complex B");
+  EXPECT_EQ(records(), "b.xsd , a.xsd urn:t, up.xsd urn:up");
+}
+
+TEST_F(ExternalSchemas, WithoutLeafAreTheDocumentsSibling) {
+  write("service/main.xsd", schemaFile("targetNamespace='urn:m'", ""));
+  read(schema(import("?xsd=1") + import("http://nowhere.invalid/") +
+              "<xs:import location='other/'/>"
+              "<xs:import namespace='urn:x'/>"));
+  EXPECT_EQ(records(), "main.xsd urn:m");
+}
+
+// What is no regular file would be fetched, waited for or read without end.
+TEST_F(ExternalSchemas, AreFilesOnly) {
+  for (const char* location :
+       {"http://nowhere.invalid/a.xsd", "file:///etc/hosts", "/dev/zero", "/dev/stdin", "..", "CON",
+        "missing.xsd", "../../../../../../../../../x.xsd", "urn:x", "a\x7f"}) {
+    SCOPED_TRACE(location);
+    read(schema(import(location)), "type='t:T'");
+    expectMessage(L"Unable to open file", [&] { parser_.GetSchemaInfo(); });
+    // Once more, and for the part that needs them; an atomic part needs none.
+    expectMessage(L"Unable to open file", [&] { parser_.GetSchemaInfo(); });
+    EXPECT_EQ(wsdl::resolved(parser_), "Unable to open file");
+    read(schema(import(location)));
+    EXPECT_EQ(wsdl::resolved(parser_), "atomic int of http://www.w3.org/2001/XMLSchema");
+  }
+  EXPECT_EQ(wsdl::trailOf([&] { parser_.GetSchemaInfo(); }),
+            "CWsdlParser loadExternalSchemata(), CWsdlParser GetSchemaInfo");
+}
+
+TEST_F(ExternalSchemas, ThatAreNoXmlFailAllQuestions) {
+  write("service/bad.xsd", "<a>");
+  read(schema(import("bad.xsd")));
+  expectMessage(L"Parse error: no element found", [&] { parser_.GetSchemaInfo(); });
+  read(schema(import("bad.xsd")));
+  EXPECT_EQ(wsdl::trailOf([&] { parser_.GetSchemaInfo(); }),
+            "CWsdlParser parse(), CWsdlParser loadExternalSchemata(), CWsdlParser GetSchemaInfo");
+}
+
+TEST_F(ExternalSchemas, InAChainOfThousandsTakeNoStack) {
+  constexpr int count = 3000;
+  for (int i = 0; i < count; ++i) {
+    write("service/" + std::to_string(i) + ".xsd",
+          schemaFile("", import(std::to_string((i + 1) % count) + ".xsd")));
+  }
+  read(schema(import("0.xsd")));
+  EXPECT_EQ(parser_.GetSchemaInfo().getSize(), 1u + count);
+}
+
+TEST_F(ExternalSchemas, WithNamesOutsideAsciiAreFound) {
+  write("service/sch\xC3\xA9ma.xsd", schemaFile("targetNamespace='urn:n'", ""));
+  read(schema(import("sch\xC3\xA9ma.xsd")));
+  EXPECT_EQ(records(), "sch\xC3\xA9ma.xsd urn:n");
+}
+
+TEST(SchemaFileName, ComesFromTheLocationAndTheDocument) {
+  struct Parser : CWsdlParser {
+    using CWsdlParser::buildExternalSchemaFilename;
+  };
+  struct Row {
+    const wchar_t* document;
+    const wchar_t* location;
+    const wchar_t* file;
+  };
+  const Row rows[] = {{L"a/s.wsdl", L"x/y.xsd", L"a/x/y.xsd"},
+                      {L"s.wsdl", L"y.xsd", L"./y.xsd"},
+                      {L"/s.wsdl", L"y.xsd", L"/y.xsd"},
+                      {L"a/s.wsdl", L"/y.xsd", L"/y.xsd"},
+                      {L"a/s.wsdl", L"?x", L"a/s.xsd"},
+                      {L"a/s", L"x/", L"a/s.xsd"},
+                      {L"a/s.", L"", L"a/s.xsd"},
+                      {L"a.b/s", L"?", L"a.b/s.xsd"},
+                      {L"a/s.wsdl", L"http://h/y.xsd", L"http://h/y.xsd"}};
+  for (const Row& row : rows) {
+    EXPECT_EQ(Parser().buildExternalSchemaFilename(row.document, row.location).view(), row.file);
+  }
+}
+
+// Whatever the first child is.
+TEST(ImportOfElements, IsTrueForAnySchemaWithChildren) {
+  CWsdlParser parser;
+  wsdl::parse(parser,
+              wsdl::definitions("<types>" + schema("<xs:element name='a'/>") + schema("") + "</types>"));
+  const tovin::Array<CWsdlParser::CSchema>& schemas = parser.GetSchemaInfo();
+  EXPECT_TRUE(parser.importExternalSchemaElements(schemas[0]));
+  EXPECT_FALSE(parser.importExternalSchemaElements(schemas[1]));
+  EXPECT_EQ(wsdl::trailOf([&] { parser.importExternalSchemaElements(CWsdlParser::CSchema()); }),
+            "CWsdlParser importExternalSchemaElements()");
+}
+
+}  // namespace

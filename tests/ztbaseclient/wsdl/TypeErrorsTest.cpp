@@ -1,0 +1,152 @@
+#include "tests/ztbaseclient/wsdl/Wsdl.h"
+#include "ztclient/WsdlJson.h"
+
+namespace {
+
+using testsupport::expectMessage;
+using wsdl::resolved;
+using wsdl::schema;
+using wsdl::withPart;
+
+std::string complexType(const std::string& inside, const std::string& name = "T") {
+  return "<xs:complexType name='" + name + "'>" + inside + "</xs:complexType>";
+}
+
+std::string extension(const std::string& base, const std::string& inside = {}) {
+  return "<xs:complexContent><xs:extension base='" + base + "'>" + inside +
+         "</xs:extension></xs:complexContent>";
+}
+
+std::string restriction(const std::string& attributes) {
+  return "<xs:complexContent><xs:restriction " + attributes + "/></xs:complexContent>";
+}
+
+std::string member(const std::string& reference) { return "<xs:sequence>" + reference + "</xs:sequence>"; }
+
+TEST(TypeErrors, OfDefinitions) {
+  const char attributes[] = "Complex types with custom attributes are not supported";
+  const std::pair<std::string, std::string> rows[] = {
+      {complexType(member("<xs:element ref='t:x'/>")),
+       "Cannot find reference element (t:x). Check that the (urn:t) namespace is correctly defined or "
+       "imported."},
+      {complexType(member("<xs:element xmlns='' ref='x'/>")),
+       "Cannot find reference element (x). Check that the () namespace is correctly defined or imported."},
+      {complexType(member("<xs:group ref='t:x'/>")),
+       "Cannot find reference group (t:x). Check that the (urn:t) namespace is correctly defined or "
+       "imported."},
+      {complexType("<xs:group ref='t:g'/>") + "<xs:group name='g'>" + member("<xs:group ref='t:h'/>") +
+           "</xs:group><xs:group name='h'>" + member("<xs:group ref='t:g'/>") + "</xs:group>",
+       "Cannot find reference group (t:g). Check that the (urn:t) namespace is correctly defined or "
+       "imported."},
+      {complexType(member("<xs:element ref='no:x'/>")), "Can't find namespace no\n"},
+      {complexType(extension("no:x")), "Can't find namespace no\n"},
+      {complexType(restriction("base='no:Array'")), "Can't find namespace no\n"},
+      {complexType(restriction("base='t:U'")), "Can't handle <restriction> to base type (t:U)"},
+      {complexType(restriction("base='enc:Vector'")), "Can't handle <restriction> to base type (enc:Vector)"},
+      {complexType(restriction("")), "Can't handle <restriction> to base type ()"},
+      {complexType(restriction("base='enc:Array'")), "Can't have an array with no elements"},
+      {complexType("<xs:complexContent/>"), "<complexContent> other than an array is not supported"},
+      {complexType("<xs:attribute name='a'/>"), attributes},
+      {complexType("<xs:attributeGroup ref='t:g'/>"), attributes},
+      {complexType("<xs:attribute ref='no:arrayType'/>"), attributes},
+      {complexType("<xs:anyAttribute/><xs:attribute ref='enc:root'/>"), "complex T"},
+      {complexType("<xs:simpleContent><xs:extension base='xs:int'><xs:attribute name='a'/></xs:extension>"
+                   "</xs:simpleContent>"),
+       attributes},
+      {complexType(extension("t:U")) + complexType("<xs:attribute name='a'/>", "U"), attributes},
+      // The base first, then attributes, then members.
+      {complexType(extension("t:X", "<xs:attribute name='a'/>")),
+       "Cannot find a schema with targetNamespace=urn:t and customType=t:X"},
+      {complexType(member("<xs:element ref='t:x'/>") + "<xs:attribute name='a'/>"), attributes},
+      {complexType(extension("t:U")) + complexType(extension("t:T"), "U"),
+       "Can't understand custom type: \"t:T\""},
+      {complexType(extension("xs:string")), "Can't understand custom type: \"xs:string\""},
+      {complexType(extension("")), "Can't understand custom type: \"\""},
+      {"<xs:simpleType name='T'><xs:list/></xs:simpleType>",
+       "<simpleType> with <xs:list> types or restriction is not supported."},
+      {"<xs:simpleType name='T'><xs:union/></xs:simpleType>",
+       "<simpleType> with <xs:union> types or restriction is not supported."},
+      {"<xs:simpleType name='T'><xs:restriction><xs:assertion/></xs:restriction></xs:simpleType>",
+       "<simpleType> with <xs:assertion> types or restriction is not supported."}};
+  for (const auto& [types, message] : rows)
+    EXPECT_EQ(resolved(withPart("type='t:T'", schema(types))), message) << types;
+}
+
+TEST(TypeErrors, OfNames) {
+  struct {
+    const char* part;
+    const char* types;
+    const char* message;
+  } const rows[] = {
+      {"type='t:T'", "", "Can't find <schema> node in wsdl, needed for definition of type t:T"},
+      {"element='t:T'", "", "Can't find schema with targetNamespace=urn:t"},
+      {"type='o:T' xmlns:o='ftp://O'", "<xs:schema/>", "Can't find schema with targetNamespace=ftp://O"},
+      {"element='o:T' xmlns:o='urn:o'", "<xs:schema/>", "Can't find schema with targetNamespace=urn:o"},
+      {"type='t:T'", "<xs:schema targetNamespace='urn:t'/>",
+       "Cannot find a schema with targetNamespace=urn:t and customType=t:T"},
+      {"element='t:T'", "<xs:schema targetNamespace='urn:t'/>",
+       "Cannot find a schema with targetNamespace = urn:t and element = t:T"},
+      {"type='no:T'", "<xs:schema/>", "Can't find namespace no\n"},
+      {"element='no:T'", "<xs:schema/>", "Can't find namespace no\n"},
+      {"type='e:T' xmlns:e=''", "<xs:schema/>", "Can't derive target namespace from ns-name e:T"},
+      {"type='t:'", "<xs:schema/>", "Can't understand custom type: \"t:\""},
+      {"type='a:b:c'", "<xs:schema/>", "Can't understand custom type: \"a:b:c\""},
+      {"", "<xs:schema/>", "Can't understand custom type: \"\""}};
+  for (const auto& row : rows) EXPECT_EQ(resolved(withPart(row.part, row.types)), row.message) << row.part;
+}
+
+TEST(TypeErrors, OfLookUpsInSchemas) {
+  CWsdlParser parser;
+  wsdl::parse(parser, wsdl::withPart("type='T' xmlns=''",
+                                     "<xs:schema>" + complexType("") + "</xs:schema>" +
+                                         schema("<xs:element name='e'/>", "targetNamespace='urn:S'")));
+  const CWsdlParser::CSchema& found = parser.GetSchemaByTargetNS(L"URN:s");
+  EXPECT_EQ(&parser.FindSchemaContainingElement(L"urn:S", L"E"), &found);
+  EXPECT_EQ(parser.GetMatchingSchemaElementDoc(found, L"e").name, L"e");
+  EXPECT_EQ(&parser.FindSchemaContainingCustomType(L"urn:t", L"T"), &parser.GetSchemaInfo()[0]);
+  expectMessage(L"Can't find schema with targetNamespace=x", [&] { parser.GetSchemaByTargetNS(L"x"); });
+  expectMessage(L"Cannot find a schema with targetNamespace = urn:S and element = x",
+                [&] { parser.FindSchemaContainingElement(L"urn:S", L"x"); });
+  expectMessage(L"Cannot find a schema with targetNamespace=urn:S and customType=x",
+                [&] { parser.FindSchemaContainingCustomType(L"urn:S", L"x"); });
+  CWsdlParser::CCustomType type;
+  expectMessage(L"Unknown node type defines type with name x[]",
+                [&] { parser.GetCustomTypeOutOfSchema(found, L"x[][]", type); });
+  parser.GetCustomTypeOutOfSchema(parser.GetSchemaInfo()[0], L"T[]", type);
+  EXPECT_EQ(type.name, L"T");
+  tovin::WideString name(L"t:T[]");
+  EXPECT_TRUE(parser.IsCustomTypeInSchema(parser.GetSchemaInfo()[0], name));
+  EXPECT_EQ(name, L"t:T");
+}
+
+// Definitions without a target namespace leave a schema without one nowhere.
+TEST(TypeErrors, OfATypeWithoutNamespace) {
+  CWsdlParser parser;
+  wsdl::parse(parser, wsdl::definitions("<types><xs:schema>" + complexType("") + "</xs:schema></types>", ""));
+  CWsdlParser::CCustomType type;
+  const CWsdlParser::CSchema none = parser.GetSchemaInfo()[0];
+  expectMessage(L"Can't find target namespace for type T",
+                [&] { parser.GetCustomTypeOutOfSchema(none, L"T", type); });
+}
+
+TEST(TypeErrors, OfGroupsThatMultiplyWithoutEnd) {
+  std::string groups = complexType("<xs:group ref='t:g0'/>");
+  for (int i = 0; i < 64; ++i) {
+    const std::string reference = "<xs:group ref='t:g" + std::to_string(i + 1) + "'/>";
+    groups += "<xs:group name='g" + std::to_string(i) + "'>" + member(reference + reference) + "</xs:group>";
+  }
+  groups += "<xs:group name='g64'/>";
+  EXPECT_EQ(resolved(withPart("type='t:T'", schema(groups))), "Can't understand custom type: \"T\"");
+}
+
+// As long as its author likes, without taking stack.
+TEST(TypeErrors, AreNoneForALongInheritance) {
+  constexpr int count = 20'000;
+  std::string types = complexType("", "T" + std::to_string(count));
+  for (int i = 0; i < count; ++i) {
+    types += complexType(extension("t:T" + std::to_string(i + 1)), "T" + std::to_string(i));
+  }
+  EXPECT_EQ(resolved(withPart("type='t:T0'", schema(types))), "complex T0 : t:T1");
+}
+
+}  // namespace

@@ -1,0 +1,272 @@
+#include "tests/ztbaseclient/wsdl/Wsdl.h"
+#include "ztbaseclient/wsdl/NodeSearch.h"
+
+namespace {
+
+using wsdl::resolved;
+using wsdl::schema;
+using wsdl::withPart;
+
+struct Row {
+  const char* types;
+  const char* expected;
+};
+
+template <size_t count>
+void expectAll(const char* part, const Row (&rows)[count], bool backwardCompatible = false) {
+  for (const Row& row : rows) {
+    EXPECT_EQ(resolved(withPart(part, schema(row.types)), backwardCompatible), row.expected) << row.types;
+  }
+}
+
+#define MEMBERS(inside) "<xs:complexType name='T'>" inside "</xs:complexType>"
+#define A "<xs:element name='a' type='xs:int'/>"
+#define B "<xs:element name='b' type='t:B' minOccurs='0'/>"
+
+TEST(Types, MembersStandInDocumentOrder) {
+  const Row rows[] = {
+      {MEMBERS(""), "complex T"},
+      {MEMBERS("<xs:sequence>" A B "</xs:sequence>"), "complex T {a: xs:int, b: t:B optional}"},
+      {MEMBERS("<xs:all>" A B "<xs:any/></xs:all>"), "complex T {a: xs:int, b: t:B optional}"},
+      {MEMBERS("<xs:sequence>" A "<xs:choice>" A B "</xs:choice>" A "</xs:sequence>"),
+       "complex T {a: xs:int, a: xs:int optional, b: t:B optional, a: xs:int}"},
+      {MEMBERS("<xs:choice>" A "</xs:choice>"), "complex T {a: xs:int}"},
+      {MEMBERS("<xs:choice>" A "<xs:any/></xs:choice>"), "complex T {a: xs:int optional}"},
+      {MEMBERS("<xs:choice><xs:sequence>" A A "</xs:sequence>" A "</xs:choice>"),
+       "complex T {a: xs:int optional, a: xs:int optional, a: xs:int optional}"},
+      {MEMBERS("<xs:sequence maxOccurs='2'>" A B "</xs:sequence>"),
+       "complex T {a: xs:int[], b: t:B[] optional}"},
+      {MEMBERS("<xs:sequence minOccurs='0'>" A A "</xs:sequence>"),
+       "complex T {a: xs:int optional, a: xs:int optional}"},
+      {MEMBERS("<xs:sequence><xs:element name='a' type='xs:int' maxOccurs='unbounded'/>" A "</xs:sequence>"),
+       "complex T {a: xs:int[], a: xs:int}"},
+      {MEMBERS("<xs:sequence><xs:element name='a' type='xs:int' maxOccurs='01' minOccurs='00'/>" A
+               "</xs:sequence>"),
+       "complex T {a: xs:int optional, a: xs:int}"},
+      {MEMBERS("<xs:sequence><xs:element name='a' maxOccurs='99999999999999999999'/>" A "</xs:sequence>"),
+       "complex T {a:  of '', a: xs:int}"},
+      {MEMBERS("<xs:sequence><xs:element name='a'><xs:simpleType/></xs:element>" A "</xs:sequence>"),
+       "complex T {a: a of '', a: xs:int}"},
+      {MEMBERS("<xs:sequence><xs:element name='self' type='t:T' minOccurs='0'/></xs:sequence>"),
+       "complex T {self: t:T optional}"},
+      {"<xs:complexType name='t'/>" MEMBERS("<xs:all>" A "</xs:all>"), "complex T {a: xs:int}"},
+      {"<xs:complexType name='t'/>", "complex t"}};
+  expectAll("type='t:T'", rows);
+}
+
+TEST(Types, ReferencesAreFollowedInPlace) {
+  const Row rows[] = {
+      {MEMBERS("<xs:sequence><xs:element ref='t:g' minOccurs='0' maxOccurs='9'/>" A
+               "</xs:sequence>") "<xs:element name='g' type='xs:long' nillable='true'/>",
+       "complex T {g: xs:long[] optional, a: xs:int}"},
+      {MEMBERS("<xs:sequence>" A
+               "<xs:group ref='t:g' minOccurs='0' maxOccurs='2'/></xs:sequence>") "<xs:group "
+                                                                                  "name='g'><xs:sequence>" A
+                                                                                  "<xs:group "
+                                                                                  "ref='t:h'/></"
+                                                                                  "xs:sequence></xs:group>"
+                                                                                  "<xs:group "
+                                                                                  "name='h'><xs:choice>" A B
+                                                                                  "</xs:choice></xs:group>",
+       "complex T {a: xs:int, a: xs:int[] optional, a: xs:int[] optional, b: t:B[] optional}"},
+      {MEMBERS("<xs:group ref='t:g'/>") "<xs:group name='g'><xs:all>" A A "</xs:all></xs:group>",
+       "complex T {a: xs:int, a: xs:int}"},
+      {MEMBERS(
+           "<xs:sequence><xs:group ref='t:g'/><xs:group ref='t:g'/></xs:sequence>") "<xs:group "
+                                                                                    "name='g'><xs:sequence>" A
+                                                                                    "</xs:sequence></"
+                                                                                    "xs:group>",
+       "complex T {a: xs:int, a: xs:int}"}};
+  expectAll("type='t:T'", rows);
+}
+
+#define EXTENSION(base, inside) \
+  "<xs:complexContent><xs:extension base='" base "'>" inside "</xs:extension></xs:complexContent>"
+#define ARRAY(inside) \
+  "<xs:complexContent><xs:restriction base='enc:Array'>" inside "</xs:restriction></xs:complexContent>"
+#define ARRAY_TYPE(type) ARRAY("<xs:attribute ref='enc:arrayType' w:arrayType='" type "'/>")
+
+TEST(Types, ExtensionsBeginWithTheirBase) {
+  const Row rows[] = {
+      {MEMBERS(EXTENSION("t:U", "<xs:sequence>" B "</xs:sequence>")) "<xs:complexType name='U'>" EXTENSION(
+           "t:V",
+           "<xs:sequence>" A "</xs:sequence>") "</xs:complexType>"
+                                               "<xs:complexType name='V'><xs:sequence><xs:element name='v' "
+                                               "type='xs:int'/></xs:sequence></xs:complexType>",
+       "complex T : t:U {v: xs:int, a: xs:int, b: t:B optional}"},
+      {MEMBERS(EXTENSION("xs:anyType", "<xs:sequence>" A "</xs:sequence>")),
+       "complex T : xs:anyType {a: xs:int}"},
+      {MEMBERS(EXTENSION("t:U", "")) "<xs:complexType name='U'>" ARRAY_TYPE("xs:int[]") "</xs:complexType>",
+       "array T item item : t:U {item: xs:int}"},
+      {MEMBERS(EXTENSION("t:U", "<xs:sequence>" A "</xs:sequence>")) "<xs:complexType name='U'>" ARRAY_TYPE(
+           "xs:int[]") "</xs:complexType>",
+       "complex T : t:U {item: xs:int[], a: xs:int}"}};
+  expectAll("type='t:T'", rows);
+}
+
+const Row arrays[] = {
+    {MEMBERS(ARRAY_TYPE("xs:int[]")), "array T item item {item: xs:int}"},
+    {MEMBERS(ARRAY_TYPE("t:B[][2,3]")), "array T item item {item: t:B[]}"},
+    {MEMBERS(ARRAY(
+         "<xs:sequence><xs:element name='x' type='t:B' minOccurs='0' maxOccurs='unbounded'/></xs:sequence>"
+         "<xs:attribute ref='enc:arrayType' w:arrayType='t:C[]'/>")),
+     "array T item x {x: t:B}"},
+    {MEMBERS("<xs:complexContent><xs:restriction base='e:Array' "
+             "xmlns:e='http://www.w3.org/2003/05/soap-encoding'>"
+             "<xs:sequence>" A
+             "</xs:sequence><xs:attributeGroup ref='e:x'/></xs:restriction></xs:complexContent>"),
+     "array T item a {a: xs:int}"},
+    {MEMBERS("<xs:sequence><xs:element name='x' type='t:B' minOccurs='0' maxOccurs='5'/></xs:sequence>"),
+     "array T item x {x: t:B}"},
+    {MEMBERS("<xs:sequence><xs:element name='x' maxOccurs='5'/></xs:sequence>"),
+     "array T item x {x:  of ''}"}};
+
+TEST(Types, ArraysAreArraysInRpcStyle) { expectAll("type='t:T'", arrays); }
+
+// The same types, asked through an element: a member that repeats, unless an older answer is wanted.
+TEST(Types, ArraysAreStructuresInDocumentStyle) {
+  const char* expected[] = {"complex T {item: xs:int[]}",    "complex T {item: t:B[][]}",
+                            "complex T {x: t:B[]}",          "complex T {a: xs:int[]}",
+                            "complex T {x: t:B[] optional}", "complex T {x:  of ''}"};
+  for (size_t i = 0; i < std::size(arrays); ++i) {
+    const std::string types = schema(std::string(arrays[i].types) + "<xs:element name='e' type='t:T'/>");
+    EXPECT_EQ(resolved(withPart("element='t:e'", types)), expected[i]) << types;
+    EXPECT_EQ(resolved(withPart("element='t:e'", types), true), arrays[i].expected) << types;
+  }
+}
+
+TEST(Types, OfElementsAreNamedOrWrittenInside) {
+  const Row rows[] = {
+      {"<xs:element name='e' type='xs:BASE64Binary'/>",
+       "atomic base64binary of http://www.w3.org/2001/XMLSchema"},
+      {"<xs:element name='e'/>", "complex e"},
+      {"<xs:element name='e'><xs:complexType><xs:all>" A "</xs:all></xs:complexType></xs:element>",
+       "complex e {a: xs:int}"},
+      {"<xs:element name='e'><xs:simpleType><xs:restriction base='xs:int'/></xs:simpleType></xs:element>",
+       "simple e"},
+      {"<xs:element name='E' type='xs:int'/><xs:element name='e' type='xs:long'/>",
+       "atomic long of http://www.w3.org/2001/XMLSchema"}};
+  expectAll("element='t:e'", rows);
+}
+
+#define SIMPLE(inside) "<xs:simpleType name='T'>" inside "</xs:simpleType>"
+
+TEST(Types, SimpleOnesAreEnumerationsOrOneValue) {
+  const Row rows[] = {
+      {SIMPLE("<xs:annotation/><xs:restriction base='xs:string'><xs:enumeration value='x'/><xs:maxLength "
+              "value='1'/>"
+              "<xs:enumeration value=''/><xs:enumeration/></xs:restriction>"),
+       "enumeration T {x: xs:string, : xs:string, : xs:string}"},
+      {SIMPLE("<xs:restriction "
+              "base='xs:int'><xs:annotation/><xs:whiteSpace/><xs:fractionDigits/><xs:totalDigits/>"
+              "<xs:maxExclusive/><xs:minExclusive/><xs:maxInclusive/><xs:minInclusive/><xs:maxLength/"
+              "><xs:minLength/>"
+              "<xs:length/><xs:pattern/></xs:restriction>"),
+       "simple T"},
+      {SIMPLE(""), "simple T"},
+      {MEMBERS("<xs:simpleContent><xs:extension base='nobody:x'/></xs:simpleContent>"), "simple T"}};
+  expectAll("type='t:T'", rows);
+}
+
+TEST(Types, AtomicOnesBelongToTheirNamespaces) {
+  struct {
+    const char* part;
+    const char* expected;
+  } const rows[] = {{"type='xs:dateTime'", "atomic dateTime of http://www.w3.org/2001/XMLSchema"},
+                    {"type='enc:string'", "atomic string of http://schemas.xmlsoap.org/soap/encoding/"},
+                    {"type='p:int' xmlns:p='http://www.w3.org/1999/XMLSchema'",
+                     "atomic int of http://www.w3.org/1999/XMLSchema"},
+                    {"type='int' xmlns='http://www.w3.org/2001/XMLSchema'",
+                     "atomic int of http://www.w3.org/2001/XMLSchema"},
+                    {"type='XS:UNSIGNEDINT'", "atomic unsignedInt of http://www.w3.org/2001/XMLSchema"},
+                    {"type='xs:anyType'", "Can't understand custom type: \"xs:anyType\""},
+                    {"type='enc:Array'", "Can't understand custom type: \"enc:Array\""}};
+  for (const auto& row : rows) EXPECT_EQ(resolved(withPart(row.part, "")), row.expected) << row.part;
+}
+
+TEST(Types, WithoutPrefixAreLookedForNearTheName) {
+  const std::string plain = "<xs:schema><xs:complexType name='T'/></xs:schema>";
+  const std::string useU = "<xs:complexType name='T'>" EXTENSION("U", "") "</xs:complexType>";
+  const std::string bare = "type='T' xmlns=''";
+  EXPECT_EQ(resolved(withPart(bare, plain)), "complex T");
+  EXPECT_EQ(resolved(withPart(bare, schema(""))), "Can't find schema with targetNamespace=");
+  EXPECT_EQ(resolved(withPart(bare, "<xs:schema/>")),
+            "Cannot find a schema with targetNamespace= and customType=T");
+  // In its own schema, and before that in one without a namespace.
+  const std::string own = schema(useU + "<xs:complexType name='U'/>", "targetNamespace='urn:t' xmlns=''");
+  EXPECT_EQ(resolved(withPart("type='t:T'", own)), "complex T : U");
+  EXPECT_EQ(resolved(withPart("type='t:T'", own + "<xs:schema><xs:complexType name='U'><xs:all>" A
+                                                  "</xs:all></xs:complexType></xs:schema>")),
+            "complex T : U {a: xs:int}");
+}
+
+// A question about a member uses its node first; without one its name has to do.
+TEST(Types, OfMembersAreAskedOneByOne) {
+  CWsdlParser parser;
+  wsdl::parse(parser, withPart("element='t:e'", schema("<xs:element name='e'><xs:complexType><xs:sequence>"
+                                                       "<xs:element name='in'><xs:complexType/></xs:element>"
+                                                       "<xs:element name='many' type='t:M' maxOccurs='2'/>"
+                                                       "<xs:element name='n' type='xs:int'/></xs:sequence>"
+                                                       "</xs:complexType></xs:element>"
+                                                       "<xs:simpleType name='M'/>")));
+  CWsdlParser::CMsg message;
+  parser.GetMessageInfo(L"M", message);
+  CWsdlParser::CCustomType type, member;
+  ASSERT_TRUE(parser.GetCustomTypeInfoDoc(message.parts[0], type));
+  EXPECT_TRUE(parser.IsDOCStyle());
+  EXPECT_FALSE(parser.IsRPCStyle());
+  EXPECT_TRUE(parser.GetElementsCustomType(type.elements[0], member));
+  EXPECT_EQ(member.name, L"in");
+  EXPECT_TRUE(parser.GetElementsCustomType(type.elements[1], member));
+  EXPECT_EQ(member.name, L"M");
+  EXPECT_EQ(member.schema.node->getName(), std::wstring(L"xs:schema"));
+  EXPECT_FALSE(parser.GetElementsCustomType(type.elements[2], member));
+  EXPECT_EQ(member.kind, CWsdlParser::KindSimple);
+  EXPECT_EQ(parser.GetLastAtomicTypeQueried(), L"int");
+  EXPECT_TRUE(parser.IsOfAtomicType(type.elements[2], CWsdlParser::DOC));
+  EXPECT_FALSE(parser.IsOfAtomicType(type.elements[0], CWsdlParser::DOC));
+  EXPECT_TRUE(parser.IsArrayType(type.elements[1].node.get()));
+  EXPECT_EQ(type.elements[1].namespaces[0].name, L"t");
+  CWsdlParser::CElement foreign;
+  foreign.type = L"t:M[]";
+  EXPECT_TRUE(parser.GetElementsCustomType(foreign, member));
+}
+
+TEST(Types, ArraySuffixIsTakenOffOnce) {
+  const std::pair<const wchar_t*, const wchar_t*> rows[] = {
+      {L"item[][]", L"item[]"}, {L"a[]b", L"ab"}, {L"item", L"item"}, {L"[]", L""}, {L"[", L"["}};
+  for (const auto& [name, stripped] : rows) {
+    tovin::WideString text(name);
+    CWsdlParser::StripArrayFromTypeName(text);
+    EXPECT_EQ(text, stripped);
+  }
+}
+
+TEST(SchemaAnnotation, SaysScopeNeedAndForm) {
+  CWsdlParser parser;
+  wsdl::parse(parser,
+              wsdl::definitions("<types>" +
+                                schema("<xs:element name='a'><xs:complexType><xs:sequence>"
+                                       "<xs:element minOccurs='0' form='x'/></xs:sequence></xs:complexType>"
+                                       "</xs:element>",
+                                       "targetNamespace='urn:t' elementFormDefault='qualified'") +
+                                schema("<xs:element minOccurs='2'/>") + "</types><x:element/>"));
+  const tovin::Array<CWsdlParser::CSchema>& schemas = parser.GetSchemaInfo();
+  ASSERT_EQ(parser.GetSchemaInfo().getSize(), 2u);  // asked twice, read once
+  const auto facts = [](const tovin::iNode* element) {
+    std::wstring text(attributeText(element, L"scope").view());
+    text += L" " + std::wstring(attributeText(element, L"required").view());
+    return tovin::wideToUtf8(text + L" " + std::wstring(attributeText(element, L"form").view()));
+  };
+  const tovin::iNode* global = schemas[0].node->getChildAt(0);
+  EXPECT_EQ(facts(global), "global true qualified");
+  EXPECT_EQ(facts(global->getChildAt(0)->getChildAt(0)->getChildAt(0)), " false x");
+  EXPECT_EQ(facts(schemas[1].node->getChildAt(0)), "global true unqualified");
+  EXPECT_FALSE(schemas[0].node->findParent()->findParent()->getChildAt(1)->hasProperties());
+  EXPECT_TRUE(schemas[0].getIsElementFormQualified());
+  CWsdlParser without;
+  wsdl::parse(without, wsdl::definitions(""));
+  EXPECT_TRUE(without.GetSchemaInfo().isEmpty());
+}
+
+}  // namespace

@@ -1,0 +1,3 @@
+#include "ztbaseclient/wsdl/CBinding.h"
+
+tovin::LeakDetector CWsdlParser::CBinding::m_leakDetector(CBinding::ClassName);

@@ -1,0 +1,3 @@
+#include "ztbaseclient/wsdl/CCustomType.h"
+
+tovin::LeakDetector CWsdlParser::CCustomType::m_leakDetector(CCustomType::ClassName);

@@ -1,0 +1,3 @@
+#include "ztbaseclient/wsdl/CMsg.h"
+
+tovin::LeakDetector CWsdlParser::CMsg::m_leakDetector(CMsg::ClassName);

@@ -1,0 +1,3 @@
+#include "ztbaseclient/wsdl/COperation.h"
+
+tovin::LeakDetector CWsdlParser::COperation::m_leakDetector(COperation::ClassName);

@@ -1,0 +1,3 @@
+#include "ztbaseclient/wsdl/CPart.h"
+
+tovin::LeakDetector CWsdlParser::CPart::m_leakDetector(CPart::ClassName);

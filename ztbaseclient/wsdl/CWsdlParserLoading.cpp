@@ -1,0 +1,154 @@
+// External schemas: the files that a document's schemas import or include.
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "tovinCore/Guard.h"
+#include "tovinCore/Utf8.h"
+#include "ztbaseclient/wsdl/CSchema.h"
+#include "ztbaseclient/wsdl/WsdlParserState.h"
+#include "ztcore/ztFile.h"
+#include "ztcore/ztFileName.h"
+
+using tovin::guarded;
+using tovin::iNode;
+
+namespace {
+
+constexpr wchar_t nullPointer[] = L"Cannot dereference a NULL pointer";
+
+bool nameContains(const iNode& node, std::wstring_view word) {
+  return node.getName() && std::wstring_view(node.getName()).find(word) != std::wstring_view::npos;
+}
+
+// A file name is real text, where the document keeps one character a byte.
+tovin::WideString locationOf(const iNode& reference) {
+  tovin::WideString location = attributeText(&reference, L"schemalocation");
+  if (location.isNull()) location = attributeText(&reference, L"location");
+  std::string bytes;
+  for (const wchar_t c : location.view()) bytes += static_cast<char>(c);
+  bool cutShort = false;
+  if (!location.isNull() && tovin::isValidUtf8(bytes, cutShort)) location = tovin::utf8ToWide(bytes);
+  return location;
+}
+
+tovin::Ptr<iNode> readSchemaFile(const tovin::WideString& name) {
+  // A device or a pipe would be read without end.
+  if (!ztFile::IsRegular(name)) throw tovin::Exception(L"Unable to open file");
+  CWsdlParser::XMLParser parser;
+  tovin::Ptr<iNode> root(parser.parse(name));
+  if (!root) throw tovin::Exception(nullPointer);
+  return root;
+}
+
+// The file beside the document that has its name and the extension xsd.
+tovin::WideString siblingSchemaOf(const wchar_t* wsdlFileName) {
+  tovin::WideString file(wsdlFileName);
+  tovin::WideString extension;
+  ztFileName(wsdlFileName).GetExtension(extension);
+  file = file.subString(0, file.getLength() - extension.getLength());
+  if (!file.view().ends_with(L'.')) file += L".";
+  file += L"xsd";
+  return file;
+}
+
+}  // namespace
+
+// Follows the references of one schema, and of the files that it reaches. A list of visits instead of
+// recursion: a chain of files is as long as its author likes.
+class CWsdlParser::SchemaLoader {
+ public:
+  SchemaLoader(CWsdlParser& parser, const wchar_t* wsdlFileName, iNode* typesNode)
+      : parser_(parser), state_(*parser.state_), wsdlFileName_(wsdlFileName), typesNode_(typesNode) {}
+
+  void load(iNode* schemaNode) {
+    visits_.push_back({tovin::Ptr<iNode>(schemaNode), 0, std::nullopt, false});
+    while (!visits_.empty()) {
+      Visit& visit = visits_.back();
+      if (visit.nextChild < visit.schema->getNumberOfChildren()) {
+        follow(*visit.schema->getChildAt(visit.nextChild++));
+      } else {
+        if (visit.record) finish(visit);
+        visits_.pop_back();
+      }
+    }
+  }
+
+ private:
+  // A schema whose references are being followed: the document's own, or a file with the record that it will
+  // have.
+  struct Visit {
+    tovin::Ptr<iNode> schema;
+    unsigned nextChild;
+    std::optional<ExternalSchemaRecord> record;
+    bool included;
+  };
+
+  void follow(const iNode& child) {
+    const bool included = nameContains(child, L"include");
+    if (!included && !nameContains(child, L"import")) return;
+    const tovin::WideString location = locationOf(child);
+    if (location.isNull()) return;
+    const tovin::WideString file = parser_.buildExternalSchemaFilename(wsdlFileName_, location);
+    ExternalSchemaRecord record;
+    record.fileName = ztFileName(file).GetCanonicalName();
+    // Held before its own references are followed, so that files which import each other come to an end.
+    if (!known_.insert(folded(record.fileName.view())).second) return;
+    if (state_.heldFiles.count(folded(record.fileName.view()))) return;
+    record.schemaNamespace.setUrl(attributeText(&child, L"namespace"));
+    record.root = readSchemaFile(record.fileName);
+    if (included) state_.schemas.setIncluder(record.root.get(), visits_.back().schema.get());
+    visits_.push_back({record.root, 0, record, included});
+  }
+
+  void finish(Visit& visit) {
+    ExternalSchemaRecord& record = *visit.record;
+    typesNode_->appendChild(record.root.get());
+    const tovin::WideString target = attributeText(record.root.get(), L"targetNamespace");
+    if (visit.included)
+      record.schemaNamespace.setUrl(nullptr);
+    else if (!target.isNull())
+      record.schemaNamespace.setUrl(target);
+    record.loaded = true;
+    state_.heldFiles.insert(folded(record.fileName.view()));
+    state_.schemas.addFileRoot(record.root.get());
+    state_.externalSchemas.add(record);
+  }
+
+  CWsdlParser& parser_;
+  State& state_;
+  const wchar_t* wsdlFileName_;
+  iNode* typesNode_;
+  std::vector<Visit> visits_;
+  std::unordered_set<std::wstring> known_;
+};
+
+void CWsdlParser::loadExternalSchemata(const wchar_t* wsdlFileName, iNode* typesNode, iNode* schemaNode) {
+  guarded({ClassName, "loadExternalSchemata()"}, [&] {
+    if (!typesNode || !schemaNode) throw tovin::Exception(nullPointer);
+    SchemaLoader(*this, wsdlFileName, typesNode).load(schemaNode);
+  });
+}
+
+tovin::WideString CWsdlParser::buildExternalSchemaFilename(const wchar_t* wsdlFileName,
+                                                           const wchar_t* location) {
+  return guarded({ClassName, "buildExternalSchemaFilename()"}, [&] {
+    const ztFileName place(location);
+    tovin::WideString leaf;
+    place.GetLeaf(leaf);
+    if (leaf.isEmpty()) return siblingSchemaOf(wsdlFileName);
+    if (place.IsAbsolute()) return tovin::WideString(location);
+    tovin::WideString file;
+    ztFileName::ExtractPathname(wsdlFileName, file);
+    file += L"/";
+    file += location;
+    return file;
+  });
+}
+
+bool CWsdlParser::importExternalSchemaElements(const CSchema& schema) {
+  return guarded({ClassName, "importExternalSchemaElements()"}, [&] {
+    if (!schema.node) throw tovin::Exception(nullPointer);
+    return schema.node->hasChildren();
+  });
+}

@@ -1,0 +1,114 @@
+#include "ztbaseclient/wsdl/NodeSearch.h"
+
+#include "tovin/values/StringValue.h"
+#include "tovinCore/Units.h"
+
+using tovin::iNode;
+
+namespace {
+
+std::wstring_view viewOf(const wchar_t* text) { return text ? std::wstring_view(text) : std::wstring_view(); }
+
+bool holdsToken(const wchar_t* name) {
+  return viewOf(name).find(NodeSearch::Token) != std::wstring_view::npos;
+}
+
+}  // namespace
+
+NameParts::NameParts(std::wstring_view name) {
+  const size_t colon = name.find(L':');
+  hasPrefix = colon != std::wstring_view::npos;
+  prefix = hasPrefix ? name.substr(0, colon) : std::wstring_view();
+  local = hasPrefix ? name.substr(colon + 1) : name;
+}
+
+bool NodeSearch::isSoapPrefix(std::wstring_view prefix) const {
+  for (const tovin::WideString& known : soapPrefixes_) {
+    if (tovin::equalFolded(known.view(), prefix)) return true;
+  }
+  return false;
+}
+
+bool NodeSearch::Equals_NS(const wchar_t* documentName, const wchar_t* name, NameMode mode) const {
+  const NameParts a(viewOf(documentName));
+  const NameParts b(viewOf(name));
+  if (mode == NameMode::plain) return tovin::equalFolded(a.local, b.local);
+  if (!holdsToken(documentName) && !holdsToken(name)) {
+    throw tovin::Exception(L"Invalid namespace comparison between '%ls' == '%ls'", documentName, name);
+  }
+  return tovin::equalFolded(a.local, b.local) && isSoapPrefix(holdsToken(name) ? a.prefix : b.prefix);
+}
+
+iNode* NodeSearch::findNode(iNode* node, const wchar_t* name, NameMode mode) const {
+  for (unsigned i = node->getNumberOfChildren(); i > 0; --i) {
+    iNode* child = node->getChildAt(i - 1);
+    if (Equals_NS(child->getName(), name, mode)) return child;
+  }
+  return nullptr;
+}
+
+void NodeSearch::findNodes(iNode* node, const wchar_t* name, tovin::NodeReferenceSet& found,
+                           NameMode mode) const {
+  forChildren(node, [&](iNode* child) {
+    if (Equals_NS(child->getName(), name, mode)) found.add(child);
+  });
+}
+
+const tovin::iProperty* findAttr(const iNode* node, const wchar_t* name) {
+  const tovin::iProperty* found = nullptr;
+  forAttributes(node, [&](const tovin::iProperty& property) {
+    if (!found && tovin::equalFolded(NameParts(viewOf(property.getName())).local, NameParts(name).local)) {
+      found = &property;
+    }
+  });
+  return found;
+}
+
+tovin::WideString findAttrVal(const iNode* node, const wchar_t* name) {
+  const tovin::iProperty* property = findAttr(node, name);
+  tovin::WideString text = property ? property->getValue().getText() : tovin::WideString();
+  return text.isNull() ? tovin::WideString(L"") : text;
+}
+
+tovin::WideString attributeText(const iNode* node, const wchar_t* name) {
+  const tovin::iProperty* property =
+      node->hasProperties()
+          ? static_cast<const tovin::iPropertyCollection*>(node->getProperties())->find(name)
+          : nullptr;
+  return property ? property->getValue().getText() : tovin::WideString();
+}
+
+void putText(iNode* node, const wchar_t* name, const wchar_t* text) {
+  tovin::iPropertyCollection* properties = node->getProperties();
+  if (tovin::iProperty* property = properties->find(name))
+    property->setValue(text);
+  else
+    properties->define(name, text, 0);
+}
+
+std::wstring folded(std::wstring_view text) {
+  std::wstring result(text);
+  for (wchar_t& c : result) c = tovin::foldAscii(c);
+  return result;
+}
+
+bool isNamed(const iNode* node, std::wstring_view localName) {
+  return tovin::equalFolded(NameParts(viewOf(node->getName())).local, localName);
+}
+
+NamedChildren::NamedChildren(iNode* node) {
+  forChildren(node, [&](iNode* child) {
+    const tovin::iProperty* name = findAttr(child, L"name");
+    if (name) nodes_.try_emplace(key(viewOf(child->getName()), name->getValue().getText().view()), child);
+  });
+}
+
+// A blank is in no element name.
+std::wstring NamedChildren::key(std::wstring_view element, std::wstring_view name) {
+  return folded(NameParts(element).local) + L' ' + folded(NameParts(name).local);
+}
+
+iNode* NamedChildren::findNodeByAttr(std::wstring_view element, std::wstring_view name) const {
+  const auto found = nodes_.find(key(element, name));
+  return found == nodes_.end() ? nullptr : found->second;
+}
