@@ -44,7 +44,7 @@ bool DownwardWalk::run(Visit visit) {
       Frame& frame = frames_.back();
       if (frame.next == frame.children.size() || (frame.choicesOnly && isExhausted(frame))) {
         close();
-      } else if (!meet(frame, visit)) {
+      } else if (frame.oneChoiceOnly ? !meetChosen(frame, visit) : !meet(frame, visit)) {
         return false;
       }
     }
@@ -78,8 +78,22 @@ bool DownwardWalk::meet(Frame& frame, Visit visit) {
   const States firing =
       (frame.own & stage_.children) | (frame.reach & stage_.descendants) | (own & stage_.selves);
   if (firing) own = statesAt(child, own, firing);
-  if ((own & final_) && !emit(child, frame, own, visit)) return false;
-  if (!below.empty()) open(child, frame, own, below);
+  return enter(child, frame, own, below, visit);
+}
+
+// Where nothing but one step's choice is of interest, the other children are not met.
+bool DownwardWalk::meetChosen(Frame& frame, Visit visit) {
+  evaluator_.allowance().spend();
+  Choice& choice = choices_.back();
+  const Item child = chosen_[choice.next++];
+  States own = bit(choice.step + 1);
+  own = statesAt(child, own, own & stage_.selves);
+  return enter(child, frame, own, frame.goesDeeper ? child.element->getChildren() : Children(), visit);
+}
+
+bool DownwardWalk::enter(const Item& child, const Frame& above, States own, Children below, Visit visit) {
+  if ((own & final_) && !emit(child, above, own, visit)) return false;
+  if (!below.empty()) open(child, above, own, below);
   return true;
 }
 
@@ -141,6 +155,7 @@ void DownwardWalk::open(const Item& item, const Frame& above, States own, Childr
   frame.chosen = chosen_.size();
   frame.below = below_.size();
   if (choosing) choose(item, frame);
+  frame.oneChoiceOnly = frame.choicesOnly && choices_.size() - frame.choices == 1;
   frames_.push_back(frame);
 }
 
