@@ -58,6 +58,7 @@ class DownwardWalk {
   void choose(const Item& item, Frame& frame);
   bool isExhausted(const Frame& frame) const;
   void lookAhead(Frame& frame);
+  void fetchAttributes(const Frame& frame, const iNode& child);
   void close();
 
   Evaluator& evaluator_;
@@ -65,6 +66,7 @@ class DownwardWalk {
   const std::vector<Item>& contexts_;
   const bool meetsContexts_;
   const States final_;
+  const States inspecting_;
   size_t nextContext_ = 0;
   bool foundNested_ = false;
   std::vector<Frame> frames_;

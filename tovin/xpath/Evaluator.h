@@ -64,8 +64,14 @@ class Evaluator {
   bool visitProperties(uint32_t step, const Item& from, VisitProperty visit);
   /// Whether the element or root passes a step's test and its predicates, which do not count.
   bool accepts(uint32_t step, const Item& item) {
-    const Step& taken = expression_.steps[step];
-    return matches(step, taken, item) && passes(taken.predicates, item);
+    return matches(step, item) && passes(expression_.steps[step].predicates, item);
+  }
+  /// Its test alone.
+  bool matches(uint32_t index, const Item& item) {
+    const Step& step = expression_.steps[index];
+    if (step.test.kind == NodeTest::Kind::node) return true;
+    if (step.test.kind == NodeTest::Kind::nothing || !item.isElement()) return false;
+    return names_[index].matches(step.test, item.element->getName());
   }
   const Tree& tree() const noexcept { return tree_; }
   Allowance& allowance() noexcept { return axes_.allowance(); }
@@ -93,11 +99,6 @@ class Evaluator {
   bool visitTested(uint32_t step, const Item& from, Visit visit);
   bool visitAttributes(uint32_t step, const Item& from, Visit visit);
   const iNode* chooseChild(uint32_t step, const Item& from, const Predicate& predicate);
-  bool matches(uint32_t index, const Step& step, const Item& item) {
-    if (step.test.kind == NodeTest::Kind::node) return true;
-    if (step.test.kind == NodeTest::Kind::nothing || !item.isElement()) return false;
-    return names_[index].matches(step.test, item.element->getName());
-  }
   bool passes(Range predicates, const Item& item);
   bool holds(uint32_t predicate, const Item& item);
   bool remember(uint32_t predicate, const Item& item);

@@ -201,8 +201,7 @@ bool Evaluator::visitStep(uint32_t index, const Item& from, Visit visit) {
 bool Evaluator::visitTested(uint32_t index, const Item& from, Visit visit) {
   const Step& step = expression_.steps[index];
   if (step.axis == Axis::attribute) return visitAttributes(index, from, visit);
-  return axes_.visit(step.axis, from,
-                     [&](const Item& item) { return !matches(index, step, item) || visit(item); });
+  return axes_.visit(step.axis, from, [&](const Item& item) { return !matches(index, item) || visit(item); });
 }
 
 bool Evaluator::visitAttributes(uint32_t step, const Item& from, Visit visit) {
@@ -283,8 +282,7 @@ const iNode* Evaluator::chooseChild(uint32_t step, const Item& from, const Predi
   for (size_t i = 0; i < children.size(); ++i) {
     const iNode* child = children[last ? children.size() - 1 - i : i];
     allowance().spend();
-    if (matches(step, expression_.steps[step], {child}) && ++position >= wanted)
-      return position == wanted ? child : nullptr;
+    if (matches(step, {child}) && ++position >= wanted) return position == wanted ? child : nullptr;
   }
   return nullptr;
 }
