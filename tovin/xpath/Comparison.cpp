@@ -54,6 +54,12 @@ bool equalTexts(std::wstring_view left, std::wstring_view right) {
 template <class Meets>
 bool anyText(Evaluator& evaluator, TermId nodes, const Context& context, Meets&& meets) {
   std::wstring room;
+  const uint32_t attributes = evaluator.plainAttributeStep(nodes);
+  if (attributes != Evaluator::noStep) {
+    return !evaluator.visitProperties(attributes, context.item, [&](const iProperty& property, uint32_t) {
+      return !meets(Evaluator::viewText(property, room));
+    });
+  }
   return !evaluator.visitSomehow(nodes, context,
                                  [&](const Item& item) { return !meets(evaluator.viewText(item, room)); });
 }

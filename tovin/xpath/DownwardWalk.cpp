@@ -8,6 +8,8 @@
 namespace tovin::xpath {
 namespace {
 
+constexpr uint64_t bit(uint32_t index) { return uint64_t{1} << index; }
+
 constexpr size_t pieceOfChildren = 8;
 constexpr size_t cacheLine = 64;
 constexpr size_t nearestChildren = 4;
@@ -21,12 +23,19 @@ void fetch(Children nodes) {
   }
 }
 
+// The steps that look at more of an element than its name.
+uint64_t inspectingSteps(const Expression& expression, const Stage& stage) {
+  uint64_t steps = stage.attributes >> 1;
+  for (uint32_t i = 0; i < stage.steps.count; ++i) {
+    if (expression.steps[stage.steps.first + i].predicates.count > 0) steps |= bit(i);
+  }
+  return steps & (stage.children | stage.descendants);
+}
+
 Children upTo(Children nodes, size_t first, size_t count) {
   if (first >= nodes.size()) return {};
   return nodes.subspan(first, std::min(count, nodes.size() - first));
 }
-
-constexpr uint64_t bit(uint32_t index) { return uint64_t{1} << index; }
 
 }  // namespace
 
@@ -35,7 +44,8 @@ DownwardWalk::DownwardWalk(Evaluator& evaluator, const Stage& stage, const NodeS
       stage_(stage),
       contexts_(contexts.items),
       meetsContexts_(contexts.nested && contexts.items.size() > 1),
-      final_(stage.attributes ? stage.attributes : bit(stage.steps.count)) {}
+      final_(stage.attributes ? stage.attributes : bit(stage.steps.count)),
+      inspecting_(inspectingSteps(evaluator.expression(), stage)) {}
 
 bool DownwardWalk::run(Visit visit) {
   while (nextContext_ < contexts_.size()) {
@@ -44,7 +54,7 @@ bool DownwardWalk::run(Visit visit) {
       Frame& frame = frames_.back();
       if (frame.next == frame.children.size() || (frame.choicesOnly && isExhausted(frame))) {
         close();
-      } else if (!meet(frame, visit)) {
+      } else if (frame.oneChoiceOnly ? !meetChosen(frame, visit) : !meet(frame, visit)) {
         return false;
       }
     }
@@ -78,8 +88,22 @@ bool DownwardWalk::meet(Frame& frame, Visit visit) {
   const States firing =
       (frame.own & stage_.children) | (frame.reach & stage_.descendants) | (own & stage_.selves);
   if (firing) own = statesAt(child, own, firing);
-  if ((own & final_) && !emit(child, frame, own, visit)) return false;
-  if (!below.empty()) open(child, frame, own, below);
+  return enter(child, frame, own, below, visit);
+}
+
+// Where nothing but one step's choice is of interest, the other children are not met.
+bool DownwardWalk::meetChosen(Frame& frame, Visit visit) {
+  evaluator_.allowance().spend();
+  Choice& choice = choices_.back();
+  const Item child = chosen_[choice.next++];
+  States own = bit(choice.step + 1);
+  own = statesAt(child, own, own & stage_.selves);
+  return enter(child, frame, own, frame.goesDeeper ? child.element->getChildren() : Children(), visit);
+}
+
+bool DownwardWalk::enter(const Item& child, const Frame& above, States own, Children below, Visit visit) {
+  if ((own & final_) && !emit(child, above, own, visit)) return false;
+  if (!below.empty()) open(child, above, own, below);
   return true;
 }
 
@@ -88,10 +112,22 @@ void DownwardWalk::lookAhead(Frame& frame) {
   const Children piece = upTo(frame.children, frame.next, pieceOfChildren);
   if (frame.next == 0) fetch(piece);
   fetch(upTo(frame.children, frame.next + pieceOfChildren, pieceOfChildren));
+  for (const iNode* child : piece) fetchAttributes(frame, *child);
   if (!frame.goesDeeper) return;
   below_.resize(frame.below);
   for (const iNode* child : piece) below_.push_back(child->getChildren());
   for (size_t i = frame.below; i < below_.size(); ++i) __builtin_prefetch(below_[i].data());
+}
+
+// Where the attributes of a child will be asked for, their memory is touched beforehand.
+void DownwardWalk::fetchAttributes(const Frame& frame, const iNode& child) {
+  for (States steps = (frame.own | frame.reach) & inspecting_; steps; steps &= steps - 1) {
+    const auto step = static_cast<uint32_t>(std::countr_zero(steps));
+    if (!evaluator_.matches(stage_.steps.first + step, {&child})) continue;
+    if (!child.hasProperties()) return;
+    const iPropertyCollection* properties = child.getProperties();
+    return __builtin_prefetch(properties->get(0u));
+  }
 }
 
 // Adds the states that the firing steps lead to here; a step to itself may fire the next one.
@@ -141,6 +177,7 @@ void DownwardWalk::open(const Item& item, const Frame& above, States own, Childr
   frame.chosen = chosen_.size();
   frame.below = below_.size();
   if (choosing) choose(item, frame);
+  frame.oneChoiceOnly = frame.choicesOnly && choices_.size() - frame.choices == 1;
   frames_.push_back(frame);
 }
 

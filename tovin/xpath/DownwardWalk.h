@@ -36,6 +36,7 @@ class DownwardWalk {
     size_t below = 0;
     bool insideFound = false;
     bool choicesOnly = false;
+    bool oneChoiceOnly = false;
     bool goesDeeper = false;
   };
   // What one counting step chose among the children of a frame: a part of chosen_.
@@ -47,6 +48,8 @@ class DownwardWalk {
 
   bool begin(const Item& context, Visit visit);
   bool meet(Frame& frame, Visit visit);
+  bool meetChosen(Frame& frame, Visit visit);
+  bool enter(const Item& child, const Frame& above, States own, Children below, Visit visit);
   States statesAt(const Item& item, States own, States firing);
   States takeChosen(const Frame& frame, const iNode& child);
   bool emit(const Item& item, const Frame& above, States own, Visit visit);
@@ -55,6 +58,7 @@ class DownwardWalk {
   void choose(const Item& item, Frame& frame);
   bool isExhausted(const Frame& frame) const;
   void lookAhead(Frame& frame);
+  void fetchAttributes(const Frame& frame, const iNode& child);
   void close();
 
   Evaluator& evaluator_;
@@ -62,6 +66,7 @@ class DownwardWalk {
   const std::vector<Item>& contexts_;
   const bool meetsContexts_;
   const States final_;
+  const States inspecting_;
   size_t nextContext_ = 0;
   bool foundNested_ = false;
   std::vector<Frame> frames_;

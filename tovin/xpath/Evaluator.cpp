@@ -185,8 +185,12 @@ std::wstring Evaluator::textOf(const Item& item) {
   return text;
 }
 
+std::wstring_view Evaluator::viewText(const iProperty& property, std::wstring& room) {
+  return textOfValue(property.getValue(), room);
+}
+
 std::wstring_view Evaluator::viewText(const Item& item, std::wstring& room) {
-  if (item.isAttribute()) return textOfValue(propertyOf(item).getValue(), room);
+  if (item.isAttribute()) return viewText(propertyOf(item), room);
   if (item.isElement() && item.element->getChildren().empty()) {
     if (!item.element->hasProperties()) return {};
     return textOfValue(item.element->getValue(), room);

@@ -52,13 +52,26 @@ class Evaluator {
   std::wstring textOf(const Item& item);
   /// The same without a copy where it stands in one piece; the room is used where it does not.
   std::wstring_view viewText(const Item& item, std::wstring& room);
+  static std::wstring_view viewText(const iProperty& property, std::wstring& room);
 
   /// What one step selects from one item, in the order of its axis.
   bool visitStep(uint32_t step, const Item& from, Visit visit);
+  /// The step of a term that asks the context for attributes by a test alone; noStep for any other.
+  uint32_t plainAttributeStep(TermId id) const;
+  static constexpr uint32_t noStep = UINT32_MAX;
+  using VisitProperty = FunctionRef<bool(const iProperty& property, uint32_t index)>;
+  /// The properties that an attribute step takes, whatever its predicates.
+  bool visitProperties(uint32_t step, const Item& from, VisitProperty visit);
   /// Whether the element or root passes a step's test and its predicates, which do not count.
   bool accepts(uint32_t step, const Item& item) {
-    const Step& taken = expression_.steps[step];
-    return matches(step, taken, item) && passes(taken.predicates, item);
+    return matches(step, item) && passes(expression_.steps[step].predicates, item);
+  }
+  /// Its test alone.
+  bool matches(uint32_t index, const Item& item) {
+    const Step& step = expression_.steps[index];
+    if (step.test.kind == NodeTest::Kind::node) return true;
+    if (step.test.kind == NodeTest::Kind::nothing || !item.isElement()) return false;
+    return names_[index].matches(step.test, item.element->getName());
   }
   const Tree& tree() const noexcept { return tree_; }
   Allowance& allowance() noexcept { return axes_.allowance(); }
@@ -85,16 +98,11 @@ class Evaluator {
 
   bool visitTested(uint32_t step, const Item& from, Visit visit);
   bool visitAttributes(uint32_t step, const Item& from, Visit visit);
-  bool matches(uint32_t index, const Step& step, const Item& item) {
-    if (step.test.kind == NodeTest::Kind::node) return true;
-    if (step.test.kind == NodeTest::Kind::nothing || !item.isElement()) return false;
-    return names_[index].matches(step.test, item.element->getName());
-  }
+  const iNode* chooseChild(uint32_t step, const Item& from, const Predicate& predicate);
   bool passes(Range predicates, const Item& item);
   bool holds(uint32_t predicate, const Item& item);
   bool remember(uint32_t predicate, const Item& item);
   std::vector<Item> candidates(uint32_t step, const Item& from, const Predicate& first);
-  std::vector<Item> lastChild(uint32_t step, const Item& from);
   void filter(Range predicates, std::vector<Item>& items);
   void filterByPosition(const Predicate& predicate, std::vector<Item>& items);
 

@@ -24,6 +24,10 @@ bool isReverse(Axis axis) {
   }
 }
 
+bool choosesOne(const Predicate& predicate) {
+  return predicate.kind == Predicate::Kind::index || predicate.kind == Predicate::Kind::last;
+}
+
 auto into(std::vector<Item>& items) {
   return [&items](const Item& item) {
     items.push_back(item);
@@ -175,39 +179,62 @@ void Evaluator::collectAncestors(uint32_t step, const NodeSet& from, std::vector
 
 bool Evaluator::visitStep(uint32_t index, const Item& from, Visit visit) {
   const Step& step = expression_.steps[index];
+  if (step.predicates.count == 0) return visitTested(index, from, visit);
   if (!step.positional) {
-    if (step.predicates.count == 0) return visitTested(index, from, visit);
     return visitTested(index, from,
                        [&](const Item& item) { return !passes(step.predicates, item) || visit(item); });
   }
-  std::vector<Item> chosen = candidates(index, from, expression_.predicates[step.predicates.first]);
-  filter(step.predicates, chosen);
+  const Predicate& first = expression_.predicates[step.predicates.first];
+  std::vector<Item> chosen;
+  if (step.axis != Axis::child || !choosesOne(first)) {
+    chosen = candidates(index, from, first);
+    filter(step.predicates, chosen);
+    return visitAll(chosen, visit);
+  }
+  const iNode* child = chooseChild(index, from, first);
+  if (!child || step.predicates.count == 1) return !child || visit({child});
+  chosen.push_back({child});
+  filter({step.predicates.first + 1, step.predicates.count - 1}, chosen);
   return visitAll(chosen, visit);
 }
 
 bool Evaluator::visitTested(uint32_t index, const Item& from, Visit visit) {
   const Step& step = expression_.steps[index];
   if (step.axis == Axis::attribute) return visitAttributes(index, from, visit);
-  return axes_.visit(step.axis, from,
-                     [&](const Item& item) { return !matches(index, step, item) || visit(item); });
+  return axes_.visit(step.axis, from, [&](const Item& item) { return !matches(index, item) || visit(item); });
+}
+
+bool Evaluator::visitAttributes(uint32_t step, const Item& from, Visit visit) {
+  return visitProperties(step, from, [&](const iProperty&, uint32_t index) {
+    return visit({from.element, index});
+  });
 }
 
 // The value of a node is no attribute of it, but can be asked for by its name, as every property can.
-bool Evaluator::visitAttributes(uint32_t index, const Item& from, Visit visit) {
+bool Evaluator::visitProperties(uint32_t index, const Item& from, VisitProperty visit) {
   const Step& step = expression_.steps[index];
   if (!from.isElement() || step.test.kind == NodeTest::Kind::nothing || !from.element->hasProperties())
     return true;
-  const iNode* element = from.element;
-  const iPropertyCollection* properties = element->getProperties();
+  const iPropertyCollection* properties = from.element->getProperties();
   const bool byName = step.test.kind == NodeTest::Kind::name;
   for (uint32_t i = 0, size = properties->getSize(); i < size; ++i) {
     const iProperty* property = properties->get(i);
     allowance().spend();
     if (!names_[index].matches(step.test, property->getName())) continue;
     if (!byName && property->getInfo()->getMetaDataFlags().has(MetaDataFlags::nodeValue)) continue;
-    if (!visit({element, i})) return false;
+    if (!visit(*property, i)) return false;
   }
   return true;
+}
+
+uint32_t Evaluator::plainAttributeStep(TermId id) const {
+  const Term& term = expression_.terms[id];
+  if (term.kind != TermKind::path) return noStep;
+  const Path& path = expression_.paths[term.index];
+  if (path.start != Path::Start::context || path.stages.count != 1) return noStep;
+  const Stage& stage = expression_.stages[path.stages.first];
+  if (!stage.attributes || stage.steps.count != 1) return noStep;
+  return expression_.steps[stage.steps.first].predicates.count == 0 ? stage.steps.first : noStep;
 }
 
 bool Evaluator::passes(Range predicates, const Item& item) {
@@ -235,9 +262,6 @@ bool Evaluator::remember(uint32_t index, const Item& item) {
 
 // All that the step's test takes, or only as many as its first predicate can choose from.
 std::vector<Item> Evaluator::candidates(uint32_t step, const Item& from, const Predicate& first) {
-  if (first.kind == Predicate::Kind::last && expression_.steps[step].axis == Axis::child) {
-    return lastChild(step, from);
-  }
   std::vector<Item> items;
   const double wanted =
       first.kind == Predicate::Kind::index ? first.index : std::numeric_limits<double>::infinity();
@@ -248,14 +272,19 @@ std::vector<Item> Evaluator::candidates(uint32_t step, const Item& from, const P
   return items;
 }
 
-std::vector<Item> Evaluator::lastChild(uint32_t step, const Item& from) {
-  if (from.isAttribute()) return {};
+// The child that [k] or [last()] means, without looking any further; null if there is none.
+const iNode* Evaluator::chooseChild(uint32_t step, const Item& from, const Predicate& predicate) {
+  if (from.isAttribute()) return nullptr;
   const Children children = tree_.childrenOf(from.element);
-  for (size_t i = children.size(); i-- > 0;) {
+  const bool last = predicate.kind == Predicate::Kind::last;
+  const double wanted = last ? 1 : predicate.index;
+  double position = 0;
+  for (size_t i = 0; i < children.size(); ++i) {
+    const iNode* child = children[last ? children.size() - 1 - i : i];
     allowance().spend();
-    if (matches(step, expression_.steps[step], {children[i]})) return {{children[i]}};
+    if (matches(step, {child}) && ++position >= wanted) return position == wanted ? child : nullptr;
   }
-  return {};
+  return nullptr;
 }
 
 void Evaluator::filter(Range predicates, std::vector<Item>& items) {

@@ -51,8 +51,7 @@ void cppNodeQName::setLocalName(const wchar_t* name) {
 
 void cppNodeQName::setUriName(const wchar_t* prefix) { replace(prefix_, prefix); }
 
-const wchar_t* cppNodeQName::getQName() const {
-  if (qualifiedName_ || !localName_) return qualifiedName_;
+const wchar_t* cppNodeQName::joinName() const {
   tovin::WideString name;
   if (prefix_ && *prefix_) (name += prefix_) += L':';
   name += localName_;

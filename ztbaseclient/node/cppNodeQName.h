@@ -25,7 +25,7 @@ class ZTBASECLIENT_API cppNodeQName {
   /// Also drops the qualified name, which getQName() makes anew.
   void setLocalName(const wchar_t* name);
   void setUriName(const wchar_t* prefix);
-  const wchar_t* getQName() const;
+  const wchar_t* getQName() const { return qualifiedName_ || !localName_ ? qualifiedName_ : joinName(); }
   const wchar_t* getLocalName() const;
   /// The prefix; null for a name without one.
   const wchar_t* getUriName() const;
@@ -41,6 +41,7 @@ class ZTBASECLIENT_API cppNodeQName {
 
  private:
   void splitName() const;
+  const wchar_t* joinName() const;
 
   mutable const wchar_t* qualifiedName_ = nullptr;
   mutable const wchar_t* localName_ = nullptr;
