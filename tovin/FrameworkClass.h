@@ -22,12 +22,12 @@ void* seekIn(T& object, const ClassTag& tag) {
 template <class T>
 class LeakRegistration {
  public:
-  LeakRegistration() { add(); }
-  LeakRegistration(const LeakRegistration&) { add(); }
-  LeakRegistration& operator=(const LeakRegistration&) { return *this; }
+  LeakRegistration() noexcept { add(); }
+  LeakRegistration(const LeakRegistration&) noexcept { add(); }
+  LeakRegistration& operator=(const LeakRegistration&) noexcept { return *this; }
   ~LeakRegistration() { remove(); }
-  void add() { T::m_leakDetector.Add(this, T::ClassName); }
-  void remove() { T::m_leakDetector.Sub(this); }
+  void add() noexcept { T::m_leakDetector.Add(this, T::ClassName); }
+  void remove() noexcept { T::m_leakDetector.Sub(this); }
 };
 
 /// The contract of framework class T, written once.

@@ -89,9 +89,11 @@ const tovin::Array<CWsdlParser::CSchema>& CWsdlParser::GetSchemaInfo() {
   return guarded({ClassName, "GetSchemaInfo"}, [&]() -> const tovin::Array<CSchema>& {
     SchemaSet& schemas = state_->schemas;
     if (schemas.failure) throw tovin::Exception(schemas.failure->c_str());
-    iNode* types = state_->search.findNode(requireRoot(), L"types");
-    if (schemas.asked || !types) return schemas.schemas();
+    iNode* root = requireRoot();
+    if (schemas.asked) return schemas.schemas();
     schemas.asked = true;
+    iNode* types = state_->search.findNode(root, L"types");
+    if (!types) return schemas.schemas();
     try {
       buildSchemas(types);
     } catch (const tovin::Exception& e) {
