@@ -11,6 +11,9 @@ constexpr int negative = 1;
 constexpr int trouble = 2;
 
 /// \param status out: the exit status of the subcommand that ran.
+void addCache(CLI::App& app, int& status);
+void addEndpoint(CLI::App& app, int& status);
+void addLink(CLI::App& app, int& status);
 void addTree(CLI::App& app, int& status);
 
 }  // namespace commands

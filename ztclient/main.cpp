@@ -25,6 +25,9 @@ int main(int argc, char** argv) {
   int status = commands::done;
   CLI::App app("Client command of the workflow server", "ztclient");
   app.require_subcommand(1);
+  commands::addCache(app, status);
+  commands::addEndpoint(app, status);
+  commands::addLink(app, status);
   commands::addTree(app, status);
   try {
     app.parse(argc, argv);
