@@ -15,5 +15,6 @@ void addCache(CLI::App& app, int& status);
 void addEndpoint(CLI::App& app, int& status);
 void addLink(CLI::App& app, int& status);
 void addTree(CLI::App& app, int& status);
+void addUpload(CLI::App& app, int& status);
 
 }  // namespace commands

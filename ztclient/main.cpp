@@ -29,6 +29,7 @@ int main(int argc, char** argv) {
   commands::addEndpoint(app, status);
   commands::addLink(app, status);
   commands::addTree(app, status);
+  commands::addUpload(app, status);
   try {
     app.parse(argc, argv);
     std::cout.flush();

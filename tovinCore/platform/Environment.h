@@ -15,4 +15,7 @@ TOVINCORE_API std::wstring computerName();
 /// when the user has no home.
 TOVINCORE_API std::wstring settingsFolder();
 
+/// Whether standard error is a terminal, where people watch.
+TOVINCORE_API bool isErrorTerminal() noexcept;
+
 }  // namespace tovin::platform
