@@ -245,7 +245,7 @@ CHttp::ResponseResult CHttp::GetErrorMessageBody(tovin::WideString& body) const 
   return guarded({ClassName, "GetErrorMessageBody"}, [&] {
     const std::string& bytes = transfer_->answer();
     bool cutShort = false;
-    const bool utf8 = tovin::isValidUtf8(bytes, cutShort) || cutShort;
+    const bool utf8 = tovin::isValidUtf8(bytes, cutShort);
     body = utf8 ? tovin::utf8ToWide(bytes) : fromEightBit(bytes);
     return Success;
   });
