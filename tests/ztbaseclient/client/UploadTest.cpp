@@ -124,8 +124,8 @@ TEST_F(Upload, MemoryDoesNotGrowWithTheFile) {
   const long before = peakKilobytes();
   ASSERT_EQ(upload(sparse, server), "");
   EXPECT_THAT(server.report(),
-              EndsWith(fileLine(sparse,
-                                "268435456 a6d72ac7690f53be6ae46ba88506bd97302a093f7108472bd9efc3cefda06484"));
+              EndsWith(fileLine(
+                  sparse, "268435456 a6d72ac7690f53be6ae46ba88506bd97302a093f7108472bd9efc3cefda06484")));
   ASSERT_EQ(upload(random, server), "");
   runCommand("sha256sum <" + random + " | cut -d' ' -f1 | tr -d '\\n' >" + folder_.path("digest"));
   EXPECT_THAT(server.report(), EndsWith(fileLine(random, "67108864 " + folder_.read("digest"))));
