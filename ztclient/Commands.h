@@ -18,5 +18,9 @@ void addDiff(CLI::App& app, int& status);
 void addLog(CLI::App& app, int& status);
 void addTree(CLI::App& app, int& status);
 void addWsdl(CLI::App& app, int& status);
+void addCache(CLI::App& app, int& status);
+void addEndpoint(CLI::App& app, int& status);
+void addLink(CLI::App& app, int& status);
+void addUpload(CLI::App& app, int& status);
 
 }  // namespace commands

@@ -32,6 +32,10 @@ int main(int argc, char** argv) {
   commands::addLog(app, status);
   commands::addTree(app, status);
   commands::addWsdl(app, status);
+  commands::addCache(app, status);
+  commands::addEndpoint(app, status);
+  commands::addLink(app, status);
+  commands::addUpload(app, status);
   try {
     app.parse(argc, argv);
     std::cout.flush();

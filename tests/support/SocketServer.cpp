@@ -1,0 +1,107 @@
+#include "tests/support/SocketServer.h"
+
+#include <arpa/inet.h>
+#include <netinet/in.h>
+#include <poll.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
+#include <chrono>
+#include <cstdlib>
+#include <stdexcept>
+
+namespace testsupport {
+
+bool Connection::receive() {
+  char piece[65536];
+  const ssize_t count = ::recv(socket_, piece, sizeof piece, 0);
+  if (count > 0) bytes_.append(piece, static_cast<size_t>(count));
+  return count > 0;
+}
+
+std::string Connection::take(size_t count) {
+  while (bytes_.size() < count && receive()) {
+  }
+  const std::string taken = bytes_.substr(0, count);
+  bytes_.erase(0, count);
+  return taken;
+}
+
+std::string Connection::takeUntil(const std::string& mark) {
+  size_t end;
+  while ((end = bytes_.find(mark)) == std::string::npos) {
+    if (!receive()) return {};
+  }
+  return take(end + mark.size());
+}
+
+std::string Connection::readHead() { return takeUntil("\r\n\r\n"); }
+
+std::string Connection::readBody() {
+  std::string body;
+  for (;;) {
+    const std::string line = takeUntil("\r\n");
+    const size_t count = std::strtoul(line.c_str(), nullptr, 16);
+    body += take(count);
+    take(2);
+    if (count == 0) return body;
+  }
+}
+
+std::string Connection::readRequest() {
+  const std::string head = readHead();
+  return head + readBody();
+}
+
+void Connection::send(const std::string& bytes) const {
+  for (size_t done = 0; done < bytes.size();) {
+    const ssize_t count = ::send(socket_, bytes.data() + done, bytes.size() - done, MSG_NOSIGNAL);
+    if (count <= 0) return;
+    done += static_cast<size_t>(count);
+  }
+}
+
+void Connection::hold(const std::atomic<bool>& stopping) const {
+  while (!stopping) std::this_thread::sleep_for(std::chrono::milliseconds(5));
+}
+
+SocketServer::SocketServer(std::vector<Script> scripts)
+    : scripts_(std::move(scripts)), listener_(::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0)) {
+  sockaddr_in address{};
+  socklen_t size = sizeof address;
+  address.sin_family = AF_INET;
+  address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+  if (::bind(listener_, reinterpret_cast<sockaddr*>(&address), size) != 0 || ::listen(listener_, 16) != 0 ||
+      ::getsockname(listener_, reinterpret_cast<sockaddr*>(&address), &size) != 0) {
+    throw std::runtime_error("cannot listen");
+  }
+  port_ = ntohs(address.sin_port);
+  thread_ = std::thread([this] { serve(); });
+}
+
+SocketServer::~SocketServer() {
+  stopping_ = true;
+  thread_.join();
+  ::close(listener_);
+}
+
+std::wstring SocketServer::url(const std::wstring& path, const std::wstring& credentials) const {
+  return L"http://" + credentials + L"127.0.0.1:" + std::to_wstring(port_) + path;
+}
+
+void SocketServer::serve() {
+  while (!stopping_) {
+    pollfd waiting{listener_, POLLIN, 0};
+    if (::poll(&waiting, 1, 5) <= 0) continue;
+    const int socket = ::accept4(listener_, nullptr, nullptr, SOCK_CLOEXEC);
+    if (socket < 0) continue;
+    const timeval patience{10, 0};
+    ::setsockopt(socket, SOL_SOCKET, SO_RCVTIMEO, &patience, sizeof patience);
+    Connection connection(socket);
+    const size_t index = connections_++;
+    if (index < scripts_.size()) scripts_[index](connection);
+    ::close(socket);
+  }
+}
+
+}  // namespace testsupport

@@ -1,0 +1,41 @@
+#pragma once
+
+#include <filesystem>
+#include <optional>
+#include <string>
+
+namespace testsupport {
+
+/// A fresh folder that goes with all it holds.
+class TempFolder {
+ public:
+  TempFolder();
+  TempFolder(const TempFolder&) = delete;
+  TempFolder& operator=(const TempFolder&) = delete;
+  ~TempFolder();
+
+  std::string path() const { return folder_.string(); }
+  std::string path(const std::string& name) const { return (folder_ / name).string(); }
+  /// Writes a file, with the folders it lies in, and returns its path.
+  std::string write(const std::string& name, const std::string& bytes) const;
+  std::string read(const std::string& name) const;
+
+ private:
+  std::filesystem::path folder_;
+};
+
+/// Sets an environment variable, or takes it away for null, until it dies.
+class ScopedVariable {
+ public:
+  ScopedVariable(const char* name, const char* value);
+  ScopedVariable(const char* name, const std::string& value) : ScopedVariable(name, value.c_str()) {}
+  ScopedVariable(const ScopedVariable&) = delete;
+  ScopedVariable& operator=(const ScopedVariable&) = delete;
+  ~ScopedVariable();
+
+ private:
+  const char* name_;
+  std::optional<std::string> before_;
+};
+
+}  // namespace testsupport

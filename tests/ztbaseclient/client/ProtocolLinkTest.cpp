@@ -1,0 +1,106 @@
+#include <gmock/gmock.h>
+
+#include "tests/support/Bytes.h"
+#include "ztbaseclient/client/CProtocolLinkBuilder.h"
+
+namespace {
+
+using testsupport::expectMessage;
+
+std::wstring linkOf(const wchar_t* server, const wchar_t* protocol) {
+  return CProtocolLinkBuilder(server, protocol).Construct();
+}
+
+TEST(ProtocolLink, SchemeIsAddedWhereNoneIs) {
+  const struct {
+    const wchar_t *server, *link;
+  } rows[] = {{L"atlas", L"http://atlas/perlbin/runjob.pl?_protocol=p"},
+              {nullptr, L"http:///perlbin/runjob.pl?_protocol=p"},
+              {L"", L"http:///perlbin/runjob.pl?_protocol=p"},
+              {L"htt", L"http://htt/perlbin/runjob.pl?_protocol=p"},
+              {L"HTTPS://atlas", L"HTTPS://atlas/perlbin/runjob.pl?_protocol=p"},
+              {L"httpd.org", L"httpd.org/perlbin/runjob.pl?_protocol=p"},
+              {L"a b&c", L"http://a b&c/perlbin/runjob.pl?_protocol=p"}};
+  for (const auto& row : rows) EXPECT_EQ(linkOf(row.server, L"p"), row.link);
+}
+
+TEST(ProtocolLink, PartsStandInTheirOrder) {
+  CProtocolLinkBuilder builder(L"atlas", L"P q");
+  builder.SetRunUser(CProtocolLinkBuilder::RunAsSessionUser, L"s&1");
+  builder.SetParameter(L"b", L"1");
+  builder.SetParameter(L"a", L"x y");
+  builder.SetParameter(L"b", L"2");
+  builder.SetParameter(L"A", nullptr);
+  builder.SetParameter(nullptr, L"n");
+  builder.SetArrayDelimiter(L";");
+  builder.SetProgressMessage(L"50%");
+  EXPECT_STREQ(builder.Construct(),
+               L"http://atlas/perlbin/"
+               L"runjob.pl?_protocol=P%20q&_progressmessage=50%25&_arraydelim=%3B&=n&A=&a=x%20y&b=1"
+               L"&_session=s%261");
+}
+
+TEST(ProtocolLink, AnonymousLinkIsMarkedWithTheChecksum) {
+  CProtocolLinkBuilder builder(L"atlas", L"P q");
+  builder.SetRunUser(CProtocolLinkBuilder::RunAsAnonymous, L"ignored");
+  builder.SetParameter(L"a", L"1");
+  EXPECT_STREQ(builder.Construct(),
+               L"http://atlas/perlbin/"
+               L"runjob.pl?_protocol=___08609ff7c2d3a5d49920f4f5280a60b2___P%20q&_anonymous=true&a=1");
+}
+
+TEST(ProtocolLink, ParametersAreOrderedByTheirUnits) {
+  CProtocolLinkBuilder builder(L"atlas", L"p");
+  builder.SetParameter(L"\xFF5E", L"2");
+  builder.SetParameter(std::wstring({wchar_t(0xD83D), wchar_t(0xDE00)}).c_str(), L"1");
+  EXPECT_STREQ(builder.Construct(), L"http://atlas/perlbin/runjob.pl?_protocol=p&%F0%9F%98%80=1&%EF%BD%9E=2");
+}
+
+TEST(ProtocolLink, SecondConstructAppendsBehindAScheme) {
+  CProtocolLinkBuilder builder(L"http://a", L"p");
+  const std::wstring first = builder.Construct();
+  EXPECT_EQ(builder.Construct(), first + first);
+  CProtocolLinkBuilder bare(L"a", L"p");
+  bare.Construct();
+  EXPECT_EQ(bare.Construct(), first);
+}
+
+TEST(ProtocolLink, MissingProtocolLeavesTheLinkBegun) {
+  CProtocolLinkBuilder builder(L"http://a", nullptr);
+  expectMessage(L"No protocol identifier specified", [&] { builder.Construct(); });
+  CProtocolLinkBuilder other(L"http://b", L"p");
+  const CProtocolLinkBuilder copy = other;
+  other = builder;
+  expectMessage(L"No protocol identifier specified", [&] { other.Construct(); });
+  EXPECT_STREQ(CProtocolLinkBuilder(copy).Construct(), L"http://b/perlbin/runjob.pl?_protocol=p");
+}
+
+TEST(ProtocolLink, SessionUserNeedsASession) {
+  CProtocolLinkBuilder builder(L"a", L"p");
+  builder.SetRunUser(CProtocolLinkBuilder::RunAsSessionUser, L"s");
+  try {
+    builder.SetRunUser(CProtocolLinkBuilder::RunAsSessionUser, nullptr);
+    FAIL() << "accepted";
+  } catch (const tovin::Exception& e) {
+    EXPECT_STREQ(e.getMessage(), L"A session ID must be registered to run as the protocol link creator");
+    ASSERT_EQ(e.getTrail().size(), 1u);
+    EXPECT_STREQ(e.getTrail()[0].className, "CProtocolLinkBuilder");
+    EXPECT_STREQ(e.getTrail()[0].method, "SetRunUser");
+  }
+  EXPECT_THAT(tovin::wideToUtf8(builder.Construct()), testing::EndsWith("_protocol=p&_session=s"));
+  builder.SetRunUser(CProtocolLinkBuilder::RunAsDefaultUser, L"s");
+  EXPECT_STREQ(builder.Construct(), L"http://a/perlbin/runjob.pl?_protocol=p");
+}
+
+TEST(ProtocolLink, LongLinkIsWarnedAbout) {
+  int warnings = 0;
+  const auto before = tovin::Exception::setWarningHandler([&](const wchar_t*) { ++warnings; });
+  const size_t fixed = linkOf(L"a", L"p").size();
+  EXPECT_EQ(linkOf(L"a", std::wstring(2083 - fixed + 1, L'p').c_str()).size(), 2083u);
+  EXPECT_EQ(warnings, 0);
+  EXPECT_EQ(linkOf(L"a", std::wstring(2083 - fixed + 2, L'p').c_str()).size(), 2084u);
+  EXPECT_EQ(warnings, 1);
+  tovin::Exception::setWarningHandler(before);
+}
+
+}  // namespace

@@ -1,0 +1,258 @@
+#include <gmock/gmock.h>
+#include <sys/resource.h>
+
+#include <cstdio>
+#include <cstdlib>
+
+#include "tests/support/Bytes.h"
+#include "tests/support/SocketServer.h"
+#include "tests/support/WebServer.h"
+#include "ztbaseclient/client/ErrorPage.h"
+#include "ztbaseclient/client/ztSoapUtils.h"
+
+namespace {
+
+using testing::EndsWith;
+using testing::HasSubstr;
+using testing::StartsWith;
+using testsupport::Connection;
+using testsupport::ScopedVariable;
+using testsupport::SocketServer;
+using testsupport::WebServer;
+
+const char* const wrapped = "\nztSoapUtils::UploadViaCGI: Corvanta exception caught";
+
+std::string hexOf(const std::string& bytes) {
+  std::string text = testsupport::hex(reinterpret_cast<const unsigned char*>(bytes.data()), bytes.size());
+  std::erase(text, ' ');
+  for (char& c : text) c = static_cast<char>(std::toupper(static_cast<unsigned char>(c)));
+  return text;
+}
+
+void runCommand(const std::string& command) { ASSERT_EQ(std::system(command.c_str()), 0) << command; }
+
+long peakKilobytes() {
+  rusage usage{};
+  ::getrusage(RUSAGE_SELF, &usage);
+  return usage.ru_maxrss;
+}
+
+struct Names {
+  const wchar_t* fileName = L"name";
+  const wchar_t* jobId = nullptr;
+  const wchar_t* sessionId = L"s";
+};
+
+class Upload : public testing::Test {
+ protected:
+  // The message of the exception, empty for none.
+  static std::string upload(const std::string& file, const std::wstring& url, const Names& names = {},
+                            bool flag = true) {
+    try {
+      ztSoapUtils::UploadViaCGI(tovin::utf8ToWide(file).c_str(), names.fileName, names.jobId, names.sessionId,
+                                flag, url.c_str());
+      return {};
+    } catch (const tovin::Exception& e) {
+      return tovin::wideToUtf8(e.getMessage());
+    }
+  }
+  static std::string upload(const std::string& file, const WebServer& server, const Names& names = {}) {
+    return upload(file, tovin::utf8ToWide(server.url()), names);
+  }
+
+  // The report's line of a file that was sent.
+  static std::string fileLine(const std::string& path, const std::string& sizeAndDigest) {
+    return "file " + hexOf(path) + " application/octet-stream deflate " + sizeAndDigest + "\n";
+  }
+
+  // No proxy of the machine gets any of this.
+  ScopedVariable noProxy_{"no_proxy", "*"};
+  testsupport::TempFolder folder_;
+};
+
+TEST_F(Upload, ServerReceivesTheFormInItsOrder) {
+  const std::string file = folder_.write("a \"b\"\n\xC3\xA9", std::string("some\0bytes\r\n--", 14));
+  for (bool flag : {true, false}) {
+    const WebServer server;
+    const Names names = {L"q\"\r\n\xE9\x20AC", L"j 1", L"s&2"};
+    ASSERT_EQ(upload(file, tovin::utf8ToWide(server.url()), names, flag), "");
+    EXPECT_EQ(server.report(),
+              "FileName " + hexOf("q\"\r\n\xC3\xA9\xE2\x82\xAC") + "\nSID " + hexOf("s&2") + "\njobid " +
+                  hexOf("j 1") + "\n" +
+                  fileLine(folder_.path() + "/a %22b%22%0A\xC3\xA9",
+                           "14 3802c1ffccf13488ec07fa1ab3b8908f8d54589a644605c27c2fcbc0fe66845a"));
+  }
+}
+
+TEST_F(Upload, JobIsLeftOutOrEmpty) {
+  const WebServer server;
+  const std::string file = folder_.write("empty", "");
+  const std::string line =
+      fileLine(file, "0 e3b0c44298fc1c149afbf4c8996fb92427ae41e4649b934ca495991b7852b855");
+  ASSERT_EQ(upload(file, server, {nullptr, nullptr, nullptr}), "");
+  EXPECT_EQ(server.report(), "FileName \nSID \n" + line);
+  ASSERT_EQ(upload(file, server, {L"", L"", L""}), "");
+  EXPECT_EQ(server.report(), "FileName \nSID \njobid \n" + line);
+}
+
+TEST_F(Upload, BytesOfTheFormAreExact) {
+  std::string request;
+  SocketServer server({[&](Connection& connection) {
+    request = connection.readRequest();
+    connection.send("HTTP/1.1 204 No Content\r\n\r\n");
+  }});
+  ASSERT_EQ(upload(folder_.write("empty", ""), server.url()), "");
+  const size_t mark = request.find("boundary=") + 9;
+  const std::string line = "--" + request.substr(mark, request.find("\r\n", mark) - mark);
+  const std::string disposition = "\r\nContent-Disposition: form-data; name=";
+  EXPECT_EQ(request.substr(request.find("\r\n\r\n") + 4),
+            line + disposition + "\"FileName\"\r\n\r\nname\r\n" + line + disposition +
+                "\"SID\"\r\n\r\ns\r\n" + line + disposition + "\"file\"; filename=\"" +
+                folder_.path("empty") +
+                "\"\r\nContent-Type: application/octet-stream\r\nContent-Encoding: deflate\r\n\r\n" +
+                testsupport::unhex("78 01 03 00 00 00 00 01") + "\r\n" + line + "--\r\n");
+}
+
+TEST_F(Upload, MemoryDoesNotGrowWithTheFile) {
+  const WebServer server;
+  const std::string small = folder_.write("small", std::string(1'000'000, 'x'));
+  ASSERT_EQ(upload(small, server), "");
+  const std::string sparse = folder_.write("sparse", "");
+  std::filesystem::resize_file(sparse, uintmax_t{1} << 28);
+  const std::string random = folder_.path("random");
+  runCommand("head -c 67108864 /dev/urandom >" + random);
+  const long before = peakKilobytes();
+  ASSERT_EQ(upload(sparse, server), "");
+  EXPECT_THAT(server.report(),
+              EndsWith(fileLine(
+                  sparse, "268435456 a6d72ac7690f53be6ae46ba88506bd97302a093f7108472bd9efc3cefda06484")));
+  ASSERT_EQ(upload(random, server), "");
+  runCommand("sha256sum <" + random + " | cut -d' ' -f1 | tr -d '\\n' >" + folder_.path("digest"));
+  EXPECT_THAT(server.report(), EndsWith(fileLine(random, "67108864 " + folder_.read("digest"))));
+  EXPECT_LT(peakKilobytes() - before, 8 << 10);
+}
+
+TEST_F(Upload, RefusalIsToldInTheServersWords) {
+  const WebServer server;
+  const std::string file = folder_.write("a", "x");
+  EXPECT_EQ(upload(file, tovin::utf8ToWide(server.url("?refuse=Quota%20%26amp%3B%20more&x=1"))),
+            "Unable to upload " + file + ": Quota & more");
+}
+
+TEST_F(Upload, FailureWithoutReasonKeepsItsOwnMessage) {
+  const std::string file = folder_.write("a", "x");
+  EXPECT_EQ(upload(folder_.path("none"), WebServer()),
+            "Unable to open file " + folder_.path("none") + wrapped);
+  EXPECT_EQ(upload(folder_.path(), WebServer()), "Unable to open file " + folder_.path() + wrapped);
+  EXPECT_THAT(upload(file, L"no URL"), AllOf(StartsWith("Malformed URL no URL: "), EndsWith(wrapped)));
+  EXPECT_THAT(
+      upload(file, L"http://127.0.0.1:" + std::to_wstring(testsupport::freePort())),
+      AllOf(StartsWith("The request to http://127.0.0.1:"), HasSubstr(" failed: "), EndsWith(wrapped)));
+  SocketServer halfway({[](Connection& connection) { connection.readHead(); }});
+  EXPECT_THAT(upload(file, halfway.url()), AllOf(StartsWith("The request to "), EndsWith(wrapped)));
+  SocketServer silent({[](Connection& connection) {
+    connection.readRequest();
+    connection.send("HTTP/1.1 403 Forbidden\r\nContent-Length: 0\r\n\r\n");
+  }});
+  EXPECT_EQ(upload(file, silent.url()), std::string("The server answered 403 Forbidden") + wrapped);
+  EXPECT_THROW(ztSoapUtils::UploadViaCGI(nullptr, nullptr, nullptr, nullptr, true, nullptr),
+               tovin::Exception);
+}
+
+TEST_F(Upload, NewStartSendsTheWholeFileAgain) {
+  const WebServer server;
+  const std::string location =
+      "HTTP/1.1 307 Temporary Redirect\r\nContent-Length: 0\r\nLocation: " + server.url() + "\r\n\r\n";
+  SocketServer early({[&](Connection& connection) {
+    connection.readHead();
+    connection.send(location);
+    connection.readBody();
+  }});
+  const std::string file = folder_.path("random");
+  runCommand("head -c 5000000 /dev/urandom >" + file);
+  runCommand("sha256sum <" + file + " | cut -d' ' -f1 | tr -d '\\n' >" + folder_.path("digest"));
+  ASSERT_EQ(upload(file, early.url()), "");
+  EXPECT_EQ(server.report(),
+            "FileName 6E616D65\nSID 73\n" + fileLine(file, "5000000 " + folder_.read("digest")));
+}
+
+TEST_F(Upload, ProgressCountsTheFile) {
+  const WebServer server;
+  const std::string file = folder_.write("a", std::string(300'000, 'x'));
+  std::vector<uint64_t> steps;
+  ztSoapUtils::UploadViaCGI(tovin::utf8ToWide(file).c_str(), L"n", nullptr, L"s", true,
+                            tovin::utf8ToWide(server.url()).c_str(), [&](uint64_t done, uint64_t length) {
+                              steps.push_back(done);
+                              EXPECT_EQ(length, 300'000u);
+                            });
+  EXPECT_EQ(steps, (std::vector<uint64_t>{131'072, 262'144, 300'000}));
+}
+
+TEST_F(Upload, ForeignExceptionIsSevere) {
+  const WebServer server;
+  const std::wstring file = tovin::utf8ToWide(folder_.write("a", "x"));
+  testsupport::expectMessage(L"ztSoapUtils::UploadViaCGI: Severe error caught", [&] {
+    ztSoapUtils::UploadViaCGI(file.c_str(), L"n", nullptr, L"s", true,
+                              tovin::utf8ToWide(server.url()).c_str(), [](uint64_t, uint64_t) { throw 1; });
+  });
+}
+
+class UploadTls : public Upload {
+ protected:
+  UploadTls() {
+    certify("authority", "-addext basicConstraints=critical,CA:TRUE");
+    certify("good", signedByAuthority() + " -addext subjectAltName=IP:127.0.0.1");
+    certify("wrong", signedByAuthority() + " -addext subjectAltName=DNS:other.invalid");
+    certify("self", "-addext subjectAltName=IP:127.0.0.1");
+  }
+
+  std::string signedByAuthority() const {
+    return "-CA " + folder_.path("authority.pem") + " -CAkey " + folder_.path("authority.pem") +
+           " -addext basicConstraints=critical,CA:FALSE";
+  }
+
+  // Key and certificate in one file.
+  void certify(const std::string& name, const std::string& options) const {
+    const std::string path = folder_.path(name);
+    runCommand(
+        "openssl req -x509 -newkey ec -pkeyopt ec_paramgen_curve:prime256v1 -nodes -days 2 -subj /CN=" +
+        name + " -keyout " + path + ".key -out " + path + ".crt " + options + " 2>/dev/null");
+    runCommand("cat " + path + ".key " + path + ".crt >" + path + ".pem");
+  }
+
+  // An upload to a server of that certificate, by a client that trusts the authority.
+  std::string uploadTo(const std::string& certificate) const {
+    const ScopedVariable trusted("SSL_CERT_FILE", folder_.path("authority.pem"));
+    const WebServer server("ssl.engine = \"enable\"\nssl.pemfile = \"" + folder_.path(certificate + ".pem") +
+                           "\"\n");
+    const std::string result = upload(folder_.write("a", "x"), server);
+    EXPECT_EQ(result.empty(), !server.report().empty());
+    return result;
+  }
+};
+
+TEST_F(UploadTls, OnlyACertificateThatVerifiesIsTrusted) {
+  EXPECT_EQ(uploadTo("good"), "");
+  EXPECT_THAT(uploadTo("self"), HasSubstr("failed: SSL certificate problem"));
+  EXPECT_THAT(uploadTo("wrong"), HasSubstr("failed: SSL: no alternative certificate subject name matches"));
+}
+
+TEST(ErrorPage, ReasonIsTheFirstParagraph) {
+  const struct {
+    const wchar_t *page, *reason;
+  } rows[] = {{L"<html><body><p>Quota exceeded</p></body></html>", L"Quota exceeded"},
+              {L"<p>a &lt;b&gt;</p>", L"a <b>"},
+              {L"plain &amp; simple", L"plain & simple"},
+              {L"", L""},
+              {L"<p></p>rest", L""},
+              {L"<p>never closed", L"<p>never closed"},
+              {L"</p>before<p>after", L"</p>before<p>after"},
+              {L"</p><p>x</p>", L"x"},
+              {L"<p>a<p>b</p></p>", L"a<p>b"},
+              {L"<P>x</P>", L"<P>x</P>"},
+              {L"<p class='x'>a</p><p>b</p>", L"b"},
+              {L"<p>&lt;/p>x</p>", L"</p>x"}};
+  for (const auto& row : rows) EXPECT_EQ(ErrorPage::reasonIn(row.page), row.reason);
+}
+
+}  // namespace

@@ -1,0 +1,32 @@
+#include <unistd.h>
+
+#include <cstdlib>
+
+#include "tovinCore/Utf8.h"
+#include "tovinCore/platform/Environment.h"
+
+namespace tovin::platform {
+
+std::wstring environmentVariable(const char* name) {
+  const char* value = std::getenv(name);
+  return value ? utf8ToWide(value) : std::wstring();
+}
+
+std::wstring computerName() {
+  char name[256];
+  if (::gethostname(name, sizeof name) != 0) return {};
+  name[sizeof name - 1] = 0;  // a name that was cut has no end
+  const std::wstring full = utf8ToWide(name);
+  return full.substr(0, full.find(L'.'));
+}
+
+std::wstring settingsFolder() {
+  const std::wstring chosen = environmentVariable("XDG_CONFIG_HOME");
+  if (chosen.starts_with(L'/')) return chosen;
+  const std::wstring home = environmentVariable("HOME");
+  return home.empty() ? home : home + L"/.config";
+}
+
+bool isErrorTerminal() noexcept { return ::isatty(STDERR_FILENO) == 1; }
+
+}  // namespace tovin::platform

@@ -1,0 +1,47 @@
+#pragma once
+
+#include <cstdint>
+#include <functional>
+
+#include "tovin/BaseString.h"
+#include "ztbaseclient/Export.h"
+
+class CHttp;
+
+/// Where the server is, and how files get there.
+///
+///     WideString endPoint;
+///     ztSoapUtils::GetServerEndpointSetting(endPoint);  // the saved one, else the default
+///     ztSoapUtils::UploadViaCGI(L"/data/a.sdf", L"a.sdf", nullptr, session, true, url);
+class ZTBASECLIENT_API ztSoapUtils {
+ public:
+  /// The locator on this computer, over HTTPS.
+  static const wchar_t* GetDefaultLocatorEndpoint() noexcept;
+
+  /// Fills an empty end point with the one in the user's settings, else with the default one.
+  /// \return false for the default, whatever stood in the way of the saved one.
+  static bool GetServerEndpointSetting(tovin::WideString& endPoint);
+
+  /// Whether plain HTTP may be used. The server configuration's "DrvDevNoHttp" forbids it towards this very
+  /// computer, by its loopback name or its own.
+  /// \param endPoint UTF-8; null or empty for the one of the settings.
+  static bool UseHttp(const char* endPoint) noexcept;
+
+  /// Told after each piece of the file, again from the start when the request is sent again. In bytes; the
+  /// length is the file's when it was opened.
+  using UploadProgress = std::function<void(uint64_t done, uint64_t length)>;
+
+  /// Sends a file to the server's upload script, as a form with the sections FileName, SID, jobid and file,
+  /// in this order. The file is compressed (zlib) on the way; memory does not grow with it.
+  ///
+  /// - Errors: "Unable to upload %ls: %ls" with the server's reason when it gave one; otherwise the exception
+  ///   of CHttp or ztFile, with a line that tells it was an upload.
+  /// \param jobId null for no job: the section is left out.
+  /// \param flag false to wait for the server's consent before the body is sent (100 Continue).
+  static void UploadViaCGI(const wchar_t* filePath, const wchar_t* fileName, const wchar_t* jobId,
+                           const wchar_t* sessionId, bool flag, const wchar_t* url,
+                           const UploadProgress& progress = {});
+
+ private:
+  static void GetUploadCgiError(CHttp& http, tovin::WideString& message);
+};

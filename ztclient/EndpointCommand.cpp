@@ -1,0 +1,43 @@
+// ztclient endpoint: from what people write to the locator's end point, and back.
+#include <iostream>
+#include <memory>
+
+#include "tovinCore/Utf8.h"
+#include "ztbaseclient/client/LocatorEndpointIdentity.h"
+#include "ztclient/Commands.h"
+
+namespace {
+
+constexpr int currentRelease = 801;
+
+struct Options {
+  std::string text;
+  int release = currentRelease;
+  bool reverse = false;
+};
+
+void run(const Options& options) {
+  const std::wstring text = tovin::utf8ToWide(options.text);
+  tovin::WideString result;
+  if (options.reverse)
+    LocatorEndpointIdentity::EndPointToHostAndPort(text.c_str(), result);
+  else
+    LocatorEndpointIdentity::HostAndPortToEndPoint(text.c_str(), result, options.release);
+  std::cout << tovin::wideToUtf8(result.view()) << '\n';
+}
+
+}  // namespace
+
+void commands::addEndpoint(CLI::App& app, int& status) {
+  auto options = std::make_shared<Options>();
+  CLI::App* endpoint =
+      app.add_subcommand("endpoint", "Turn a server's host text into its end point, or back");
+  endpoint->add_option("TEXT", options->text, "Host, host:port or URL")->required();
+  endpoint->add_option("--release", options->release, "The server's release number")->capture_default_str();
+  endpoint->add_flag("--reverse", options->reverse, "From the end point back to the host text");
+  endpoint->footer("Example: ztclient endpoint atlas --release 403");
+  endpoint->callback([options, &status] {
+    run(*options);
+    status = done;
+  });
+}

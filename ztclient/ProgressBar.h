@@ -1,0 +1,24 @@
+#pragma once
+
+#include <chrono>
+#include <cstdint>
+
+/// One line on standard error that follows a long task: share done, bytes, rate, time left. Silent where
+/// standard error is no terminal. The line goes when the bar dies.
+class ProgressBar {
+ public:
+  ProgressBar();
+  ProgressBar(const ProgressBar&) = delete;
+  ProgressBar& operator=(const ProgressBar&) = delete;
+  ~ProgressBar();
+
+  /// \param length 0 when nobody knows it.
+  void show(uint64_t done, uint64_t length);
+
+ private:
+  using Clock = std::chrono::steady_clock;
+
+  bool visible_;
+  Clock::time_point start_;
+  Clock::time_point last_{};
+};
