@@ -98,6 +98,8 @@ size_t findLineFeed(std::string_view bytes, size_t from, Encoding encoding) {
 }
 
 size_t wholeLines(std::string_view bytes, Encoding encoding) {
+  // The search from the front is the faster one, so that a long line costs little.
+  if (bytes.find('\n') == none) return 0;
   if (!is16Bit(encoding)) return bytes.rfind('\n') + 1;
   const size_t low = lowByte(encoding);
   size_t end = bytes.size() - bytes.size() % 2;

@@ -36,7 +36,9 @@ wchar_t unescaped(wchar_t letter) {
   }
 }
 
-void appendDecoded(std::wstring_view text, tovin::WideString& out) {
+void decode(std::wstring_view text, tovin::WideString& out) {
+  out.reserve(text.size());
+  out.clear();
   for (size_t at = 0; at < text.size();) {
     const size_t sign = std::min(text.find(L'%', at), text.size());
     out += text.substr(at, sign - at);
@@ -157,8 +159,7 @@ void CConsoleReader::readPair(CConsoleEntry& entry) {
 void CConsoleReader::Decode(const tovin::BaseString<wchar_t>& line, unsigned start, unsigned end,
                             tovin::BaseString<wchar_t>& out) {
   guarded({ClassName, "Decode"}, [&] {
-    out.clear();
-    if (start > end || start >= line.getLength()) return;
-    appendDecoded(line.view().substr(start, size_t{end} - start + 1), out);
+    const bool any = start <= end && start < line.getLength();
+    decode(any ? line.view().substr(start, size_t{end} - start + 1) : std::wstring_view(), out);
   });
 }
