@@ -6,6 +6,7 @@
 #include <numeric>
 #include <string>
 #include <string_view>
+#include <utility>
 
 #include "tovinCore/Guard.h"
 #include "tovinCore/Units.h"
@@ -28,6 +29,7 @@ constexpr unsigned digestBytes = 16;
 constexpr uint64_t countedSteps = 36;
 constexpr size_t keptBytes = countedSteps * digestBytes;
 constexpr size_t heldBytes = 64 * keptBytes;
+constexpr size_t absorbedAtOnce = 256;
 
 constexpr unsigned char lowByte(char16_t unit) { return static_cast<unsigned char>(unit & 0xFF); }
 
@@ -69,7 +71,7 @@ class ztChecksum::State {
   tovin::WideString digest() const;
 
  private:
-  void put(unsigned char byte);
+  void put(std::string_view bytes);
   uint64_t length() const { return dropped_ + held_.size(); }
   uint32_t fold(uint32_t x, unsigned column) const;
 
@@ -83,28 +85,33 @@ class ztChecksum::State {
 // The absorbed bytes of one text are themselves a zero-terminated text: the first 0 that a table gives ends
 // them, while the sum goes on to the end.
 void ztChecksum::State::absorb(const wchar_t* text) {
+  const Table& characters = tables().characters;
+  char bytes[absorbedAtOnce];
+  size_t filled = 0;
   bool open = true;
-  unsigned weight = 1;
+  uint32_t sum = sum_, weight = 1;
   for (; text && *text; ++text) {
     tovin::forUnits(static_cast<uint32_t>(*text), [&](char16_t unit) {
-      sum_ += weight * unit;
+      sum += weight * unit;
       weight = weight == 3 ? 1 : weight + 1;
-      const unsigned char byte = tables().characters[lowByte(unit)];
+      const unsigned char byte = characters[lowByte(unit)];
       open = open && byte != 0;
-      if (open) put(byte);
+      bytes[filled] = static_cast<char>(byte);
+      filled += open;
+      if (filled == absorbedAtOnce) put({bytes, std::exchange(filled, 0)});
     });
   }
+  sum_ = sum;
   count_ = (count_ + 1) % 256;
-  const unsigned char end = tables().ends[count_];
-  if (open && end != 0) put(end);
+  bytes[filled] = static_cast<char>(tables().ends[count_]);
+  put({bytes, filled + (open && bytes[filled] != 0)});
 }
 
-void ztChecksum::State::put(unsigned char byte) {
-  if (held_.size() == heldBytes) {
-    dropped_ += heldBytes - keptBytes;
-    held_.erase(0, heldBytes - keptBytes);
-  }
-  held_ += static_cast<char>(byte);
+void ztChecksum::State::put(std::string_view bytes) {
+  held_ += bytes;
+  if (held_.size() <= heldBytes) return;
+  dropped_ += held_.size() - keptBytes;
+  held_.erase(0, held_.size() - keptBytes);
 }
 
 uint32_t ztChecksum::State::fold(uint32_t x, unsigned column) const {
