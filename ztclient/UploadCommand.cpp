@@ -1,9 +1,12 @@
 // ztclient upload: a file to the server's upload script.
 #include <filesystem>
+#include <fstream>
 #include <iostream>
 #include <memory>
 #include <optional>
+#include <random>
 
+#include "tovinCore/Exception.h"
 #include "tovinCore/Utf8.h"
 #include "ztbaseclient/client/ztSoapUtils.h"
 #include "ztclient/Commands.h"
@@ -20,8 +23,32 @@ struct Options {
   bool afterContinue = false;
 };
 
+// Standard input as a file, gone with the object: a request that is sent again reads it again.
+class SpooledInput {
+ public:
+  SpooledInput()
+      : path_(std::filesystem::temp_directory_path() /
+              ("ztclient-" + std::to_string(std::random_device()()))) {
+    std::ofstream out(path_, std::ios::binary);
+    if (std::cin.peek() != std::char_traits<char>::eof()) out << std::cin.rdbuf();
+    if (!out.flush()) throw tovin::Exception(L"Unable to keep standard input in %hs", path_.string());
+  }
+  SpooledInput(const SpooledInput&) = delete;
+  SpooledInput& operator=(const SpooledInput&) = delete;
+  ~SpooledInput() {
+    std::error_code ignored;
+    std::filesystem::remove(path_, ignored);
+  }
+  std::string path() const { return path_.string(); }
+
+ private:
+  std::filesystem::path path_;
+};
+
 void run(const Options& options) {
-  const std::wstring path = tovin::utf8ToWide(options.file);
+  std::optional<SpooledInput> input;
+  if (options.file == "-") input.emplace();
+  const std::wstring path = tovin::utf8ToWide(input ? input->path() : options.file);
   const std::wstring name =
       tovin::utf8ToWide(options.name.value_or(std::filesystem::path(options.file).filename().string()));
   const std::wstring job = tovin::utf8ToWide(options.job.value_or(""));
@@ -37,7 +64,7 @@ void run(const Options& options) {
 void commands::addUpload(CLI::App& app, int& status) {
   auto options = std::make_shared<Options>();
   CLI::App* upload = app.add_subcommand("upload", "Send a file to the server");
-  upload->add_option("FILE", options->file, "The file")->required();
+  upload->add_option("FILE", options->file, "The file; - for standard input")->required();
   upload->add_option("--url", options->url, "The server's upload script; HTTP or HTTPS")->required();
   upload->add_option("--session", options->session, "The session that uploads")->required();
   upload->add_option("--name", options->name, "The file's name on the server; its own unless said");
