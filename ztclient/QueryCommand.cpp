@@ -3,7 +3,7 @@
 #include <memory>
 
 #include "tovinCore/Utf8.h"
-#include "ztbaseclient/data/DeepPropertyUtils.h"
+#include "ztbaseclient/data/NodeLocations.h"
 #include "ztclient/Commands.h"
 #include "ztclient/Document.h"
 
@@ -26,12 +26,6 @@ std::string expressionOf(const Options& options) {
   return text;
 }
 
-std::string locationOf(const Document& document, const tovin::iNode& node) {
-  tovin::WideString path;
-  DeepPropertyUtils::NodeLocation(node, true, path);
-  return document.utf8(path);
-}
-
 const tovin::iNode& ownerOf(const tovin::iProperty& property) {
   return *tovin::seek<tovin::iNode>(property.getParent()->findOwner());
 }
@@ -39,17 +33,19 @@ const tovin::iNode& ownerOf(const tovin::iProperty& property) {
 bool printNodes(const Document& document, const wchar_t* expression) {
   tovin::NodeReferenceSet nodes;
   const bool any = document.root->query(expression, eitherKind, nodes);
-  for (size_t i = 0; i < nodes.getSize(); ++i) std::cout << locationOf(document, *nodes[i]) << '\n';
+  NodeLocations locations;
+  for (size_t i = 0; i < nodes.getSize(); ++i) std::cout << document.utf8(locations.get(*nodes[i])) << '\n';
   return any;
 }
 
 bool printProperties(const Document& document, const wchar_t* expression) {
   tovin::PropertyReferenceSet properties;
   const bool any = document.root->query(expression, eitherKind, properties);
+  NodeLocations locations;
   for (size_t i = 0; i < properties.getSize(); ++i) {
     const tovin::iProperty& property = *properties[i];
-    std::cout << locationOf(document, ownerOf(property)) << '@' << document.utf8(property.getName()) << '\t'
-              << document.utf8(property.getValue().getText()) << '\n';
+    std::cout << document.utf8(locations.get(ownerOf(property))) << '@' << document.utf8(property.getName())
+              << '\t' << document.utf8(property.getValue().getText()) << '\n';
   }
   return any;
 }

@@ -1,12 +1,11 @@
 #include "ztbaseclient/data/DeepPropertyUtils.h"
 
 #include <algorithm>
-#include <vector>
 
 #include "tovin/iXPathParser.h"
 #include "tovinCore/Guard.h"
-#include "tovinCore/Numbers.h"
 #include "tovinCore/Units.h"
+#include "ztbaseclient/data/NodeLocations.h"
 
 using tovin::guarded;
 
@@ -90,20 +89,10 @@ const tovin::iNode& requireOwner(const tovin::iPropertyCollection* collection) {
 }  // namespace
 
 void DeepPropertyUtils::NodeLocation(const tovin::iNode& node, bool useNames, tovin::WideString& path) {
-  std::vector<const tovin::iNode*> steps;
-  for (const tovin::iNode* at = &node; at; at = at->findParent()) steps.push_back(at);
-  path = L"/";
-  for (size_t i = steps.size(); i-- > 0;) {
-    const tovin::iNode& step = *steps[i];
-    if (useNames)
-      path += step.getName();
-    else
-      path += L'*';
-    if (!useNames || !IsUniquelyNamedChild(step)) {
-      ((path += L'[') += tovin::util::integerToString(GetChildIndex(step, useNames) + 1LL)) += L']';
-    }
-    path += L'/';
-  }
+  const auto position = [useNames](const tovin::iNode& step) {
+    return useNames && IsUniquelyNamedChild(step) ? 0 : GetChildIndex(step, useNames) + 1;
+  };
+  NodeLocations::write(node, useNames, position, path);
 }
 
 unsigned DeepPropertyUtils::GetChildIndex(const tovin::iNode& node, bool sameNameOnly) {

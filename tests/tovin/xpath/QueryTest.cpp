@@ -154,6 +154,45 @@ TEST(QueryParser, AddsToASetFromItsBoundNode) {
   EXPECT_EQ(parser->getNode(), nullptr);
 }
 
+// The examples of docs/queries.md.
+TEST(QueryGuide, ShowsWhatItSays) {
+  const Ptr<iNode> root = treeOf(
+      "<job id='j1'><info/><step n='1' state='failed'/><step n='3'><part size='4'/><part size='8'/></step>"
+      "<step n='5' state='failed'/></job>");
+  const std::string job = "/*[1]/", info = job + "*[1]/", step1 = job + "*[2]/", step2 = job + "*[3]/",
+                    step3 = job + "*[4]/", part1 = step2 + "*[1]/", part2 = step2 + "*[2]/";
+  const struct {
+    const wchar_t* query;
+    Places found;
+  } rows[] = {
+      {L"/job/step[@state='failed']", {step1, step3}},
+      {L"/job/step", {step1, step2, step3}},
+      {L"//part", {part1, part2}},
+      {L"step[2]", {step2}},
+      {L"step[last()]", {step3}},
+      {L"//step[1]", {step1}},
+      {L"//part[1]", {part1}},
+      {L"(//step)[1]", {step1}},
+      {L"step[@state='failed'][2]", {step3}},
+      {L"step[2][@state='failed']", {}},
+      {L"step[2]/.", {step2}},
+      {L"step/..", {job}},
+      {L".//part", {part1, part2}},
+      {L"//part/ancestor::job/@id", {job}},
+      {L"step[2]/following-sibling::step", {step3}},
+      {L"step[3]/preceding-sibling::*[1]", {step2}},
+      {L"//info | //step", {info, step1, step2, step3}},
+      {L"*[self::step or self::info]", {info, step1, step2, step3}},
+      {L"//step[@n > 2 and not(@state)]", {step2}},
+      {L"//job[step/@state='failed']", {job}},
+      {L"//job[starts-with(@id, 'j1')]", {job}},
+  };
+  for (const auto& row : rows) EXPECT_EQ(select(*root, row.query), row.found) << tovin::wideToUtf8(row.query);
+  EXPECT_EQ(textOf(*root, L"count(//step)"), "3");
+  EXPECT_EQ(textOf(*root, L"sum(//part/@size) div count(//part)"), "6");
+  EXPECT_EQ(textOf(*root, L"concat(name(), ': ', @id)"), "job: j1");
+}
+
 TEST(QueryFaults, QuoteTheQueryAndThePosition) {
   const Ptr<iNode> root = treeOf("<a/>");
   const struct {

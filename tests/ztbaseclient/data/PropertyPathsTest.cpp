@@ -4,6 +4,7 @@
 #include "tovin/iDataRecord.h"
 #include "tovin/values/StringValue.h"
 #include "ztbaseclient/data/CPropertyCollection.h"
+#include "ztbaseclient/data/NodeLocations.h"
 
 namespace {
 
@@ -32,11 +33,13 @@ TEST(NodeLocation, CountsOnlyWhereSiblingsShareAName) {
       {L"/a/c/d", "/a/c/d/", "/*[1]/*[2]/*[1]/", 0, 0},
       {L"/a/e", "/a/e/", "/*[1]/*[4]/", 3, 0},
   };
+  NodeLocations locations;
   for (const auto& row : rows) {
     NodeReferenceSet nodes;
     ASSERT_TRUE(root->query(row.query, 1, nodes));
     const iNode& node = *nodes[0];
     EXPECT_EQ(locationOf(node, true), row.byName);
+    EXPECT_EQ(tovin::wideToUtf8(locations.get(node)), row.byName);
     EXPECT_EQ(locationOf(node, false), row.byPosition);
     EXPECT_EQ(DeepPropertyUtils::GetChildIndex(node, false), row.index) << row.byName;
     EXPECT_EQ(DeepPropertyUtils::GetChildIndex(node, true), row.indexOfName) << row.byName;
@@ -59,6 +62,16 @@ TEST(NodeLocation, TakesNamelessSiblingsAsNamesakes) {
   EXPECT_FALSE(DeepPropertyUtils::IsUniquelyNamedChild(*root->getChildAt(0)));
   EXPECT_TRUE(DeepPropertyUtils::IsUniquelyNamedChild(*root));
   EXPECT_EQ(locationOf(*root->getChildAt(1), true), "/Node/[2]/");
+}
+
+TEST(NodeLocation, OfManyChildrenCountsThemOnce) {
+  std::string xml = "<r>";
+  for (int i = 0; i < 200'000; ++i) xml += "<i/>";
+  const Ptr<iNode> root = treeOf(xml + "</r>");
+  NodeLocations locations;
+  for (unsigned i = 0; i < root->getNumberOfChildren(); ++i) {
+    ASSERT_EQ(locations.get(*root->getChildAt(i)).view(), L"/r/i[" + std::to_wstring(i + 1) + L"]/");
+  }
 }
 
 TEST(MassagedPropertyName, HasAMarkForEachSpace) {
