@@ -38,6 +38,12 @@ tovin::WideString ownTarget(const iNode* schemaNode) {
   return target.isEmpty() ? tovin::WideString() : target;
 }
 
+bool declaresAny(const iNode* node) {
+  bool any = false;
+  forDeclarations(node, [&](std::wstring_view, const tovin::WideString&) { any = true; });
+  return any;
+}
+
 bool isQualified(const iNode* schemaNode, const wchar_t* attribute) {
   return tovin::equalFolded(attributeText(schemaNode, attribute).view(), std::wstring_view(L"qualified"));
 }
@@ -108,11 +114,32 @@ tovin::WideString SchemaSet::effectiveNamespace(const iNode* definitions, const 
   return ownTarget(definitions);
 }
 
-// From the node outward; in a file its own root is the last.
+// In a file its own root is the last.
+const iNode* SchemaSet::outward(const iNode* node) const {
+  return fileRoots_.count(node) ? nullptr : node->findParent();
+}
+
+const iNode* SchemaSet::nearestDeclaring(const iNode* node) const {
+  std::vector<const iNode*> way;
+  for (; node && !declaresAny(node); node = outward(node)) {
+    const auto known = declaring_.find(node);
+    if (known != declaring_.end()) {
+      node = known->second.second.get();
+      break;
+    }
+    way.push_back(node);
+  }
+  const tovin::Ptr<iNode> nearest(const_cast<iNode*>(node));
+  for (const iNode* below : way) declaring_[below] = {tovin::Ptr<iNode>(const_cast<iNode*>(below)), nearest};
+  return node;
+}
+
 tovin::WideString SchemaSet::boundAt(const iNode* node, std::wstring_view prefix) const {
-  for (; node; node = fileRoots_.count(node) ? nullptr : node->findParent()) {
-    tovin::WideString uri = declaredOn(node, prefix);
+  const iNode* next = node;
+  while (const iNode* at = next ? nearestDeclaring(next) : nullptr) {
+    tovin::WideString uri = declaredOn(at, prefix);
     if (!uri.isNull()) return uri;
+    next = outward(at);
   }
   return prefix == L"xml" ? tovin::WideString(wsdlnamespaces::Xml) : tovin::WideString();
 }

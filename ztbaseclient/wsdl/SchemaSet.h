@@ -5,6 +5,7 @@
 #include <string>
 #include <unordered_map>
 #include <unordered_set>
+#include <utility>
 #include <vector>
 
 #include "tovin/Array.h"
@@ -56,6 +57,9 @@ class SchemaSet {
   tovin::iNode* find(const Place& place, Kinds kinds, std::wstring_view name) const;
 
  private:
+  // The nearest node outward that declares namespaces at all, itself included; null if none.
+  const tovin::iNode* nearestDeclaring(const tovin::iNode* node) const;
+  const tovin::iNode* outward(const tovin::iNode* node) const;
   std::vector<std::wstring> scopesOf(tovin::iNode* definitions, const tovin::iNode* schemaNode) const;
   std::wstring ownScope(const tovin::iNode* schemaNode) const;
   void index(const std::vector<std::wstring>& scopes, tovin::iNode* declaration);
@@ -64,6 +68,11 @@ class SchemaSet {
   std::unordered_map<const tovin::iNode*, size_t> positions_;
   std::unordered_map<const tovin::iNode*, tovin::iNode*> includers_;
   std::unordered_set<const tovin::iNode*> fileRoots_;
+  // The answers of nearestDeclaring, so that deep trees are not climbed for each name. Counted: a node that
+  // is asked about may belong to another document.
+  mutable std::unordered_map<const tovin::iNode*,
+                             std::pair<tovin::Ptr<tovin::iNode>, tovin::Ptr<tovin::iNode>>>
+      declaring_;
   std::unordered_set<std::wstring> scopes_;
   std::unordered_map<std::wstring, tovin::iNode*> declarations_;
 };
