@@ -106,6 +106,10 @@ size_t asciiPrefix(std::string_view bytes) noexcept {
     for (uint64_t word : words) bits |= word;
     if (bits & 0x8080808080808080) break;
   }
+  for (uint64_t word; bytes.size() - at >= sizeof word; at += sizeof word) {
+    std::memcpy(&word, bytes.data() + at, sizeof word);
+    if (word & 0x8080808080808080) break;
+  }
   while (at < bytes.size() && static_cast<unsigned char>(bytes[at]) < 0x80) ++at;
   return at;
 }
@@ -169,9 +173,15 @@ size_t utf8Length(std::wstring_view text) noexcept {
   return length;
 }
 
+void appendUtf8(std::string& out, std::wstring_view text) {
+  const size_t before = out.size();
+  out.resize(before + utf8Length(text));
+  wideToUtf8(text, out.data() + before);
+}
+
 std::string wideToUtf8(std::wstring_view text) {
-  std::string out(utf8Length(text), '\0');
-  wideToUtf8(text, out.data());
+  std::string out;
+  appendUtf8(out, text);
   return out;
 }
 

@@ -17,6 +17,9 @@ TOVINCORE_API std::wstring utf8ToWide(std::string_view bytes);
 /// bytes.
 TOVINCORE_API std::string wideToUtf8(std::wstring_view text);
 
+/// Puts the same behind a text.
+TOVINCORE_API void appendUtf8(std::string& out, std::wstring_view text);
+
 /// Like wideToUtf8 for a zero-terminated text; null gives the empty text.
 TOVINCORE_API std::string wideToUtf8(const wchar_t* text);
 

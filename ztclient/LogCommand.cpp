@@ -26,23 +26,44 @@ struct Options {
 
 std::string utf8(const tovin::WideString& text) { return tovin::wideToUtf8(text.view()); }
 
-void printJson(const CConsoleEntry& entry, int64_t position) {
-  Json values = Json::array();
-  for (const auto& pair : entry.GetPairs()) values.push_back({utf8(pair.name), utf8(pair.value)});
-  std::cout << toText({{"values", std::move(values)}, {"position", position}}) << '\n';
-}
+// What is printed goes out in large pieces, and all of it before the printer does.
+class Printer {
+ public:
+  explicit Printer(bool json) : json_(json) {}
+  ~Printer() { flush(); }
 
-void printText(const CConsoleEntry& entry) {
-  for (const auto& pair : entry.GetPairs()) std::cout << utf8(pair.name) << ": " << utf8(pair.value) << '\n';
-  std::cout << '\n';
-}
+  void print(const CConsoleEntry& entry, int64_t position) {
+    json_ ? addJson(entry, position) : addText(entry);
+    if (text_.size() >= pieceSize) flush();
+  }
 
-void print(const Options& options, const CConsoleEntry& entry, int64_t position) {
-  if (options.json)
-    printJson(entry, position);
-  else
-    printText(entry);
-}
+ private:
+  static constexpr size_t pieceSize = size_t{1} << 16;
+
+  void addJson(const CConsoleEntry& entry, int64_t position) {
+    Json values = Json::array();
+    for (const auto& pair : entry.GetPairs()) values.push_back({utf8(pair.name), utf8(pair.value)});
+    text_ += toText({{"values", std::move(values)}, {"position", position}}) + '\n';
+  }
+
+  void addText(const CConsoleEntry& entry) {
+    for (const auto& pair : entry.GetPairs()) {
+      tovin::appendUtf8(text_, pair.name.view());
+      text_ += ": ";
+      tovin::appendUtf8(text_, pair.value.view());
+      text_ += '\n';
+    }
+    text_ += '\n';
+  }
+
+  void flush() {
+    std::cout.write(text_.data(), static_cast<std::streamsize>(text_.size())).flush();
+    text_.clear();
+  }
+
+  bool json_;
+  std::string text_;
+};
 
 CConsoleReader open(const wchar_t* name, int64_t position) {
   CConsoleReader reader(name, position);
@@ -54,7 +75,8 @@ void show(const Options& options) {
   const InputFile file(options.file);
   CConsoleReader reader = open(file.name(), options.position);
   CConsoleEntry entry;
-  while (reader.GetNextEntry(entry)) print(options, entry, reader.GetPosition());
+  Printer printer(options.json);
+  while (reader.GetNextEntry(entry)) printer.print(entry, reader.GetPosition());
 }
 
 int64_t lengthOf(const wchar_t* name) {
@@ -67,8 +89,8 @@ int64_t lengthOf(const wchar_t* name) {
 int64_t printComplete(const Options& options, const wchar_t* name, int64_t position) {
   CConsoleReader reader = open(name, position);
   CConsoleEntry entry;
-  while (reader.GetNextEntry(entry) && reader.WasEntryComplete()) print(options, entry, reader.GetPosition());
-  std::cout.flush();
+  Printer printer(options.json);
+  while (reader.GetNextEntry(entry) && reader.WasEntryComplete()) printer.print(entry, reader.GetPosition());
   return reader.GetResumePosition();
 }
 

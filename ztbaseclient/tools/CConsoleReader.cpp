@@ -6,7 +6,6 @@
 #include "tovin/Constants.h"
 #include "tovinCore/Guard.h"
 #include "tovinCore/Utf8.h"
-#include "ztbaseclient/tools/CConsoleEntry.h"
 #include "ztcore/ztMemoryStringFile.h"
 #include "ztcore/ztStringReader.h"
 
@@ -14,12 +13,16 @@ using tovin::guarded;
 
 namespace {
 
-constexpr std::wstring_view blanks = L" \r\n\t\xA0";
+// Of the texts of an earlier entry so many pairs are kept, and none that is longer.
+constexpr size_t maxSpare = 64, maxSpareLength = 4096;
+
+bool isBlank(wchar_t c) { return c == L' ' || c == L'\r' || c == L'\n' || c == L'\t' || c == L'\xA0'; }
 
 std::wstring_view trimmed(std::wstring_view text) {
-  const size_t first = text.find_first_not_of(blanks);
-  if (first == std::wstring_view::npos) return {};
-  return text.substr(first, text.find_last_not_of(blanks) - first + 1);
+  size_t first = 0, end = text.size();
+  while (first < end && isBlank(text[first])) ++first;
+  while (first < end && isBlank(text[end - 1])) --end;
+  return {text.data() + first, end - first};
 }
 
 // The character that an escape stands for, 0 for what is none.
@@ -49,13 +52,15 @@ void decode(std::wstring_view text, tovin::WideString& out) {
   }
 }
 
+const std::wstring_view beginText = tovin::DRV_ConsoleEntryBegin, endText = tovin::DRV_ConsoleEntryEnd;
+
 bool holds(std::wstring_view text, std::wstring_view marker) {
-  return text.find(marker) != std::wstring_view::npos;
+  return text.size() >= marker.size() && text.find(marker) != std::wstring_view::npos;
 }
 
 // As the bytes of a log.
 const std::string& beginMarker() {
-  static const std::string bytes = tovin::wideToUtf8(tovin::DRV_ConsoleEntryBegin);
+  static const std::string bytes = tovin::wideToUtf8(beginText);
   return bytes;
 }
 
@@ -102,11 +107,20 @@ int64_t CConsoleReader::GetPosition() const {
 bool CConsoleReader::GetNextEntry(CConsoleEntry& entry) {
   return guarded({ClassName, "GetNextEntry"}, [&] {
     if (!source_) return false;
-    entry.Clear();
+    empty(entry);
     if (!findBegin()) return false;
     readPairs(entry);
     return true;
   });
+}
+
+void CConsoleReader::empty(CConsoleEntry& entry) {
+  for (CConsoleEntry::NameValue& pair : entry.pairs_) {
+    if (spare_.size() == maxSpare) break;
+    if (std::max(pair.name.getLength(), pair.value.getLength()) <= maxSpareLength)
+      spare_.push_back(std::move(pair));
+  }
+  entry.Clear();
 }
 
 bool CConsoleReader::nextLine() {
@@ -126,7 +140,7 @@ bool CConsoleReader::findBegin() {
   for (;;) {
     start = source_->GetPosition();
     if (!nextLine()) return false;
-    const bool found = holds(text_, tovin::DRV_ConsoleEntryBegin);
+    const bool found = holds(text_, beginText);
     unfinishedLine_ = !found && !source_->HadLineEnd();
     resume_ = found || unfinishedLine_ ? start : source_->GetPosition();
     if (found) return true;
@@ -136,7 +150,7 @@ bool CConsoleReader::findBegin() {
 void CConsoleReader::readPairs(CConsoleEntry& entry) {
   entryComplete_ = false;
   while (nextLine()) {
-    if (holds(text_, tovin::DRV_ConsoleEntryEnd)) {
+    if (holds(text_, endText)) {
       entryComplete_ = true;
       resume_ = source_->GetPosition();
       return;
@@ -152,6 +166,10 @@ void CConsoleReader::readPair(CConsoleEntry& entry) {
   const auto last = static_cast<unsigned>(first + text_.size() - 1);
   const auto middle = static_cast<unsigned>(first + tab);
   CConsoleEntry::NameValue& pair = entry.Add();
+  if (!spare_.empty()) {
+    std::swap(pair, spare_.back());
+    spare_.pop_back();
+  }
   Decode(line_, first, middle - 1, pair.name);
   Decode(line_, middle + 1, last, pair.value);
 }

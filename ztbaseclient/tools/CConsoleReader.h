@@ -3,11 +3,12 @@
 #include <cstdint>
 #include <memory>
 #include <string_view>
+#include <vector>
 
 #include "tovin/BaseString.h"
 #include "ztbaseclient/Export.h"
+#include "ztbaseclient/tools/CConsoleEntry.h"
 
-class CConsoleEntry;
 class ztMemoryStringFile;
 class ztStringReader;
 
@@ -56,6 +57,7 @@ class ZTBASECLIENT_API CConsoleReader {
   bool findBegin();
   void readPairs(CConsoleEntry& entry);
   void readPair(CConsoleEntry& entry);
+  void empty(CConsoleEntry& entry);
 
   std::unique_ptr<ztStringReader> source_;
   int64_t resume_ = 0;
@@ -64,4 +66,6 @@ class ZTBASECLIENT_API CConsoleReader {
   // The line and, inside it, its text without blanks around.
   tovin::WideString line_;
   std::wstring_view text_;
+  // Texts of earlier entries, so that the next ones need no new memory.
+  std::vector<CConsoleEntry::NameValue> spare_;
 };
