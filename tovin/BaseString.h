@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <string>
 #include <string_view>
+#include <type_traits>
 #include <utility>
 
 #include "tovin/AllocBase.h"
@@ -122,12 +123,12 @@ class BaseString {
   BaseString& operator+=(const BaseString& text) { return text.isNull() ? *this : append(text.view()); }
   BaseString& operator+=(C c) { return append(View(&c, 1)); }
 
-  /// Exact; null equals only null.
+  /// Exact, unit by unit; null equals only null.
   friend bool operator==(const BaseString& a, const BaseString& b) noexcept {
-    return a.isNull() == b.isNull() && a.view() == b.view();
+    return a.isNull() == b.isNull() && sameText(a.view(), b.view());
   }
   friend bool operator==(const BaseString& a, const C* b) noexcept {
-    return b ? !a.isNull() && a.view() == b : a.isNull();
+    return b ? !a.isNull() && sameText(a.view(), b) : a.isNull();
   }
 
  private:
@@ -135,6 +136,13 @@ class BaseString {
     size_t length;
     size_t capacity;
   };
+
+  static bool sameText(View a, View b) noexcept {
+    if constexpr (std::is_same_v<C, wchar_t>)
+      return a == b || compareUnits(a, b) == 0;
+    else
+      return a == b;
+  }
 
   Header* header() const noexcept { return reinterpret_cast<Header*>(text_) - 1; }
   size_t capacity() const noexcept { return text_ ? header()->capacity : 0; }

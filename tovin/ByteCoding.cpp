@@ -70,6 +70,8 @@ struct Progress {
   int32_t total;
 };
 
+[[noreturn]] void refuseCount(int32_t count) { throw Exception(L"A string cannot have the count %d", count); }
+
 [[noreturn]] void throwEndOfString(Progress progress) {
   throw Exception(L"EOF reading byte %d in string of length %d", progress.done + 1, progress.total);
 }
@@ -235,13 +237,14 @@ void readWideBody(iByteInputStream& stream, WideString& text, int32_t count) {
 }
 
 void readWideChars(iByteInputStream& stream, wchar_t* buffer, int32_t count) {
+  if (count < 0) refuseCount(count);
   requireKnownVersion(stream.getSerializationVersion());
   readUnits(stream, buffer, count, {0, count});
   if (stream.getSerializationVersion() != rawUtf16Version) buffer[count] = L'\0';
 }
 
 int32_t checkedCount(int32_t count) {
-  if (count < 0) throw Exception(L"A string cannot have the count %d", count);
+  if (count < 0) refuseCount(count);
   return count - 1;
 }
 

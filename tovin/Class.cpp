@@ -100,7 +100,9 @@ Class* Class::getClass(const ClassTag& tag) noexcept {
   const Index* index = registry().current.load(std::memory_order_acquire);
   if (!index) return nullptr;
   const bool newerKind = tag.isNewerHash();
-  return index->find(newerKind ? tag.getHash() : tag.getHash(false), newerKind);
+  Class* found = index->find(newerKind ? tag.getHash() : tag.getHash(false), newerKind);
+  // Another name may have the same hash.
+  return found && tag.isNameOf(found->getTag()) ? found : nullptr;
 }
 
 Class& Class::requireClass(const ClassTag& tag) {

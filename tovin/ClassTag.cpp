@@ -1,5 +1,7 @@
 #include "tovin/ClassTag.h"
 
+#include <cstring>
+
 #include "tovin/Class.h"
 
 namespace tovin {
@@ -23,6 +25,10 @@ NarrowString ClassTag::describe() const {
   if (const char* name = *this) return name;
   if (knows_ == both) return "(null)";
   return std::to_string(getHash());
+}
+
+bool ClassTag::isNameOf(const ClassTag& known) const noexcept {
+  return !name_ || (known.name_ && std::strcmp(name_, known.name_) == 0);
 }
 
 bool ClassTag::sameByHash(const ClassTag& a, const ClassTag& b) noexcept {

@@ -48,6 +48,9 @@ class TOVIN_API ClassTag {
     return sameByHash(a, b);
   }
   bool isNewerHash() const noexcept { return knows_ != olderOnly; }
+  /// Whether a class of a name that is known may be the one that this tag was built for: its name is the
+  /// same, or this tag was built from a hash and has none.
+  bool isNameOf(const ClassTag& known) const noexcept;
 
  private:
   enum Knows : unsigned char { both, newerOnly, olderOnly };

@@ -15,18 +15,21 @@ namespace tovin {
 template <class K>
 struct HashTraits {
   static uint32_t hash(K key) noexcept { return static_cast<uint32_t>(key); }
+  static uint32_t keyedHash(K key) noexcept { return hash(key); }
   static bool equal(K a, K b) noexcept { return a == b; }
 };
 
 /// Names: equal when their units are equal with A to Z folded.
 struct FoldedNameTraits {
   static uint32_t hash(const wchar_t* name) noexcept { return hashFolded(name); }
+  static uint32_t keyedHash(const wchar_t* name) noexcept { return name ? hashKeyedFolded(name) : 0; }
   static bool equal(const wchar_t* a, const wchar_t* b) noexcept { return equalFolded(a, b); }
 };
 
 template <>
 struct HashTraits<WideString> {
   static uint32_t hash(const wchar_t* text) noexcept { return hashExact(text); }
+  static uint32_t keyedHash(const wchar_t* text) noexcept { return text ? hashKeyed(text) : 0; }
   static bool equal(const wchar_t* a, const wchar_t* b) noexcept { return equalExact(a, b); }
 };
 
@@ -49,7 +52,9 @@ constexpr uint32_t primeFrom(uint32_t n) {
 ///
 /// - Ownership: owns keys and values. References into it are good until the next put, remove or resize.
 /// - Errors: a table made with 0 buckets refuses find, put and remove, each with a message of its own.
-/// - Speed: entries lie in one block, with their hashes; chains are indexes into it.
+/// - Speed: entries lie in one block, with their hashes; chains are indexes into it. A chain as long as
+/// chance never makes it shows keys that were chosen to meet: from then on, until clear(), the table hashes
+/// under the process's key.
 template <class K, class V, class Traits = HashTraits<K>>
 class HashMap {
  public:
@@ -71,7 +76,7 @@ class HashMap {
   template <class Q>
   const V* find(const Q& key) const {
     if (heads_.empty()) throw Exception(L"Tried to find in a hash map with 0 buckets");
-    const int32_t at = seek(key, Traits::hash(key));
+    const int32_t at = seek(key, hashOf(key));
     return at == none ? nullptr : &entries_[static_cast<size_t>(at)].value;
   }
   template <class Q>
@@ -83,11 +88,16 @@ class HashMap {
   template <class Q>
   bool put(Q&& key, V value) {
     if (heads_.empty()) throw Exception(L"Tried to put into a hash map with 0 buckets");
-    const uint32_t hash = Traits::hash(key);
-    const int32_t at = seek(key, hash);
+    uint32_t hash = hashOf(key);
+    int32_t steps = 0;
+    const int32_t at = seek(key, hash, &steps);
     if (at != none) {
       entries_[static_cast<size_t>(at)].value = std::move(value);
       return false;
+    }
+    if (steps > longestChain && !keyed_) {
+      hashUnderKey();
+      hash = hashOf(key);
     }
     if (size_ >= getThreshold()) resize(primeFrom(2 * getNumBuckets() + 1));
     link(place({K(std::forward<Q>(key)), std::move(value), hash, none}));
@@ -99,7 +109,7 @@ class HashMap {
   template <class Q>
   bool remove(const Q& key) {
     if (heads_.empty()) throw Exception(L"Tried to remove from hash map with 0 buckets");
-    const uint32_t hash = Traits::hash(key);
+    const uint32_t hash = hashOf(key);
     int32_t* from = &heads_[hash % heads_.size()];
     for (; *from != none; from = &entries_[static_cast<size_t>(*from)].next) {
       Entry& entry = entries_[static_cast<size_t>(*from)];
@@ -129,6 +139,7 @@ class HashMap {
     entries_.clear();
     free_ = none;
     size_ = 0;
+    keyed_ = false;
   }
 
   /// Calls body(key, value) for every entry, in order of insertion as long as nothing was removed.
@@ -145,14 +156,32 @@ class HashMap {
   static constexpr int32_t dead = -2;
   static constexpr int32_t deadEnd = INT32_MIN;
 
+  static constexpr int32_t longestChain = 64;
+
   template <class Q>
-  int32_t seek(const Q& key, uint32_t hash) const {
-    int32_t at = heads_[hash % heads_.size()];
+  uint32_t hashOf(const Q& key) const {
+    return keyed_ ? Traits::keyedHash(key) : Traits::hash(key);
+  }
+
+  void hashUnderKey() {
+    keyed_ = true;
+    for (Entry& entry : entries_) {
+      if (entry.next > dead) entry.hash = Traits::keyedHash(entry.key);
+    }
+    resize(getNumBuckets());
+  }
+
+  /// \param steps out, may be null: how many other keys were met on the way.
+  template <class Q>
+  int32_t seek(const Q& key, uint32_t hash, int32_t* steps = nullptr) const {
+    int32_t at = heads_[hash % heads_.size()], met = 0;
     while (at != none) {
       const Entry& entry = entries_[static_cast<size_t>(at)];
       if (entry.hash == hash && Traits::equal(entry.key, key)) break;
       at = entry.next;
+      ++met;
     }
+    if (steps) *steps = met;
     return at;
   }
 
@@ -179,6 +208,7 @@ class HashMap {
   std::vector<Entry> entries_;
   int32_t free_ = none;
   size_t size_ = 0;
+  bool keyed_ = false;
 };
 
 }  // namespace tovin

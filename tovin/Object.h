@@ -1,6 +1,7 @@
 #pragma once
 
 #include <atomic>
+#include <cstddef>
 
 #include "tovin/ByteStreams.h"
 #include "tovin/Class.h"
@@ -91,10 +92,13 @@ class TOVIN_API CountedObject : public virtual Object {
 };
 
 /// An object that is recycled through its class's pool.
+///
+/// - Ownership: one made with plain `new` is given back like any other, and is then destroyed. One that is a
+/// variable or a member dies with that and cannot be given back.
 class TOVIN_API PooledObject : public virtual Object {
  public:
-  PooledObject() = default;
-  PooledObject(const PooledObject& other) : Object(other) {}
+  PooledObject() : origin_(originOf(this)) {}
+  PooledObject(const PooledObject& other) : Object(other), origin_(originOf(this)) {}
   PooledObject& operator=(const PooledObject&) { return *this; }
   ~PooledObject() override;
 
@@ -103,12 +107,20 @@ class TOVIN_API PooledObject : public virtual Object {
   /// Gives up what the object holds as it enters the pool.
   virtual void onDeactivate() = 0;
 
+  /// Remembers the memory, so that the object built in it knows where it lies.
+  static void* operator new(size_t size);
+  static void* operator new(size_t, void* memory) noexcept { return memory; }
+  static void operator delete(void* memory) noexcept;
+  static void operator delete(void*, void*) noexcept {}
+
  private:
   friend class Pool;
-  // Where the object's memory came from; a pool takes back only what it made.
-  enum class Origin : unsigned char { elsewhere, heap, block };
+  // Where the object lies, and whether its pool counted it out.
+  enum class Origin : unsigned char { elsewhere, plainNew, heap, block };
+  static Origin originOf(const PooledObject* object) noexcept;
+
   PooledObject* next_ = nullptr;
-  Origin origin_ = Origin::elsewhere;
+  Origin origin_;
 };
 
 }  // namespace tovin

@@ -5,6 +5,14 @@
 
 namespace tovin {
 
+namespace {
+
+[[noreturn]] void refuseLeak() {
+  throw Exception("Object leak, object being returned to pool when none were outstanding...");
+}
+
+}  // namespace
+
 PooledObject* Pool::take(void*& memory) {
   AutoCriticalSection held(lock_);
   held.lock(lockTimeout, true);
@@ -44,12 +52,14 @@ void Pool::adopt(PooledObject& object, void* memory) {
 }
 
 bool Pool::giveBack(PooledObject& object) {
+  if (object.origin_ == PooledObject::Origin::plainNew) return false;
+  AutoCriticalSection held(lock_);
+  held.lock(lockTimeout, true);
   if (object.origin_ == PooledObject::Origin::elsewhere) {
+    if (outstanding_ == 0) refuseLeak();
     throw Exception(L"An object of class %hs that its pool did not make cannot be returned to it",
                     object.getClassTag());
   }
-  AutoCriticalSection held(lock_);
-  held.lock(lockTimeout, true);
   if (Object::m_dontUsePools.load(std::memory_order_relaxed) || (limit_ != -1 && outstanding_ >= limit_)) {
     --outstanding_;
     return false;
@@ -57,9 +67,7 @@ bool Pool::giveBack(PooledObject& object) {
   held.unlock();
   object.onDeactivate();
   held.lock(lockTimeout, true);
-  if (outstanding_ == 0) {
-    throw Exception("Object leak, object being returned to pool when none were outstanding...");
-  }
+  if (outstanding_ == 0) refuseLeak();
   --outstanding_;
   object.next_ = firstFree_;
   firstFree_ = &object;

@@ -32,7 +32,7 @@ class TOVIN_API Pool {
   void undoTake(void* memory);
   /// Tells the object that take() gave memory for where that came from.
   static void adopt(PooledObject& object, void* memory);
-  /// Takes an object back. True: it was kept. False: it was counted down, and the caller destroys it.
+  /// Takes an object back. True: it was kept. False: it is counted out no more, and the caller destroys it.
   bool giveBack(PooledObject& object);
   /// Where the memory of an object that giveBack() refused goes after its destructor ran.
   void recycle(void* memory);

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <utility>
 
 #include "tovin/AllocBase.h"
@@ -41,6 +42,41 @@ class Ptr {
 
  private:
   T* object_ = nullptr;
+};
+
+/// Keeps a counted object for a while that somebody else counts already. An object that nobody counts is its
+/// maker's and is left alone: letting go of it would give it back under its maker's hands.
+///
+/// - Shape: one pointer in size; whether it counts stands in the lowest bit.
+template <class T>
+class Held {
+ public:
+  Held() noexcept = default;
+  explicit Held(T* object) noexcept : bits_(reinterpret_cast<uintptr_t>(object)) {
+    if (!object || object->getRefCount() == 0) return;
+    object->addRef();
+    bits_ |= counts;
+  }
+  Held(const Held& other) noexcept : bits_(other.bits_) {
+    if (bits_ & counts) get()->addRef();
+  }
+  Held(Held&& other) noexcept : bits_(std::exchange(other.bits_, 0)) {}
+  ~Held() {
+    if (bits_ & counts) guardedDestruction("Held", [this] { get()->release(); });
+  }
+  Held& operator=(Held other) noexcept {
+    std::swap(bits_, other.bits_);
+    return *this;
+  }
+
+  T* get() const noexcept { return reinterpret_cast<T*>(bits_ & ~counts); }
+  T* operator->() const noexcept { return get(); }
+  T& operator*() const noexcept { return *get(); }
+  explicit operator bool() const noexcept { return bits_ != 0; }
+
+ private:
+  static constexpr uintptr_t counts = 1;
+  uintptr_t bits_ = 0;
 };
 
 /// Frees with the framework's memory.

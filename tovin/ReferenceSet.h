@@ -12,8 +12,9 @@ class iProperty;
 
 /// An ordered list of counted references: what a query selects.
 ///
-/// - Ownership: holds one reference to each object; an object that its tree gives up meanwhile lives on for
-/// the set.
+/// - Ownership: holds one reference to each object that is counted when it comes in; one that its tree gives
+/// up meanwhile lives on for the set. An object that nobody counts (a root node as it was allocated) stays
+/// its maker's, who outlives the set's use of it.
 template <class T>
 class ReferenceSetImpl {
  public:
@@ -32,7 +33,7 @@ class ReferenceSetImpl {
   void swap(ReferenceSetImpl& other) noexcept { items_.swap(other.items_); }
 
  private:
-  std::vector<Ptr<T>> items_;
+  std::vector<Held<T>> items_;
 };
 
 using NodeReferenceSet = ReferenceSetImpl<iNode>;

@@ -1,6 +1,7 @@
 #include "tovinCore/Units.h"
 
 #include <algorithm>
+#include <random>
 
 namespace tovin {
 namespace {
@@ -39,6 +40,36 @@ bool equalFoldedUnits(std::wstring_view a, std::wstring_view b) {
     if (x < 0 || y < 0) return x == y;
     if (foldAscii(static_cast<uint32_t>(x)) != foldAscii(static_cast<uint32_t>(y))) return false;
   }
+}
+
+constexpr auto folded = [](uint32_t unit) { return foldAscii(unit); };
+constexpr auto asItIs = [](uint32_t unit) { return unit; };
+
+struct HashKey {
+  uint64_t start, factor;
+
+  static uint64_t draw() {
+    std::random_device source;
+    return uint64_t{source()} << 32 | source();
+  }
+  HashKey() : start(draw()), factor(draw() | 1) {}
+};
+
+template <class Fold>
+uint32_t hashUnderKey(std::wstring_view text, Fold fold) {
+  static const HashKey key;
+  uint64_t hash = key.start;
+  const auto mix = [&](uint32_t unit) {
+    hash = (hash ^ unit) * key.factor;
+    hash ^= hash >> 32;
+  };
+  for (wchar_t c : text) {
+    if (isPlain(c))
+      mix(fold(static_cast<uint32_t>(c)));
+    else
+      forUnits(static_cast<uint32_t>(c), mix);
+  }
+  return static_cast<uint32_t>(hash);
 }
 
 template <class Fold>
@@ -85,12 +116,12 @@ int compareUnits(std::wstring_view a, std::wstring_view b) noexcept {
   }
 }
 
-uint32_t hashFolded(const wchar_t* text) noexcept {
-  return hashUnits(text, [](uint32_t unit) { return foldAscii(unit); });
-}
+uint32_t hashFolded(const wchar_t* text) noexcept { return hashUnits(text, folded); }
 
-uint32_t hashExact(const wchar_t* text) noexcept {
-  return hashUnits(text, [](uint32_t unit) { return unit; });
-}
+uint32_t hashExact(const wchar_t* text) noexcept { return hashUnits(text, asItIs); }
+
+uint32_t hashKeyed(std::wstring_view text) noexcept { return hashUnderKey(text, asItIs); }
+
+uint32_t hashKeyedFolded(std::wstring_view text) noexcept { return hashUnderKey(text, folded); }
 
 }  // namespace tovin

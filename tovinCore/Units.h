@@ -52,4 +52,9 @@ TOVINCORE_API uint32_t hashFolded(const wchar_t* text) noexcept;
 /// The same hash without folding.
 TOVINCORE_API uint32_t hashExact(const wchar_t* text) noexcept;
 
+/// Hashes under a key that is drawn anew for each process, so that nobody can prepare texts with equal
+/// hashes.
+TOVINCORE_API uint32_t hashKeyed(std::wstring_view text) noexcept;
+TOVINCORE_API uint32_t hashKeyedFolded(std::wstring_view text) noexcept;
+
 }  // namespace tovin

@@ -1,5 +1,6 @@
 #include "ztclient/Document.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <vector>
 
@@ -53,13 +54,13 @@ tovin::Ptr<tovin::iNode> readXml(const std::string& bytes) {
 
 }  // namespace
 
-std::string bytesOf(const wchar_t* text) {
-  std::string bytes;
-  for (; text && *text; ++text) bytes += static_cast<char>(*text);
+std::string bytesOf(std::wstring_view text) {
+  std::string bytes(text.size(), '\0');
+  std::transform(text.begin(), text.end(), bytes.begin(), [](wchar_t c) { return static_cast<char>(c); });
   return bytes;
 }
 
-std::string Document::utf8(const wchar_t* text) const {
+std::string Document::utf8(std::wstring_view text) const {
   return bytesAsCharacters ? bytesOf(text) : tovin::wideToUtf8(text);
 }
 

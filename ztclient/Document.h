@@ -2,6 +2,7 @@
 
 #include <functional>
 #include <string>
+#include <string_view>
 
 #include "tovin/Ptr.h"
 #include "tovin/iNode.h"
@@ -13,7 +14,8 @@ struct Document {
   bool bytesAsCharacters = false;
 
   /// A text of the tree as UTF-8; empty for null.
-  std::string utf8(const wchar_t* text) const;
+  std::string utf8(const wchar_t* text) const { return text ? utf8(std::wstring_view(text)) : std::string(); }
+  std::string utf8(std::wstring_view text) const;
   /// A text in UTF-8 as the texts of the tree are written.
   std::wstring wide(const std::string& utf8) const;
 };
@@ -26,7 +28,10 @@ Document readDocument(const std::string& file);
 void walk(const tovin::iNode& root, const std::function<void(const tovin::iNode& node, size_t depth)>& visit);
 
 /// The UTF-8 of a text that holds one character a byte; empty for null.
-std::string bytesOf(const wchar_t* text);
+std::string bytesOf(std::wstring_view text);
+inline std::string bytesOf(const wchar_t* text) {
+  return text ? bytesOf(std::wstring_view(text)) : std::string();
+}
 
 /// All bytes of a file, or of standard input for "-".
 std::string readBytes(const std::string& file);

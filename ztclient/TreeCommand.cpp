@@ -1,4 +1,5 @@
 // ztclient tree: an XML document or a node record as a tree, and the way from one to the other.
+#include <algorithm>
 #include <cmath>
 #include <iostream>
 #include <memory>
@@ -35,6 +36,20 @@ const T* as(const tovin::Value& value) {
 
 Json textOrNull(const Document& document, const wchar_t* text) {
   return text ? Json(document.utf8(text)) : Json();
+}
+
+// With the characters behind a U+0000 too.
+Json textOrNull(const Document& document, const tovin::WideString& text) {
+  return text.isNull() ? Json() : Json(document.utf8(text.view()));
+}
+
+// A name with control characters in it is escaped like a text, so that a node stays one line.
+std::string onOneLine(std::string name) {
+  const bool plain =
+      std::none_of(name.begin(), name.end(), [](unsigned char c) { return c < 0x20 || c == 0x7F; });
+  if (plain) return name;
+  const std::string escaped = toText(Json(name));
+  return escaped.substr(1, escaped.size() - 2);
 }
 
 Json numberOf(double number) {
@@ -95,9 +110,10 @@ Json nodeToJson(const Document& document, const tovin::iNode& node, size_t depth
 
 std::string nodeToLine(const Document& document, const tovin::iNode& node, size_t depth) {
   std::string line = depth < numberedLevel ? std::string(2 * depth, ' ') : std::to_string(depth) + " ";
-  line += document.utf8(node.getName());
+  line += onOneLine(document.utf8(node.getName()));
   forProperties(node, [&](const tovin::iProperty& property) {
-    line += " " + document.utf8(property.getName()) + "=" + toText(valueOf(document, property.getValue()));
+    line += " " + onOneLine(document.utf8(property.getName())) + "=" +
+            toText(valueOf(document, property.getValue()));
   });
   if (const auto* carrier = tovin::seek<CObjectTransportNode>(static_cast<const tovin::Object*>(&node))) {
     if (carrier->GetObject())

@@ -10,6 +10,7 @@
 #include "tovin/AllocBase.h"
 #include "tovinCore/CriticalSection.h"
 #include "tovinCore/Exception.h"
+#include "tovinCore/Units.h"
 
 namespace {
 
@@ -29,14 +30,6 @@ Entry* entryOf(const wchar_t* text) noexcept {
 // A count this high is never changed again: many names are held for ever on purpose.
 constexpr uint32_t immortal = 0x80000000u;
 constexpr long lockTimeout = 60'000;
-
-uint32_t hashOf(const wchar_t* text, size_t& length) noexcept {
-  uint32_t hash = 2166136261u;
-  const wchar_t* at = text;
-  for (; *at; ++at) hash = (hash ^ static_cast<uint32_t>(*at)) * 16777619u;
-  length = static_cast<size_t>(at - text);
-  return hash ^ hash >> 15;
-}
 
 void retain(Entry& entry) noexcept {
   if (entry.references.load(std::memory_order_relaxed) < immortal) {
@@ -158,8 +151,8 @@ const wchar_t* ztUniqueStrings::GetUniqueString(const wchar_t* newText, const wc
   const wchar_t* result = nullptr;
   bool fresh = false;
   if (newText) {
-    size_t length = 0;
-    const uint32_t hash = hashOf(newText, length);
+    const size_t length = std::wcslen(newText);
+    const uint32_t hash = tovin::hashKeyed({newText, length});
     result = partOf(hash).intern(newText, length, hash, fresh)->text();
   }
   if (oldText) partOf(entryOf(oldText)->hash).release(*entryOf(oldText));

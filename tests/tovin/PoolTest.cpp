@@ -82,8 +82,18 @@ TEST_F(Pools, ReturningMoreThanWentOutIsALeak) {
 TEST_F(Pools, OnlyObjectsOfThePoolAreTakenBack) {
   Unlimited local;
   Unlimited* object = &local;
+  expectMessage(L"Object leak, object being returned to pool when none were outstanding...",
+                [&] { Unlimited::deallocate(object); });
+  Unlimited* out = Unlimited::allocate();
+  object = &local;
   expectMessage(L"An object of class test.Unlimited that its pool did not make cannot be returned to it",
                 [&] { Unlimited::deallocate(object); });
+  // One made with plain `new` was never counted out, and is destroyed.
+  object = new Unlimited;
+  Unlimited::deallocate(object);
+  EXPECT_EQ(object, nullptr);
+  EXPECT_EQ(Unlimited::m_class.getOutstanding(), 1);
+  Unlimited::deallocate(out);
 }
 
 TEST_F(Pools, AtTheLimitObjectsAreDestroyed) {

@@ -64,9 +64,9 @@ void CPropertyCollection::split(const wchar_t* name) const {
 
 // The first node at the location; null when there is none. Found nodes are let go at once: one of them may
 // own this collection.
-tovin::Ptr<tovin::iNode> CPropertyCollection::locate(const wchar_t* leaf) const {
+tovin::Held<tovin::iNode> CPropertyCollection::locate(const wchar_t* leaf) const {
   const bool found = DeepPropertyUtils::FirstAtLocation(this, location_, leaf, foundNodes_);
-  tovin::Ptr<tovin::iNode> node(found && !foundNodes_.isEmpty() ? foundNodes_[0] : nullptr);
+  tovin::Held<tovin::iNode> node(found && !foundNodes_.isEmpty() ? foundNodes_[0] : nullptr);
   foundNodes_.clear();
   return node;
 }
@@ -78,7 +78,7 @@ CPropertyCollection::Place CPropertyCollection::placeOf(const wchar_t* name, boo
   if (storage_->GetIndex(name) >= 0) return {self, name};
   if (!follows(name)) return mustExist ? Place{} : Place{self, name};
   split(name);
-  const tovin::Ptr<tovin::iNode> node = locate(mustExist ? leaf_.c_str() : nullptr);
+  const tovin::Held<tovin::iNode> node = locate(mustExist ? leaf_.c_str() : nullptr);
   if (!node) return {};
   Place place{node->getProperties(), leaf_};
   if (mustExist && !place.collection->isDefined(leaf_)) return {};
@@ -90,7 +90,7 @@ tovin::iProperty* CPropertyCollection::defineWith(const wchar_t* name,
                                                   CPropertyCollectionData::OwnedValue value, unsigned flags) {
   if ((flags & hierarchical) && isHierarchical(name)) {
     split(name);
-    const tovin::Ptr<tovin::iNode> node = locate(nullptr);
+    const tovin::Held<tovin::iNode> node = locate(nullptr);
     if (!node) throw tovin::Exception(L"Failed to find hierarchical location \"%ls\"\n", location_);
     const tovin::WideString leaf(leaf_);
     return node->getProperties()->define(leaf, *value, flags & MetaDataFlags::definable);
@@ -245,7 +245,7 @@ void CPropertyCollection::arrange(const NameList& names, bool createMissing, boo
     tovin::iPropertyCollection* addressed = this;
     if (follows(name)) {
       split(name);
-      const tovin::Ptr<tovin::iNode> node = locate(nullptr);
+      const tovin::Held<tovin::iNode> node = locate(nullptr);
       if (!node) throw tovin::Exception(L"Cannot find hierarchical location \"%ls\"", location_);
       addressed = node->getProperties();
       names_.add(leaf_);
@@ -271,7 +271,8 @@ void CPropertyCollection::appendFrom(const tovin::iPropertyCollection* source) {
     if (!source) return;
     for (unsigned i = 0, size = source->getSize(); i < size; ++i) {
       const tovin::iProperty* property = source->get(i);
-      define(property->getName(), property->getValue(), property->getInfo()->getMetaDataFlags().getBits());
+      const unsigned flags = property->getInfo()->getMetaDataFlags().getBits() & MetaDataFlags::definable;
+      define(property->getName(), property->getValue(), flags);
     }
   });
 }

@@ -94,7 +94,7 @@ class ZTBASECLIENT_API CPropertyCollection
 
   bool follows(const wchar_t* name) const noexcept;
   void split(const wchar_t* name) const;
-  tovin::Ptr<tovin::iNode> locate(const wchar_t* leaf) const;
+  tovin::Held<tovin::iNode> locate(const wchar_t* leaf) const;
   Place placeOf(const wchar_t* name, bool mustExist) const;
   tovin::iProperty* lookUp(const wchar_t* name) const;
   CProperty* at(unsigned index) const;

@@ -5,7 +5,7 @@
 namespace {
 
 struct FoldedHash {
-  size_t operator()(const wchar_t* name) const noexcept { return tovin::hashFolded(name); }
+  size_t operator()(const wchar_t* name) const noexcept { return name ? tovin::hashKeyedFolded(name) : 0; }
 };
 
 struct FoldedEqual {

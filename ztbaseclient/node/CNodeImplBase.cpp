@@ -21,9 +21,11 @@ namespace {
 
 constexpr unsigned atEnd = 0xFFFFFFFF;
 
-CNodeImplBase* coreOf(iNode* node) { return tovin::seek<CNodeImplBase>(static_cast<tovin::Object*>(node)); }
-
 }  // namespace
+
+CNodeImplBase* CNodeImplBase::coreOf(iNode* node) {
+  return tovin::seek<CNodeImplBase>(static_cast<tovin::Object*>(node));
+}
 
 CNodeImplBase::CNodeImplBase() { m_leakDetector.Add(this, ClassName); }
 
@@ -31,6 +33,8 @@ CNodeImplBase::CNodeImplBase(const CNodeImplBase&) : CNodeImplBase() {}
 
 CNodeImplBase& CNodeImplBase::operator=(const CNodeImplBase& other) {
   if (this == &other) return *this;
+  // The other may be below the children that go; they leave it without a parent.
+  const tovin::Held<iNode> held(other.inode());
   if (children_ != other.children_ && children_.use_count() == 1) ClearChildren();
   parser_ = other.parser_;
   classTag_ = other.classTag_;
@@ -49,7 +53,7 @@ CNodeImplBase::~CNodeImplBase() {
   tovin::guardedDestruction(
       ClassName,
       [&] {
-        if (children_) ClearChildren();
+        CleanOutNodeData(true);
         DeletePropCollection();
       },
       "~CNodeImplBase");
@@ -93,7 +97,7 @@ void CNodeImplBase::SetValue(const tovin::Value& value) {
     // The value may lie in the property that goes.
     const tovin::MemPtr<tovin::Value, tovin::InstanceDeallocator> copy(value.cloneValue());
     tovin::iPropertyCollection* collection = EnsurePropCollectionExists();
-    collection->remove(DefaultValueName);
+    while (collection->remove(DefaultValueName)) continue;  // a record may hold several
     tovin::iPropertyInfo* info = collection->define(DefaultValueName, *copy, 0)->getInfo();
     MetaDataFlags flags = info->getMetaDataFlags();
     flags.set(MetaDataFlags::nodeValue);
@@ -231,7 +235,7 @@ void CNodeImplBase::requireChildren() const {
 void CNodeImplBase::AppendChildNode(iNode* child) {
   requireAttachable(child);
   iNode* oldParent = child->findParent();
-  const tovin::Ptr<iNode> held(child);
+  const tovin::Held<iNode> held(child);
   if (oldParent) oldParent->removeChild(child);
   AddChildNode(child, atEnd);
 }
@@ -243,7 +247,7 @@ void CNodeImplBase::InsertChildNodeBefore(iNode* newChild, const iNode* refChild
   // always did.
   const unsigned index = GetChildNodeIndex(refChild);
   if (newChild == refChild) return;
-  const tovin::Ptr<iNode> held(newChild);
+  const tovin::Held<iNode> held(newChild);
   if (iNode* oldParent = newChild->findParent()) oldParent->removeChild(newChild);
   AddChildNode(newChild, index);
 }
@@ -256,7 +260,7 @@ void CNodeImplBase::ReplaceChildNodeBy(iNode* oldChild, iNode* newChild) {
   iNode* oldParent = newChild->findParent();
   if (oldParent == inode())
     throw tovin::Exception(L"Error detected: trying to replace a node with a sibling node");
-  const tovin::Ptr<iNode> held(newChild);
+  const tovin::Held<iNode> held(newChild);
   if (oldParent) oldParent->removeChild(newChild);
   ReplaceChildNode(newChild, index);
 }
@@ -358,7 +362,7 @@ void CNodeImplBase::AssignFrom(const iNode* source, bool deep) {
     if (!source) throw tovin::Exception(L"Cannot dereference a NULL pointer");
     if (source == inode()) return;
     // The source may be one of the children that go.
-    const tovin::Ptr<iNode> held(const_cast<iNode*>(source));
+    const tovin::Held<iNode> held(const_cast<iNode*>(source));
     assignOwn(source);
     if (!deep) return;
     // All copies are made before one is attached: this node may lie in the tree that is copied.

@@ -117,6 +117,8 @@ class ZTBASECLIENT_API CNodeImplBase {
  private:
   using ChildArray = tovin::Array<tovin::iNode*>;
 
+  // Null for a node of another making.
+  static CNodeImplBase* coreOf(tovin::iNode* node);
   tovin::iNode* inode() const { return const_cast<CNodeImplBase*>(this)->GetINode(); }
   void writeCore(tovin::iByteOutputStream& stream) const;
   void readCore(tovin::iByteInputStream& stream);

@@ -12,8 +12,6 @@ namespace {
 // The version that is written; every later one is read with the same layout.
 constexpr int32_t nodeCoreVersion = 126;
 
-CNodeImplBase* coreOf(iNode* node) { return tovin::seek<CNodeImplBase>(static_cast<tovin::Object*>(node)); }
-
 }  // namespace
 
 void CNodeImplBase::writeCore(tovin::iByteOutputStream& stream) const {

@@ -158,6 +158,24 @@ TEST(HashMap, WithoutBucketsRefusesEveryOperation) {
   EXPECT_EQ(*map.find(1), 5);
 }
 
+// Every name of "ba" and "a\x80" pieces has the same name hash.
+TEST(HashMap, FindsNamesThatWereChosenToCollide) {
+  tovin::HashMap<tovin::WideString, int, tovin::FoldedNameTraits> map;
+  const auto name = [](int number) {
+    std::wstring text;
+    for (int bit = 0; bit < 12; ++bit) text += number >> bit & 1 ? L"ba" : L"a\x80";
+    return tovin::WideString(text);
+  };
+  ASSERT_EQ(tovin::hashFolded(name(0).c_str()), tovin::hashFolded(name(4095).c_str()));
+  for (int i = 0; i < 4096; ++i) EXPECT_TRUE(map.put(name(i), i));
+  for (int i = 0; i < 4096; ++i) ASSERT_EQ(*map.find(name(i)), i);
+  EXPECT_TRUE(map.remove(name(7)));
+  EXPECT_EQ(map.find(name(7)), nullptr);
+  map.clear();
+  EXPECT_TRUE(map.put(L"plain", 1));
+  EXPECT_TRUE(map.find(L"PLAIN"));
+}
+
 TEST(HashMap, KeepsTheOthersWhenEntriesComeAndGo) {
   tovin::HashMap<unsigned, unsigned> map;
   std::vector<bool> there(200);

@@ -5,8 +5,11 @@
 #include "tovin/values/DoubleValue.h"
 #include "tovin/values/IntegerValue.h"
 #include "tovin/values/StringValue.h"
+#include "ztbaseclient/data/CPropertyCollectionData.h"
+#include "ztbaseclient/framework/StreamPrimitives.h"
 #include "ztbaseclient/node/CBaseNode.h"
 #include "ztbaseclient/node/CObjectTransportNode.h"
+#include "ztcore/ztMemoryStreams.h"
 
 namespace {
 
@@ -284,6 +287,60 @@ TEST(Node, AnswersForItsIdentities) {
   EXPECT_EQ(tovin::Class::getClass(CNodeImplBase::Tag), nullptr);
   expectMessage(L"Tried to deleteInstance() an object with nonzero ref count: 1\n",
                 [&] { object->deleteInstance(); });
+}
+
+// As they come from allocate(): nobody counts them, and nobody but their maker gives them back.
+TEST(UncountedNode, OutlivesWhatIsAskedOfIt) {
+  CBaseNode* root = CBaseNode::allocate();
+  root->setName(L"root");
+  root->getProperties()->define(L"p", 1.5, 0);
+  root->appendChild(node(L"kid").get());
+  tovin::iNode* copies[] = {root->cloneNode(true), tovin::seek<tovin::iNode>(root->clone())};
+  for (tovin::iNode* copy : copies) {
+    EXPECT_STREQ(copy->getName(), L"root");
+    EXPECT_EQ(copy->getNumberOfChildren(), 1u);
+    copy->deleteInstance();
+  }
+  EXPECT_TRUE(root->getProperties()->find(L"/root/p"));
+  EXPECT_TRUE(root->getProperties()->isDefined(L"//p"));
+  root->getProperties()->define(L"/root/kid/q", 2.0, 0x10000);
+  EXPECT_EQ(root->getChildAt(0)->getProperties()->getSize(), 1u);
+  {
+    tovin::NodeReferenceSet found;
+    EXPECT_TRUE(root->query(L"//*", 1, found));
+    EXPECT_EQ(found.getSize(), 2u);
+  }
+  EXPECT_STREQ(root->getName(), L"root");
+  EXPECT_EQ(root->getRefCount(), 0);
+  root->deleteInstance();
+}
+
+TEST_F(Children, AssignsFromItsOwnSubtree) {
+  children_[1]->appendChild(node(L"grandchild").get());
+  CBaseNode* below = tovin::seek<CBaseNode>(children_[1]->getChildAt(0));
+  for (tovin::Ptr<CBaseNode>& child : children_) child.reset();
+  *root_ = *below;
+  EXPECT_STREQ(root_->getName(), L"grandchild");
+  EXPECT_EQ(root_->findParent(), nullptr);
+}
+
+TEST(NodeValue, ReplacesEveryPropertyOfItsName) {
+  const tovin::Ptr<CBaseNode> twice(node(L"n"));
+  // No storage refuses a name that it has, so a record may hold one twice.
+  CPropertyCollectionData* storage = CPropertyCollectionData::allocate();
+  const tovin::IntegerValue one(1);
+  storage->MakeNewPropertyWithCopiedValue(L"text-content", &one);
+  storage->MakeNewPropertyWithCopiedValue(L"Text-Content", &one);
+  ztMemoryByteOutputStream record;
+  WriteCompactInt(record, 100);
+  storage->serialize(record);
+  storage->deleteInstance();
+  ztMemoryByteInputStream stream(record.GetBytes(), record.GetSize());
+  twice->getProperties()->deserialize(stream);
+  ASSERT_EQ(twice->getProperties()->getSize(), 2u);
+  twice->setValue(tovin::IntegerValue(3));
+  EXPECT_EQ(twice->getProperties()->getSize(), 1u);
+  EXPECT_STREQ(twice->getValue().getText(), L"3");
 }
 
 }  // namespace
