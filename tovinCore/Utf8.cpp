@@ -191,7 +191,7 @@ std::string wideToUtf8(const wchar_t* text) {
 
 bool isValidUtf8(std::string_view bytes, bool& cutShort) {
   cutShort = false;
-  for (size_t at = 0; at < bytes.size();) {
+  for (size_t at = asciiPrefix(bytes); at < bytes.size(); at += asciiPrefix(bytes.substr(at))) {
     unsigned length = 0;
     const uint32_t value = decodeUtf8(bytes, at, length);
     if (length == 0) {

@@ -65,46 +65,45 @@ class Printer {
   std::string text_;
 };
 
-CConsoleReader open(const wchar_t* name, int64_t position) {
-  CConsoleReader reader(name, position);
-  if (!reader.HasSource()) throw tovin::Exception(L"Unable to open file %ls", name);
+std::unique_ptr<CConsoleReader> open(const wchar_t* name, int64_t position) {
+  auto reader = std::make_unique<CConsoleReader>(name, position);
+  if (!reader->HasSource()) throw tovin::Exception(L"Unable to open file %ls", name);
   return reader;
 }
 
 void show(const Options& options) {
   const InputFile file(options.file);
-  CConsoleReader reader = open(file.name(), options.position);
+  const auto reader = open(file.name(), options.position);
   CConsoleEntry entry;
   Printer printer(options.json);
-  while (reader.GetNextEntry(entry)) printer.print(entry, reader.GetPosition());
+  while (reader->GetNextEntry(entry)) printer.print(entry, reader->GetPosition());
 }
 
+// 0 for a log that is not there, which may be about to begin anew.
 int64_t lengthOf(const wchar_t* name) {
   ztFile file;
-  if (!file.Open(name, ztFile::ForReading)) throw tovin::Exception(L"Unable to open file %ls", name);
-  return file.GetLength();
+  return file.Open(name, ztFile::ForReading) ? file.GetLength() : 0;
 }
 
-// Prints what is complete from a position on, and says where to go on.
-int64_t printComplete(const Options& options, const wchar_t* name, int64_t position) {
-  CConsoleReader reader = open(name, position);
+void printComplete(CConsoleReader& reader, bool json) {
   CConsoleEntry entry;
-  Printer printer(options.json);
+  Printer printer(json);
   while (reader.GetNextEntry(entry) && reader.WasEntryComplete()) printer.print(entry, reader.GetPosition());
-  return reader.GetResumePosition();
+  reader.Resume();
 }
 
 // Until the program is stopped. A log that has become shorter has begun anew.
 void follow(const Options& options) {
   if (options.file == "-") throw tovin::Exception(L"Standard input cannot be followed");
   const std::wstring name = tovin::utf8ToWide(options.file);
-  int64_t position = options.position;
+  auto reader = open(name.c_str(), options.position);
   for (int64_t seen = -1; std::cout; std::this_thread::sleep_for(pause)) {
     const int64_t length = lengthOf(name.c_str());
     if (length == seen) continue;
-    if (length < seen) position = 0;
-    position = printComplete(options, name.c_str(), position);
+    if (length < seen) reader.reset();
     seen = length;
+    if (!reader && length > 0) reader = open(name.c_str(), 0);
+    if (reader) printComplete(*reader, options.json);
   }
 }
 

@@ -21,20 +21,27 @@ constexpr Mark marks[] = {
 // As much of the beginning as the search for zero bytes looks at.
 constexpr size_t headSize = 4096;
 
-bool isText(unsigned char byte) { return byte >= 0x20 || (byte >= '\t' && byte <= '\r'); }
+bool isBlank(unsigned char byte) { return byte == ' ' || (byte >= '\t' && byte <= '\r'); }
+
+// Without a mark, fewer characters say nothing, and more of them have a blank among them.
+constexpr size_t fewestCharacters = 4, mostWithoutBlank = 64;
 
 // UTF-16 without a mark: most units are plain characters below U+0100, with their high byte zero, and hardly
-// any has a zero low byte or is a control character. So neither 8-bit text with some zero
+// any has a zero low byte or is a control character, but for surrogates. So neither 8-bit text with some zero
 // bytes nor a table of small binary numbers passes for it.
 bool looks16Bit(std::string_view head, size_t highByte) {
-  size_t plain = 0, strange = 0;
+  size_t plain = 0, blank = 0, strange = 0;
   for (size_t at = 0; at + 1 < head.size(); at += 2) {
     const auto low = static_cast<unsigned char>(head[at + 1 - highByte]);
-    const bool zeroHigh = head[at + highByte] == 0;
-    plain += zeroHigh && isText(low);
-    strange += low == 0 || (zeroHigh && !isText(low));
+    const auto high = static_cast<unsigned char>(head[at + highByte]);
+    if ((high & 0xF8) == 0xD8) continue;
+    const bool isText = low >= 0x20 || isBlank(low);
+    plain += high == 0 && isText;
+    blank += high == 0 && isBlank(low);
+    strange += low == 0 || (high == 0 && !isText);
   }
-  return plain > 1 && plain * 2 > head.size() / 2 && strange * 4 < plain;
+  if (plain < fewestCharacters || (blank == 0 && plain > mostWithoutBlank)) return false;
+  return plain * 4 > head.size() / 2 && strange * 4 < plain;
 }
 
 Encoding find16Bit(std::string_view head) {
@@ -66,7 +73,8 @@ void ztFastReadFile::examineHead() {
   const unsigned count = file_.Read(bytes, headSize);
   const std::string_view head(reinterpret_cast<const char*>(bytes), count);
   examined_ = count > 0;
-  encoding_ = find16Bit(head);
+  const bool halfUnit = ending_ == Ending::Final && count < headSize && count % 2 != 0;
+  encoding_ = halfUnit ? Encoding::Unknown : find16Bit(head);
   for (const Mark& mark : marks) {
     if (!head.starts_with(mark.bytes)) continue;
     encoding_ = mark.encoding;

@@ -73,6 +73,11 @@ TEST_F(Lines, TheBytesTellTheEncoding) {
       {"a zero byte in text", "ab\0c\n"s, Encoding::Utf8},
       {"little-endian", utf16(L"x = 1\x20AC\n"), Encoding::Utf16},
       {"big-endian", utf16(L"x = 1\x20AC\n", true), Encoding::Utf16BigEndian},
+      {"mostly emoji", utf16(L"\xD83D\xDE00\xD83D\xDE00 ok \xD83D\xDE00\n"), Encoding::Utf16},
+      {"a word", utf16(L"word"), Encoding::Utf16},
+      {"half a unit too much", utf16(L"word") + "x", Encoding::Utf8},
+      {"two small numbers", "1\0002\0"s, Encoding::Utf8},
+      {"letters without a blank", utf16(std::wstring(200, L'A')), Encoding::Utf8},
       {"numbers of 32 bits", binary, Encoding::Bytes},
       {"numbers of 16 bits", "\1\0\2\0\3\0\4\0"s, Encoding::Utf8},
   };

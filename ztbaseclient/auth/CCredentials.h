@@ -181,6 +181,7 @@ class ZTBASECLIENT_API CCredentials : public tovin::FrameworkClass<CCredentials,
   static size_t AssignString(Text& out, Bytes source);
   size_t AppendBitsetValue(size_t position, const tovin::BitsetValue& bits);
   static size_t AssignBitsetValue(tovin::BitsetValue& bits, Bytes source);
+  void requireRoom() const;
   int16_t DoEncryption();
   size_t DoDecryption();
 

@@ -194,8 +194,6 @@ int16_t CCredentials::DoEncryption() {
   return guarded({ClassName, "DoEncryption"}, [&] {
     tovin::Array<unsigned char> cipher;
     credentialscipher::encipher(bodyAt(0), buffer_.size() - in_header::end, cipher);
-    if (cipher.getSize() > INT16_MAX)
-      throw tovin::Exception(L"Credentials of %d enciphered bytes are too long", cipher.getSize());
     buffer_.resize(in_header::end + cipher.getSize());
     std::copy(cipher.begin(), cipher.end(), bodyAt(0));
     return static_cast<int16_t>(cipher.getSize());
@@ -229,8 +227,18 @@ bool CCredentials::VerifyChecksum() const noexcept {
   return section && CalcChecksum(section->data(), section->size()) == header_.quickChecksum;
 }
 
+// The length field has 16 bits and a sign. Looked at first, so that a refused record is as it was.
+void CCredentials::requireRoom() const {
+  const size_t roles = hasOldFormat() ? GetNumBitsLength(roles_) + GetNumBytes(roles_) : 0;
+  const size_t clear = CalcClearBodyLen() + roles;
+  const size_t enciphered = credentialscipher::encipheredLength(clear);
+  if (enciphered > INT16_MAX)
+    throw tovin::Exception(L"Credentials of %d enciphered bytes are too long", enciphered);
+}
+
 void CCredentials::GenerateCredentialsString(tovin::WideString& out) {
   guarded({ClassName, "GenerateCredentialsString"}, [&] {
+    requireRoom();
     header_.formatVersion = currentFormat;
     tovin::wipe(buffer_.data(), buffer_.size());  // what a shorter body would leave behind it
     buffer_.assign(in_header::end + CalcClearBodyLen(), 0);

@@ -13,6 +13,11 @@ constexpr char key[] = "7m4q90215x8d36vtk";
 
 }  // namespace
 
+size_t credentialscipher::encipheredLength(size_t count) noexcept {
+  constexpr size_t block = ztBlowFish::blockSize;
+  return (base64::encodedLength(count) + block - 1) / block * block;
+}
+
 void credentialscipher::encipher(const unsigned char* clear, size_t count,
                                  tovin::Array<unsigned char>& cipher) {
   tovin::SecretString<char> text;

@@ -104,6 +104,13 @@ int64_t CConsoleReader::GetPosition() const {
   return guarded({ClassName, "GetPosition"}, [&] { return source_ ? source_->GetPosition() : 0; });
 }
 
+void CConsoleReader::Resume() {
+  guarded({ClassName, "Resume"}, [&] {
+    if (source_) source_->Seek(resume_);
+    unfinishedLine_ = false;
+  });
+}
+
 bool CConsoleReader::GetNextEntry(CConsoleEntry& entry) {
   return guarded({ClassName, "GetNextEntry"}, [&] {
     if (!source_) return false;

@@ -42,6 +42,8 @@ class ZTBASECLIENT_API CConsoleReader {
   bool HasSource() const noexcept { return source_ != nullptr; }
   int64_t GetPosition() const;
   int64_t GetResumePosition() const noexcept { return resume_; }
+  /// Goes back to GetResumePosition(), for what the job has written meanwhile.
+  void Resume();
   /// Whether the last entry given had its end marker.
   bool WasEntryComplete() const noexcept { return entryComplete_; }
   /// False, with the entry empty, when the log has no more.
