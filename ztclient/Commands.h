@@ -22,5 +22,6 @@ void addCache(CLI::App& app, int& status);
 void addEndpoint(CLI::App& app, int& status);
 void addLink(CLI::App& app, int& status);
 void addUpload(CLI::App& app, int& status);
+void addSession(CLI::App& app, int& status);
 
 }  // namespace commands

@@ -4,6 +4,8 @@
 #include "tovinCore/Exception.h"
 #include "tovinCore/Utf8.h"
 #include "ztclient/Commands.h"
+#include "ztclient/Terminal.h"
+#include "ztclient/Version.h"
 
 namespace {
 
@@ -14,7 +16,7 @@ std::string chosenName(const CLI::App& app) {
 
 int report(const CLI::App& app, const std::string& message) {
   std::cout.flush();
-  std::cerr << "ztclient" << chosenName(app) << ": " << message << '\n';
+  std::cerr << terminal::alarm("ztclient" + chosenName(app) + ":") << ' ' << message << '\n';
   return commands::trouble;
 }
 
@@ -24,7 +26,9 @@ int main(int argc, char** argv) {
   std::ios::sync_with_stdio(false);
   int status = commands::done;
   CLI::App app("Client command of the workflow server", "ztclient");
+  app.set_version_flag("--version", std::string("ztclient ") + version::text);
   app.require_subcommand(1);
+  commands::addSession(app, status);
   commands::addCredentials(app, status);
   commands::addQuery(app, status);
   commands::addChecksum(app, status);
