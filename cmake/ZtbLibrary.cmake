@@ -106,15 +106,3 @@ function(ztb_fuzz name)
   endif()
   set_tests_properties(fuzz.${name} PROPERTIES LABELS fuzz TIMEOUT 300)
 endfunction()
-
-# ztb_example(<name> SOURCES <file>... [LIBS <library>...] [ARGS <argument>...])
-#
-# The program example_<name>; its ctest example.<name> runs it with the arguments and expects exit status 0.
-function(ztb_example name)
-  cmake_parse_arguments(PARSE_ARGV 1 ARG "" "" "SOURCES;LIBS;ARGS")
-  ztb_refuse_unparsed(ztb_example ${name})
-  add_executable(example_${name} ${ARG_SOURCES})
-  target_link_libraries(example_${name} PRIVATE ${ARG_LIBS})
-  add_test(NAME example.${name} COMMAND example_${name} ${ARG_ARGS})
-  set_tests_properties(example.${name} PROPERTIES LABELS example TIMEOUT 120)
-endfunction()
