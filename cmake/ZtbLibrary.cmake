@@ -40,6 +40,10 @@ function(ztb_library)
       FILE_SET generated TYPE HEADERS BASE_DIRS ${generated} FILES ${generated}/${ARG_NAME}/Export.h)
   target_link_libraries(${ARG_NAME} PUBLIC ${ARG_PUBLIC} PRIVATE ${ARG_PRIVATE})
   target_compile_features(${ARG_NAME} PUBLIC cxx_std_20)
+  if(UNIX AND NOT APPLE)
+    target_link_options(${ARG_NAME} PRIVATE -Wl,--version-script=${PROJECT_SOURCE_DIR}/cmake/exports.map)
+    set_property(TARGET ${ARG_NAME} APPEND PROPERTY LINK_DEPENDS ${PROJECT_SOURCE_DIR}/cmake/exports.map)
+  endif()
   set_target_properties(
     ${ARG_NAME}
     PROPERTIES VERSION ${PROJECT_VERSION}
@@ -49,8 +53,11 @@ function(ztb_library)
   install(
     TARGETS ${ARG_NAME}
     EXPORT ztbaseclientTargets
-    FILE_SET HEADERS
-    FILE_SET generated)
+    RUNTIME COMPONENT runtime
+    LIBRARY COMPONENT runtime NAMELINK_COMPONENT development
+    ARCHIVE COMPONENT development
+    FILE_SET HEADERS COMPONENT development
+    FILE_SET generated COMPONENT development)
   set_property(GLOBAL APPEND PROPERTY ZTB_LIBRARIES ${ARG_NAME})
 endfunction()
 
