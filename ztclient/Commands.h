@@ -10,7 +10,10 @@ constexpr int done = 0;
 constexpr int negative = 1;
 constexpr int trouble = 2;
 
+/// All of them, and what the command itself says.
 /// \param status out: the exit status of the subcommand that ran.
+void addAll(CLI::App& app, int& status);
+
 void addCredentials(CLI::App& app, int& status);
 void addQuery(CLI::App& app, int& status);
 void addChecksum(CLI::App& app, int& status);

@@ -2,15 +2,18 @@
 #include <chrono>
 #include <iostream>
 #include <memory>
+#include <optional>
 #include <thread>
 
 #include "tovinCore/Exception.h"
 #include "tovinCore/Utf8.h"
+#include "tovinCore/platform/Environment.h"
 #include "ztbaseclient/tools/CConsoleEntry.h"
 #include "ztbaseclient/tools/CConsoleReader.h"
 #include "ztclient/Commands.h"
 #include "ztclient/InputFile.h"
 #include "ztclient/Json.h"
+#include "ztclient/ProgressBar.h"
 #include "ztcore/ztFile.h"
 
 namespace {
@@ -50,17 +53,24 @@ CConsoleReader open(const wchar_t* name, int64_t position) {
   return reader;
 }
 
-void show(const Options& options) {
-  const InputFile file(options.file);
-  CConsoleReader reader = open(file.name(), options.position);
-  CConsoleEntry entry;
-  while (reader.GetNextEntry(entry)) print(options, entry, reader.GetPosition());
-}
-
 int64_t lengthOf(const wchar_t* name) {
   ztFile file;
   if (!file.Open(name, ztFile::ForReading)) throw tovin::Exception(L"Unable to open file %ls", name);
   return file.GetLength();
+}
+
+void show(const Options& options) {
+  const InputFile file(options.file);
+  CConsoleReader reader = open(file.name(), options.position);
+  const auto length = static_cast<uint64_t>(lengthOf(file.name()));
+  std::optional<ProgressBar> bar;
+  if (!tovin::platform::isOutputTerminal())
+    bar.emplace();  // else the entries themselves are to be seen there
+  CConsoleEntry entry;
+  while (reader.GetNextEntry(entry)) {
+    print(options, entry, reader.GetPosition());
+    if (bar) bar->show(static_cast<uint64_t>(reader.GetPosition()), length);
+  }
 }
 
 // Prints what is complete from a position on, and says where to go on.

@@ -4,8 +4,8 @@
 #include "tovinCore/Exception.h"
 #include "tovinCore/Utf8.h"
 #include "ztclient/Commands.h"
+#include "ztclient/Suggestion.h"
 #include "ztclient/Terminal.h"
-#include "ztclient/Version.h"
 
 namespace {
 
@@ -25,21 +25,8 @@ int report(const CLI::App& app, const std::string& message) {
 int main(int argc, char** argv) {
   std::ios::sync_with_stdio(false);
   int status = commands::done;
-  CLI::App app("Client command of the workflow server", "ztclient");
-  app.set_version_flag("--version", std::string("ztclient ") + version::text);
-  app.require_subcommand(1);
-  commands::addSession(app, status);
-  commands::addCredentials(app, status);
-  commands::addQuery(app, status);
-  commands::addChecksum(app, status);
-  commands::addDiff(app, status);
-  commands::addLog(app, status);
-  commands::addTree(app, status);
-  commands::addWsdl(app, status);
-  commands::addCache(app, status);
-  commands::addEndpoint(app, status);
-  commands::addLink(app, status);
-  commands::addUpload(app, status);
+  CLI::App app("", "ztclient");
+  commands::addAll(app, status);
   try {
     app.parse(argc, argv);
     std::cout.flush();
@@ -47,7 +34,7 @@ int main(int argc, char** argv) {
   } catch (const CLI::Success& e) {
     return app.exit(e);
   } catch (const CLI::ParseError& e) {
-    return report(app, e.what());
+    return report(app, explain(app, e));
   } catch (const tovin::Exception& e) {
     return report(app, tovin::wideToUtf8(e.getMessage()));
   } catch (const std::exception& e) {
