@@ -26,9 +26,8 @@ TEST(ExitStatus, TellsEqualDifferentAndTrouble) {
   shell.folder().write("files/b", "mass 1.0000002\n");
   shell.folder().write("files/c", "mass 2.0\n");
   const std::string report =
-      "Tolerance exceeded (0.0 < 5) at line 1\n\tFile1: a\n\tFile2: c\n\t1: mass 1.0000001\n\t2: mass "
-      "2.0\n\t        ^ "
-      "^\n";
+      "Tolerance exceeded (0.0 < 5) at line 1\n\tFile1: a\n\tFile2: c\n\t1: mass 1.0000001\n\t2: mass 2.0\n"
+      "\t        ^  ^\n";
   check(shell,
         {{"ztclient diff a a", 0, "", ""},
          {"ztclient diff a b", 0, "Difference within acceptable tolerance level (7.0 vs 5) detected\n", ""},
