@@ -28,10 +28,9 @@ TEST(Completion, InBashOffersWhatTheCommandKnows) {
 
 TEST(Completion, AndManualAreWellFormed) {
   const testsupport::Shell shell;
-  for (const std::string line :
-       {"bash -n " ZTB_MANUAL "/ztclient.bash", "zsh -n " ZTB_MANUAL "/_ztclient",
-        "mandoc -T lint -W error " ZTB_MANUAL "/ztclient.1",
-        "mandoc -T utf8 " ZTB_MANUAL "/ztclient.1 | col -b | grep -q -- '--expect-continue'"}) {
+  for (const std::string line : {"bash -n " ZTB_MANUAL "/ztclient.bash", "zsh -n " ZTB_MANUAL "/_ztclient",
+                                 "mandoc -T lint -W error " ZTB_MANUAL "/ztclient.1",
+                                 "grep -qF '\\-\\-expect\\-continue' " ZTB_MANUAL "/ztclient.1"}) {
     const auto outcome = shell.run(line);
     EXPECT_EQ(outcome.status, 0) << line << '\n' << outcome.out << outcome.err;
   }
