@@ -40,6 +40,10 @@ function(ztb_library)
       FILE_SET generated TYPE HEADERS BASE_DIRS ${generated} FILES ${generated}/${ARG_NAME}/Export.h)
   target_link_libraries(${ARG_NAME} PUBLIC ${ARG_PUBLIC} PRIVATE ${ARG_PRIVATE})
   target_compile_features(${ARG_NAME} PUBLIC cxx_std_20)
+  if(UNIX AND NOT APPLE)
+    target_link_options(${ARG_NAME} PRIVATE -Wl,--version-script=${PROJECT_SOURCE_DIR}/cmake/exports.map)
+    set_property(TARGET ${ARG_NAME} APPEND PROPERTY LINK_DEPENDS ${PROJECT_SOURCE_DIR}/cmake/exports.map)
+  endif()
   set_target_properties(
     ${ARG_NAME}
     PROPERTIES VERSION ${PROJECT_VERSION}
@@ -49,8 +53,11 @@ function(ztb_library)
   install(
     TARGETS ${ARG_NAME}
     EXPORT ztbaseclientTargets
-    FILE_SET HEADERS
-    FILE_SET generated)
+    RUNTIME COMPONENT runtime
+    LIBRARY COMPONENT runtime NAMELINK_COMPONENT development
+    ARCHIVE COMPONENT development
+    FILE_SET HEADERS COMPONENT development
+    FILE_SET generated COMPONENT development)
   set_property(GLOBAL APPEND PROPERTY ZTB_LIBRARIES ${ARG_NAME})
 endfunction()
 
@@ -105,16 +112,4 @@ function(ztb_fuzz name)
     add_test(NAME fuzz.${name} COMMAND fuzz_${name} ${corpus})
   endif()
   set_tests_properties(fuzz.${name} PROPERTIES LABELS fuzz TIMEOUT 300)
-endfunction()
-
-# ztb_example(<name> SOURCES <file>... [LIBS <library>...] [ARGS <argument>...])
-#
-# The program example_<name>; its ctest example.<name> runs it with the arguments and expects exit status 0.
-function(ztb_example name)
-  cmake_parse_arguments(PARSE_ARGV 1 ARG "" "" "SOURCES;LIBS;ARGS")
-  ztb_refuse_unparsed(ztb_example ${name})
-  add_executable(example_${name} ${ARG_SOURCES})
-  target_link_libraries(example_${name} PRIVATE ${ARG_LIBS})
-  add_test(NAME example.${name} COMMAND example_${name} ${ARG_ARGS})
-  set_tests_properties(example.${name} PROPERTIES LABELS example TIMEOUT 120)
 endfunction()

@@ -10,7 +10,10 @@ constexpr int done = 0;
 constexpr int negative = 1;
 constexpr int trouble = 2;
 
+/// All of them, and what the command itself says.
 /// \param status out: the exit status of the subcommand that ran.
+void addAll(CLI::App& app, int& status);
+
 void addCredentials(CLI::App& app, int& status);
 void addQuery(CLI::App& app, int& status);
 void addChecksum(CLI::App& app, int& status);
@@ -22,5 +25,6 @@ void addCache(CLI::App& app, int& status);
 void addEndpoint(CLI::App& app, int& status);
 void addLink(CLI::App& app, int& status);
 void addUpload(CLI::App& app, int& status);
+void addSession(CLI::App& app, int& status);
 
 }  // namespace commands

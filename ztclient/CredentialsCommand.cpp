@@ -208,6 +208,7 @@ void addShow(CLI::App& credentials, int& status) {
 void commands::addCredentials(CLI::App& app, int& status) {
   CLI::App* credentials = app.add_subcommand("credentials", "Make and show credentials strings");
   credentials->require_subcommand(1);
+  credentials->footer("Example: ztclient credentials make --user ann --domain LAB");
   addMake(*credentials, status);
   addShow(*credentials, status);
 }

@@ -2,15 +2,18 @@
 #include <chrono>
 #include <iostream>
 #include <memory>
+#include <optional>
 #include <thread>
 
 #include "tovinCore/Exception.h"
 #include "tovinCore/Utf8.h"
+#include "tovinCore/platform/Environment.h"
 #include "ztbaseclient/tools/CConsoleEntry.h"
 #include "ztbaseclient/tools/CConsoleReader.h"
 #include "ztclient/Commands.h"
 #include "ztclient/InputFile.h"
 #include "ztclient/Json.h"
+#include "ztclient/ProgressBar.h"
 #include "ztcore/ztFile.h"
 
 namespace {
@@ -71,18 +74,25 @@ std::unique_ptr<CConsoleReader> open(const wchar_t* name, int64_t position) {
   return reader;
 }
 
-void show(const Options& options) {
-  const InputFile file(options.file);
-  const auto reader = open(file.name(), options.position);
-  CConsoleEntry entry;
-  Printer printer(options.json);
-  while (reader->GetNextEntry(entry)) printer.print(entry, reader->GetPosition());
-}
-
 // 0 for a log that is not there, which may be about to begin anew.
 int64_t lengthOf(const wchar_t* name) {
   ztFile file;
   return file.Open(name, ztFile::ForReading) ? file.GetLength() : 0;
+}
+
+void show(const Options& options) {
+  const InputFile file(options.file);
+  const auto reader = open(file.name(), options.position);
+  const auto length = static_cast<uint64_t>(lengthOf(file.name()));
+  std::optional<ProgressBar> bar;
+  if (!tovin::platform::isOutputTerminal())
+    bar.emplace();  // else the entries themselves are to be seen there
+  CConsoleEntry entry;
+  Printer printer(options.json);
+  while (reader->GetNextEntry(entry)) {
+    printer.print(entry, reader->GetPosition());
+    if (bar) bar->show(static_cast<uint64_t>(reader->GetPosition()), length);
+  }
 }
 
 void printComplete(CConsoleReader& reader, bool json) {

@@ -3,11 +3,10 @@
 #include <memory>
 #include <stdexcept>
 
-#include "tovinCore/Utf8.h"
+#include "tovinCore/Exception.h"
 #include "ztclient/Commands.h"
 #include "ztclient/Document.h"
 #include "ztclient/WsdlJson.h"
-#include "ztcore/ztMemoryStreams.h"
 
 namespace {
 
@@ -18,17 +17,10 @@ struct Options {
   bool backwardCompatible = false;
 };
 
-void load(CWsdlParser& parser, const std::string& file) {
-  if (file != "-") return parser.Parse(tovin::WideString(tovin::utf8ToWide(file)));
-  const std::string bytes = readBytes(file);
-  ztMemoryByteInputStream stream(bytes.data(), bytes.size());
-  parser.Parse(stream);
-}
-
 Json read(const Options& options) {
   CWsdlParser parser;
   parser.SetBackwardCompatible70(options.backwardCompatible);
-  load(parser, options.file);
+  loadWsdl(parser, options.file);
   return wsdlToJson(parser, options.types);
 }
 

@@ -1,9 +1,11 @@
 #include "ztclient/WsdlJson.h"
 
 #include "tovinCore/Exception.h"
+#include "tovinCore/Utf8.h"
 #include "ztbaseclient/wsdl/CCustomType.h"
 #include "ztbaseclient/wsdl/CPort.h"
 #include "ztclient/Document.h"
+#include "ztcore/ztMemoryStreams.h"
 
 namespace {
 
@@ -136,4 +138,11 @@ Json wsdlToJson(CWsdlParser& parser, bool types) {
     json["ports"].push_back(Writer(parser, types).portToJson(port));
   json["warnings"] = warnings.texts();
   return json;
+}
+
+void loadWsdl(CWsdlParser& parser, const std::string& file) {
+  if (file != "-") return parser.Parse(tovin::WideString(tovin::utf8ToWide(file)));
+  const std::string bytes = readBytes(file);
+  ztMemoryByteInputStream stream(bytes.data(), bytes.size());
+  parser.Parse(stream);
 }

@@ -7,3 +7,6 @@
 /// warnings that came up. \param types every part also gets "resolved", its type or the error that kept it
 /// from being found.
 Json wsdlToJson(CWsdlParser& parser, bool types);
+
+/// Reads a document; "-" is standard input.
+void loadWsdl(CWsdlParser& parser, const std::string& file);

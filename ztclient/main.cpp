@@ -4,6 +4,8 @@
 #include "tovinCore/Exception.h"
 #include "tovinCore/Utf8.h"
 #include "ztclient/Commands.h"
+#include "ztclient/Suggestion.h"
+#include "ztclient/Terminal.h"
 
 namespace {
 
@@ -12,30 +14,36 @@ std::string chosenName(const CLI::App& app) {
   return chosen.empty() ? std::string() : " " + chosen.front()->get_name();
 }
 
-int report(const CLI::App& app, const std::string& message) {
+void say(const CLI::App& app, const std::string& message) {
   std::cout.flush();
-  std::cerr << "ztclient" << chosenName(app) << ": " << message << '\n';
+  std::cerr << terminal::alarm("ztclient" + chosenName(app) + ":") << ' ' << message << '\n';
+}
+
+int report(const CLI::App& app, const std::string& message) {
+  say(app, message);
   return commands::trouble;
 }
+
+// Warnings of the library are said like errors, for as long as the command runs.
+class Warnings {
+ public:
+  explicit Warnings(const CLI::App& app) {
+    tovin::Exception::setWarningHandler(
+        [&app](const wchar_t* message) { say(app, tovin::wideToUtf8(message)); });
+  }
+  Warnings(const Warnings&) = delete;
+  Warnings& operator=(const Warnings&) = delete;
+  ~Warnings() { tovin::Exception::setWarningHandler(nullptr); }
+};
 
 }  // namespace
 
 int main(int argc, char** argv) {
   std::ios::sync_with_stdio(false);
   int status = commands::done;
-  CLI::App app("Client command of the workflow server", "ztclient");
-  app.require_subcommand(1);
-  commands::addCredentials(app, status);
-  commands::addQuery(app, status);
-  commands::addChecksum(app, status);
-  commands::addDiff(app, status);
-  commands::addLog(app, status);
-  commands::addTree(app, status);
-  commands::addWsdl(app, status);
-  commands::addCache(app, status);
-  commands::addEndpoint(app, status);
-  commands::addLink(app, status);
-  commands::addUpload(app, status);
+  CLI::App app("", "ztclient");
+  commands::addAll(app, status);
+  const Warnings warnings(app);
   try {
     app.parse(argc, argv);
     std::cout.flush();
@@ -43,7 +51,7 @@ int main(int argc, char** argv) {
   } catch (const CLI::Success& e) {
     return app.exit(e);
   } catch (const CLI::ParseError& e) {
-    return report(app, e.what());
+    return report(app, explain(app, e));
   } catch (const tovin::Exception& e) {
     return report(app, tovin::wideToUtf8(e.getMessage()));
   } catch (const std::exception& e) {

@@ -27,7 +27,7 @@ class ZTCORE_API ztFile {
   ~ztFile();
 
   /// False when there is no such file or it cannot be had; what was open before is closed.
-  /// \param encoding, \param share accepted for callers that say them: bytes are bytes, and files are always
+  /// \param encoding,share accepted for callers that say them: bytes are bytes, and files are always
   /// shared.
   bool Open(const wchar_t* name, int mode, Encoding encoding = Encoding::Bytes, bool share = true);
   void Close() noexcept;

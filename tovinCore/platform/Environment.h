@@ -17,5 +17,7 @@ TOVINCORE_API std::wstring settingsFolder();
 
 /// Whether standard error is a terminal, where people watch.
 TOVINCORE_API bool isErrorTerminal() noexcept;
+/// The same of standard output.
+TOVINCORE_API bool isOutputTerminal() noexcept;
 
 }  // namespace tovin::platform

@@ -28,5 +28,6 @@ std::wstring settingsFolder() {
 }
 
 bool isErrorTerminal() noexcept { return ::isatty(STDERR_FILENO) == 1; }
+bool isOutputTerminal() noexcept { return ::isatty(STDOUT_FILENO) == 1; }
 
 }  // namespace tovin::platform

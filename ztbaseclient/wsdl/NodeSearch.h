@@ -8,7 +8,6 @@
 #include "tovin/Array.h"
 #include "tovin/BaseString.h"
 #include "tovin/iNode.h"
-#include "ztbaseclient/Export.h"
 
 // Searches among the children and attributes of one node, by local names with ASCII case ignored.
 
@@ -25,7 +24,7 @@ struct NameParts {
 /// SOAP binding namespace.
 enum class NameMode { plain, token };
 
-class ZTBASECLIENT_API NodeSearch {
+class NodeSearch {
  public:
   static constexpr wchar_t Token[] = L"_WSDLSOAPNS_";
 
@@ -49,10 +48,10 @@ class ZTBASECLIENT_API NodeSearch {
 /// The first attribute whose local name matches; null if none.
 const tovin::iProperty* findAttr(const tovin::iNode* node, const wchar_t* name);
 /// Its text, the empty text if there is none.
-ZTBASECLIENT_API tovin::WideString findAttrVal(const tovin::iNode* node, const wchar_t* name);
+tovin::WideString findAttrVal(const tovin::iNode* node, const wchar_t* name);
 
 /// The text of the attribute of exactly this name but for case; null if there is none.
-ZTBASECLIENT_API tovin::WideString attributeText(const tovin::iNode* node, const wchar_t* name);
+tovin::WideString attributeText(const tovin::iNode* node, const wchar_t* name);
 /// Defines a text, or changes it.
 void putText(tovin::iNode* node, const wchar_t* name, const wchar_t* text);
 
@@ -75,7 +74,7 @@ void forAttributes(const tovin::iNode* node, Visit&& visit) {
 
 /// The children of a node by element name and "name" attribute, each look-up in constant time. Borrows the
 /// node.
-class ZTBASECLIENT_API NamedChildren {
+class NamedChildren {
  public:
   explicit NamedChildren(tovin::iNode* node);
   /// The first child that matches; null if none.

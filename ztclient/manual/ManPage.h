@@ -1,0 +1,12 @@
+#pragma once
+
+#include <CLI/CLI.hpp>
+#include <ostream>
+
+// Documents that follow from the options of the command, so that they are never older than these.
+
+/// The manual page, in the man macros.
+void writeManPage(std::ostream& out, const CLI::App& app);
+/// What the shells complete the command line with.
+void writeBashCompletion(std::ostream& out, const CLI::App& app);
+void writeZshCompletion(std::ostream& out, const CLI::App& app);
