@@ -26,6 +26,17 @@ TEST(Completion, InBashOffersWhatTheCommandKnows) {
   }
 }
 
+TEST(Completion, InZshTakesEachArgumentInItsPlace) {
+  const testsupport::Shell shell;
+  const std::string load =
+      "zsh -fc '_arguments() { print -rl -- \"$@\" }; _describe() { : }; source " ZTB_MANUAL
+      "/_ztclient >/dev/null; ";
+  const auto query = shell.run(load + "_ztclient_query' | grep -E '^[*]?:|--as'");
+  EXPECT_EQ(query.out.substr(0, query.out.find("--as")), ":FILE:_files\n:XPATH:_files\n") << query.err;
+  EXPECT_NE(query.out.find(":value:(nodes properties string int bool)"), std::string::npos) << query.out;
+  EXPECT_EQ(shell.run(load + "_ztclient_checksum' | grep -E '^[*]?:'").out, "*:STRING:_files\n");
+}
+
 TEST(Completion, AndManualAreWellFormed) {
   const testsupport::Shell shell;
   for (const std::string line : {"bash -n " ZTB_MANUAL "/ztclient.bash", "zsh -n " ZTB_MANUAL "/_ztclient",

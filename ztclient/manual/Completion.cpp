@@ -40,7 +40,8 @@ std::string functionName(const std::string& path) {
 void writeZshOption(std::ostream& out, const CLI::Option& option) {
   const std::string name = longName(option);
   if (name.empty()) {
-    out << " \\\n    '*:" << described(option.get_name()) << ":_files'";
+    const bool several = option.get_items_expected_max() > 1;
+    out << " \\\n    '" << (several ? "*" : "") << ':' << described(option.get_name()) << ":_files'";
     return;
   }
   out << " \\\n    '" << name << '[' << described(option.get_description()) << ']';
