@@ -1,8 +1,10 @@
 // The command: a thin face on the library. One file a subcommand; this one only chooses and reports.
+#include <algorithm>
 #include <iostream>
 
 #include "tovinCore/Exception.h"
 #include "tovinCore/Utf8.h"
+#include "tovinCore/platform/Console.h"
 #include "ztclient/Commands.h"
 
 namespace {
@@ -21,6 +23,7 @@ int report(const CLI::App& app, const std::string& message) {
 }  // namespace
 
 int main(int argc, char** argv) {
+  const tovin::platform::Utf8Console console;
   std::ios::sync_with_stdio(false);
   int status = commands::done;
   CLI::App app("Client command of the workflow server", "ztclient");
@@ -37,7 +40,9 @@ int main(int argc, char** argv) {
   commands::addLink(app, status);
   commands::addUpload(app, status);
   try {
-    app.parse(argc, argv);
+    std::vector<std::string> arguments = tovin::platform::programArguments(argc, argv);
+    std::reverse(arguments.begin(), arguments.end());  // as the parser takes them
+    app.parse(std::move(arguments));
     std::cout.flush();
     return std::cout ? status : report(app, "cannot write to standard output");
   } catch (const CLI::Success& e) {
