@@ -1,3 +1,7 @@
+# What packages for Windows have that others have not.
+
+set(CMAKE_SHARED_LIBRARY_PREFIX "")
+
 # The DLLs of others that ours need beside them: the compiler's, which all must share because they throw exceptions to
 # one another, and the cipher's. They are put where the programs are built, and installed with them.
 

@@ -6,16 +6,6 @@
 #include <random>
 
 namespace testsupport {
-namespace {
-
-void setVariable(const char* name, const char* value) {
-  if (value)
-    ::setenv(name, value, 1);
-  else
-    ::unsetenv(name);
-}
-
-}  // namespace
 
 TempFolder::TempFolder() {
   std::random_device random;
