@@ -45,12 +45,15 @@ class SpooledInput {
   std::filesystem::path path_;
 };
 
+std::string leafOf(const std::string& file) {
+  return std::filesystem::path(std::u8string(file.begin(), file.end())).filename().string();
+}
+
 void run(const Options& options) {
   std::optional<SpooledInput> input;
   if (options.file == "-") input.emplace();
   const std::wstring path = tovin::utf8ToWide(input ? input->path() : options.file);
-  const std::wstring name =
-      tovin::utf8ToWide(options.name.value_or(std::filesystem::path(options.file).filename().string()));
+  const std::wstring name = tovin::utf8ToWide(options.name.value_or(leafOf(options.file)));
   const std::wstring job = tovin::utf8ToWide(options.job.value_or(""));
   ProgressBar bar;
   ztSoapUtils::UploadViaCGI(path.c_str(), name.c_str(), options.job ? job.c_str() : nullptr,

@@ -2,10 +2,16 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <filesystem>
 #include <string>
 
 /// What the tests ask of the operating system.
 namespace testsupport {
+
+/// A file's name from UTF-8, which not every system takes narrow texts for.
+inline std::filesystem::path pathOf(const std::string& utf8) {
+  return std::u8string(utf8.begin(), utf8.end());
+}
 
 /// Null takes the variable away.
 void setVariable(const char* name, const char* value);

@@ -17,7 +17,7 @@ class TempFolder {
   ~TempFolder();
 
   std::string path() const { return folder_.string(); }
-  std::string path(const std::string& name) const { return (folder_ / name).string(); }
+  std::string path(const std::string& name) const { return (folder_ / pathOf(name)).string(); }
   /// Writes a file, with the folders it lies in, and returns its path.
   std::string write(const std::string& name, const std::string& bytes) const;
   std::string read(const std::string& name) const;
