@@ -2,6 +2,14 @@
 
 set(CMAKE_SHARED_LIBRARY_PREFIX "")
 
+# ztb_copy_dll(<name> <folder>...): puts a DLL of others, found in one of the folders, where programs are built;
+# the variable ZTB_DLL_<name> holds where it lies.
+function(ztb_copy_dll name)
+  find_file(ZTB_DLL_${name} ${name}.dll REQUIRED HINTS ${ARGN} NO_CMAKE_FIND_ROOT_PATH)
+  mark_as_advanced(ZTB_DLL_${name})
+  file(COPY ${ZTB_DLL_${name}} DESTINATION ${CMAKE_RUNTIME_OUTPUT_DIRECTORY})
+endfunction()
+
 # The DLLs of others that ours need beside them: the compiler's, which all must share because they throw exceptions to
 # one another, and the cipher's. They are put where the programs are built, and installed with them.
 
@@ -14,11 +22,6 @@ get_filename_component(ztb_runtime_dir ${ztb_runtime_dir} DIRECTORY)
 get_filename_component(ztb_cipher_dir ${LibGcrypt_LIBRARY} DIRECTORY)
 
 foreach(name IN ITEMS libstdc++-6 libgcc_s_seh-1 libwinpthread-1 libgcrypt-20 libgpg-error-0)
-  find_file(
-    ZTB_DLL_${name} ${name}.dll REQUIRED
-    HINTS ${ztb_runtime_dir} ${ztb_compiler_dir} ${ztb_cipher_dir} ${ztb_cipher_dir}/../bin
-    NO_CMAKE_FIND_ROOT_PATH)
-  mark_as_advanced(ZTB_DLL_${name})
-  file(COPY ${ZTB_DLL_${name}} DESTINATION ${CMAKE_RUNTIME_OUTPUT_DIRECTORY})
+  ztb_copy_dll(${name} ${ztb_runtime_dir} ${ztb_compiler_dir} ${ztb_cipher_dir} ${ztb_cipher_dir}/../bin)
   install(FILES ${ZTB_DLL_${name}} DESTINATION ${CMAKE_INSTALL_BINDIR})
 endforeach()

@@ -28,6 +28,7 @@ int main(int argc, char** argv) {
   int status = commands::done;
   CLI::App app("Client command of the workflow server", "ztclient");
   app.require_subcommand(1);
+  app.allow_windows_style_options(false);  // a '/' begins a path query or a file name on every system
   commands::addCredentials(app, status);
   commands::addQuery(app, status);
   commands::addChecksum(app, status);
