@@ -13,6 +13,13 @@ inline std::filesystem::path pathOf(const std::string& utf8) {
   return std::u8string(utf8.begin(), utf8.end());
 }
 
+/// The strangest file name that the system takes, and how the header of a form's part has it.
+struct StrangeName {
+  const char* plain;
+  const char* inHeader;
+};
+extern const StrangeName strangeName;
+
 /// Null takes the variable away.
 void setVariable(const char* name, const char* value);
 /// The variable that says where the user's settings lie.

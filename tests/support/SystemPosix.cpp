@@ -28,6 +28,8 @@ int descriptor(Socket socket) { return static_cast<int>(socket); }
 
 }  // namespace
 
+const StrangeName strangeName = {"a \"b\"\n\xC3\xA9", "a %22b%22%0A\xC3\xA9"};
+
 void setVariable(const char* name, const char* value) {
   if (value)
     ::setenv(name, value, 1);

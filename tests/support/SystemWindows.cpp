@@ -72,6 +72,8 @@ void await(const std::function<bool()>& condition) {
 
 }  // namespace
 
+const StrangeName strangeName = {"a 'b' %;\xC3\xA9", "a 'b' %;\xC3\xA9"};
+
 void setVariable(const char* name, const char* value) { ::_putenv_s(name, value ? value : ""); }
 
 const char* const settingsVariable = "APPDATA";

@@ -18,6 +18,7 @@ using testing::StartsWith;
 using testsupport::Connection;
 using testsupport::ScopedVariable;
 using testsupport::SocketServer;
+using testsupport::strangeName;
 using testsupport::WebServer;
 
 const char* const wrapped = "\nztSoapUtils::UploadViaCGI: Corvanta exception caught";
@@ -89,7 +90,7 @@ class Upload : public testing::Test {
 };
 
 TEST_F(Upload, ServerReceivesTheFormInItsOrder) {
-  const std::string file = folder_.write("a 'b' \xC3\xA9", std::string("some\0bytes\r\n--", 14));
+  const std::string file = folder_.write(strangeName.plain, std::string("some\0bytes\r\n--", 14));
   for (bool flag : {true, false}) {
     const WebServer server;
     const Names names = {L"q\"\r\n\xE9\x20AC", L"j 1", L"s&2"};
@@ -97,7 +98,8 @@ TEST_F(Upload, ServerReceivesTheFormInItsOrder) {
     EXPECT_EQ(server.report(),
               "FileName " + hexOf("q\"\r\n\xC3\xA9\xE2\x82\xAC") + "\nSID " + hexOf("s&2") + "\njobid " +
                   hexOf("j 1") + "\n" +
-                  fileLine(file, "14 3802c1ffccf13488ec07fa1ab3b8908f8d54589a644605c27c2fcbc0fe66845a"));
+                  fileLine(folder_.path(strangeName.inHeader),
+                           "14 3802c1ffccf13488ec07fa1ab3b8908f8d54589a644605c27c2fcbc0fe66845a"));
   }
 }
 
