@@ -7,25 +7,30 @@
 #include "tovinCore/Exception.h"
 #include "tovinCore/Utf8.h"
 #include "tovinCore/platform/Files.h"
+#include "tovinCore/platform/Paths.h"
+#include "ztcore/ztFile.h"
 
 namespace {
 
 constexpr int attempts = 100;
+constexpr unsigned pieceSize = 1 << 16;
 
 namespace platform = tovin::platform;
 
-[[noreturn]] void fail() { throw tovin::Exception(L"Unable to keep standard input in a file"); }
+[[noreturn]] void refuse() { throw tovin::Exception(L"Unable to keep the input in a file"); }
 
 // A new file that nobody else has opened.
 class TemporaryFile {
  public:
   explicit TemporaryFile(std::filesystem::path& path) {
     std::random_device random;
+    std::filesystem::path name;
     for (int i = 0; i < attempts && handle_ == -1; ++i) {
-      path = std::filesystem::temp_directory_path() / ("ztclient-" + std::to_string(random()));
-      handle_ = platform::openFile(tovin::utf8ToWide(path.string()).c_str(), platform::OpenMode::create);
+      name = std::filesystem::temp_directory_path() / ("ztclient-" + std::to_string(random()));
+      handle_ = platform::openFile(tovin::utf8ToWide(name.string()).c_str(), platform::OpenMode::create);
     }
-    if (handle_ == -1) fail();
+    if (handle_ == -1) refuse();
+    path = name;
   }
   TemporaryFile(const TemporaryFile&) = delete;
   TemporaryFile& operator=(const TemporaryFile&) = delete;
@@ -34,7 +39,7 @@ class TemporaryFile {
   void write(const char* bytes, size_t count) const {
     while (count > 0) {
       const int64_t put = platform::writeFile(handle_, bytes, count);
-      if (put <= 0) fail();
+      if (put <= 0) refuse();
       bytes += put;
       count -= static_cast<size_t>(put);
     }
@@ -45,16 +50,35 @@ class TemporaryFile {
 };
 
 void copyStandardInput(const TemporaryFile& out) {
-  char piece[1 << 16];
+  char piece[pieceSize];
   while (const size_t count = std::fread(piece, 1, sizeof piece, stdin)) out.write(piece, count);
+}
+
+void copyPipe(const std::wstring& name, const TemporaryFile& out) {
+  ztFile in;
+  if (!in.Open(name.c_str(), ztFile::ForReading)) throw tovin::Exception(L"Unable to open file %ls", name);
+  unsigned char piece[pieceSize];
+  while (const unsigned count = in.Read(piece, sizeof piece))
+    out.write(reinterpret_cast<char*>(piece), count);
+}
+
+// What comes out of a pipe can be read once and from the front only.
+bool isPipe(const std::string& name) {
+  std::error_code ignored;
+  return std::filesystem::is_fifo(platform::pathOf(name), ignored);
 }
 
 }  // namespace
 
-InputFile::InputFile(const std::string& given) : name_(tovin::utf8ToWide(given)) {
-  if (given != "-") return;
+InputFile::InputFile(const std::string& given) : name_(tovin::utf8ToWide(given)), shown_(name_) {
+  const bool standardInput = given == "-";
+  if (!standardInput && !isPipe(given)) return;
   try {
-    copyStandardInput(TemporaryFile(kept_));
+    const TemporaryFile file(kept_);
+    if (standardInput)
+      copyStandardInput(file);
+    else
+      copyPipe(name_, file);
   } catch (...) {
     removeKept();
     throw;
@@ -72,7 +96,7 @@ void InputFile::removeKept() const noexcept {
 std::wstring InputFile::shown(std::wstring message) const {
   if (kept_.empty()) return message;
   for (size_t at = 0; (at = message.find(name_, at)) != std::wstring::npos; ++at) {
-    message.replace(at, name_.size(), L"-");
+    message.replace(at, name_.size(), shown_);
   }
   return message;
 }

@@ -3,8 +3,8 @@
 #include <filesystem>
 #include <string>
 
-/// A file that the command was given, by a name that the library can open: standard input, "-", is kept in a
-/// file of its own meanwhile.
+/// A file that the command was given, by a name that the library can open: standard input, "-", and a pipe
+/// are kept in a file of their own meanwhile, which nobody else may read.
 class InputFile {
  public:
   explicit InputFile(const std::string& given);
@@ -21,4 +21,5 @@ class InputFile {
 
   std::filesystem::path kept_;
   std::wstring name_;
+  std::wstring shown_;
 };

@@ -1,15 +1,12 @@
 // ztclient upload: a file to the server's upload script.
-#include <filesystem>
-#include <fstream>
-#include <iostream>
 #include <memory>
 #include <optional>
-#include <random>
 
-#include "tovinCore/Exception.h"
 #include "tovinCore/Utf8.h"
+#include "tovinCore/platform/Paths.h"
 #include "ztbaseclient/client/ztSoapUtils.h"
 #include "ztclient/Commands.h"
+#include "ztclient/InputFile.h"
 #include "ztclient/ProgressBar.h"
 
 namespace {
@@ -23,40 +20,13 @@ struct Options {
   bool afterContinue = false;
 };
 
-// Standard input as a file, gone with the object: a request that is sent again reads it again.
-class SpooledInput {
- public:
-  SpooledInput()
-      : path_(std::filesystem::temp_directory_path() /
-              ("ztclient-" + std::to_string(std::random_device()()))) {
-    std::ofstream out(path_, std::ios::binary);
-    if (std::cin.peek() != std::char_traits<char>::eof()) out << std::cin.rdbuf();
-    if (!out.flush()) throw tovin::Exception(L"Unable to keep standard input in %hs", path_.string());
-  }
-  SpooledInput(const SpooledInput&) = delete;
-  SpooledInput& operator=(const SpooledInput&) = delete;
-  ~SpooledInput() {
-    std::error_code ignored;
-    std::filesystem::remove(path_, ignored);
-  }
-  std::string path() const { return path_.string(); }
-
- private:
-  std::filesystem::path path_;
-};
-
-std::string leafOf(const std::string& file) {
-  return std::filesystem::path(std::u8string(file.begin(), file.end())).filename().string();
-}
-
 void run(const Options& options) {
-  std::optional<SpooledInput> input;
-  if (options.file == "-") input.emplace();
-  const std::wstring path = tovin::utf8ToWide(input ? input->path() : options.file);
-  const std::wstring name = tovin::utf8ToWide(options.name.value_or(leafOf(options.file)));
+  const InputFile file(options.file);  // a request that is sent again reads it again
+  const std::wstring name =
+      tovin::utf8ToWide(options.name.value_or(tovin::platform::pathOf(options.file).filename().string()));
   const std::wstring job = tovin::utf8ToWide(options.job.value_or(""));
   ProgressBar bar;
-  ztSoapUtils::UploadViaCGI(path.c_str(), name.c_str(), options.job ? job.c_str() : nullptr,
+  ztSoapUtils::UploadViaCGI(file.name(), name.c_str(), options.job ? job.c_str() : nullptr,
                             tovin::utf8ToWide(options.session).c_str(), !options.afterContinue,
                             tovin::utf8ToWide(options.url).c_str(),
                             [&](uint64_t done, uint64_t length) { bar.show(done, length); });

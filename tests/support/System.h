@@ -2,16 +2,14 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <filesystem>
 #include <string>
+
+#include "tovinCore/platform/Paths.h"
 
 /// What the tests ask of the operating system.
 namespace testsupport {
 
-/// A file's name from UTF-8, which not every system takes narrow texts for.
-inline std::filesystem::path pathOf(const std::string& utf8) {
-  return std::u8string(utf8.begin(), utf8.end());
-}
+using tovin::platform::pathOf;
 
 /// The strangest file name that the system takes, and how the header of a form's part has it.
 struct StrangeName {
