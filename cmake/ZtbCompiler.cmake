@@ -4,6 +4,15 @@
 include(CheckIPOSupported)
 include(GNUInstallDirs)
 
+# A source for one system ends in its name: Files${ZTB_SYSTEM}.cpp.
+if(WIN32)
+  set(ZTB_SYSTEM Windows)
+  # Names and texts are UTF-16; and windows.h is to bring in as little as it can.
+  add_compile_definitions(UNICODE _UNICODE NOMINMAX WIN32_LEAN_AND_MEAN)
+else()
+  set(ZTB_SYSTEM Posix)
+endif()
+
 if(CMAKE_CXX_COMPILER_ID MATCHES "GNU|Clang")
   # A fused multiply-add would give other last digits on processors that have it, and so other bytes.
   add_compile_options(-ffp-contract=off)

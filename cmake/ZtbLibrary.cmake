@@ -38,6 +38,10 @@ function(ztb_library)
     PUBLIC
       FILE_SET HEADERS BASE_DIRS ${PROJECT_SOURCE_DIR} FILES ${ARG_HEADERS}
       FILE_SET generated TYPE HEADERS BASE_DIRS ${generated} FILES ${generated}/${ARG_NAME}/Export.h)
+  if(WIN32)
+    configure_file(${PROJECT_SOURCE_DIR}/cmake/Version.rc.in ${PROJECT_BINARY_DIR}/${ARG_NAME}.rc @ONLY)
+    target_sources(${ARG_NAME} PRIVATE ${PROJECT_BINARY_DIR}/${ARG_NAME}.rc)
+  endif()
   target_link_libraries(${ARG_NAME} PUBLIC ${ARG_PUBLIC} PRIVATE ${ARG_PRIVATE})
   target_compile_features(${ARG_NAME} PUBLIC cxx_std_20)
   if(UNIX AND NOT APPLE)

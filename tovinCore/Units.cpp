@@ -31,7 +31,7 @@ class UnitCursor {
   int pending_ = 0;
 };
 
-bool isPlain(wchar_t c) { return static_cast<uint32_t>(c) <= 0xFFFF; }
+bool isPlain(uint32_t element) { return element <= 0xFFFF; }
 
 bool equalFoldedUnits(std::wstring_view a, std::wstring_view b) {
   UnitCursor left(a), right(b);

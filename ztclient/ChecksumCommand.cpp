@@ -6,6 +6,7 @@
 
 #include "tovinCore/Utf8.h"
 #include "ztbaseclient/tools/ztChecksum.h"
+#include "ztclient/Arguments.h"
 #include "ztclient/Commands.h"
 #include "ztclient/InputFile.h"
 #include "ztcore/ztStringReader.h"
@@ -28,7 +29,9 @@ void addLines(ztChecksum& checksum, const InputFile& file) {
 
 void run(const Options& options) {
   ztChecksum checksum;
-  for (const std::string& text : options.texts) checksum.AddString(tovin::utf8ToWide(text).c_str());
+  for (const std::string& text : options.texts) {
+    checksum.AddString(tovin::utf8ToWide(arguments::fromList(text)).c_str());
+  }
   if (!options.lines.empty()) addLines(checksum, InputFile(options.lines));
   std::cout << tovin::wideToUtf8(checksum.GetChecksum()) << '\n';
 }

@@ -10,6 +10,8 @@ void commands::addAll(CLI::App& app, int& status) {
       "`ztclient COMMAND --help` tells more about a command.\n"
       "Exit status: 0 done; 1 a negative answer, as files that differ; 2 wrong use or trouble.");
   app.require_subcommand(1);
+  // Before the commands, which inherit it: a '/' begins a path query or a file name on every system.
+  app.allow_windows_style_options(false);
   for (auto* add : {addSession, addWsdl, addTree, addQuery, addCredentials, addEndpoint, addLink, addUpload,
                     addCache, addDiff, addChecksum, addLog}) {
     add(app, status);

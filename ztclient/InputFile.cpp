@@ -2,73 +2,95 @@
 
 #include <cstdio>
 #include <filesystem>
-#include <memory>
 #include <random>
 
 #include "tovinCore/Exception.h"
 #include "tovinCore/Utf8.h"
+#include "tovinCore/platform/Files.h"
+#include "tovinCore/platform/Paths.h"
+#include "ztcore/ztFile.h"
 
 namespace {
 
-using std::filesystem::perms;
-
 constexpr int attempts = 100;
+constexpr unsigned pieceSize = 1 << 16;
+
+namespace platform = tovin::platform;
 
 [[noreturn]] void refuse() { throw tovin::Exception(L"Unable to keep the input in a file"); }
 
-struct Close {
-  void operator()(std::FILE* file) const noexcept { std::fclose(file); }
-};
-using OpenFile = std::unique_ptr<std::FILE, Close>;
-
 // A new file that nobody else has opened.
-OpenFile createTemporary(std::string& name) {
-  std::random_device random;
-  for (int i = 0; i < attempts; ++i) {
-    const auto path = std::filesystem::temp_directory_path() / ("ztclient-" + std::to_string(random()));
-    name = path.string();
-    if (OpenFile file{std::fopen(name.c_str(), "wbx")}) {
-      std::filesystem::permissions(path, perms::owner_read | perms::owner_write);
-      return file;
+class TemporaryFile {
+ public:
+  explicit TemporaryFile(std::filesystem::path& path) {
+    std::random_device random;
+    std::filesystem::path name;
+    for (int i = 0; i < attempts && handle_ == -1; ++i) {
+      name = std::filesystem::temp_directory_path() / ("ztclient-" + std::to_string(random()));
+      handle_ = platform::openFile(tovin::utf8ToWide(name.string()).c_str(), platform::OpenMode::create);
+    }
+    if (handle_ == -1) refuse();
+    path = name;
+  }
+  TemporaryFile(const TemporaryFile&) = delete;
+  TemporaryFile& operator=(const TemporaryFile&) = delete;
+  ~TemporaryFile() { platform::closeFile(handle_); }
+
+  void write(const char* bytes, size_t count) const {
+    while (count > 0) {
+      const int64_t put = platform::writeFile(handle_, bytes, count);
+      if (put <= 0) refuse();
+      bytes += put;
+      count -= static_cast<size_t>(put);
     }
   }
-  refuse();
+
+ private:
+  intptr_t handle_ = -1;
+};
+
+void copyStandardInput(const TemporaryFile& out) {
+  char piece[pieceSize];
+  while (const size_t count = std::fread(piece, 1, sizeof piece, stdin)) out.write(piece, count);
 }
 
-void copy(std::FILE* in, std::FILE* out) {
-  char piece[1 << 16];
-  while (const size_t count = std::fread(piece, 1, sizeof piece, in)) {
-    if (std::fwrite(piece, 1, count, out) != count) refuse();
-  }
-  if (std::fflush(out) != 0) refuse();
+void copyPipe(const std::wstring& name, const TemporaryFile& out) {
+  ztFile in;
+  if (!in.Open(name.c_str(), ztFile::ForReading)) throw tovin::Exception(L"Unable to open file %ls", name);
+  unsigned char piece[pieceSize];
+  while (const unsigned count = in.Read(piece, sizeof piece))
+    out.write(reinterpret_cast<char*>(piece), count);
 }
 
 // What comes out of a pipe can be read once and from the front only.
 bool isPipe(const std::string& name) {
   std::error_code ignored;
-  return std::filesystem::is_fifo(name, ignored);
+  return std::filesystem::is_fifo(platform::pathOf(name), ignored);
 }
 
 }  // namespace
 
-InputFile::InputFile(const std::string& given) : name_(tovin::utf8ToWide(given)) {
+InputFile::InputFile(const std::string& given) : name_(tovin::utf8ToWide(given)), shown_(name_) {
   const bool standardInput = given == "-";
   if (!standardInput && !isPipe(given)) return;
-  const OpenFile file = createTemporary(kept_);
-  name_ = tovin::utf8ToWide(kept_);
-  shown_ = tovin::utf8ToWide(given);
   try {
-    const OpenFile pipe(standardInput ? nullptr : std::fopen(given.c_str(), "rb"));
-    if (!standardInput && !pipe) throw tovin::Exception(L"Unable to open file %ls", shown_);
-    copy(standardInput ? stdin : pipe.get(), file.get());
+    const TemporaryFile file(kept_);
+    if (standardInput)
+      copyStandardInput(file);
+    else
+      copyPipe(name_, file);
   } catch (...) {
-    std::remove(kept_.c_str());
+    removeKept();
     throw;
   }
+  name_ = tovin::utf8ToWide(kept_.string());
 }
 
-InputFile::~InputFile() {
-  if (!kept_.empty()) std::remove(kept_.c_str());
+InputFile::~InputFile() { removeKept(); }
+
+void InputFile::removeKept() const noexcept {
+  std::error_code ignored;
+  if (!kept_.empty()) std::filesystem::remove(kept_, ignored);
 }
 
 std::wstring InputFile::shown(std::wstring message) const {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <filesystem>
 #include <string>
 
 /// A file that the command was given, by a name that the library can open: standard input, "-", and a pipe
@@ -16,7 +17,9 @@ class InputFile {
   std::wstring shown(std::wstring message) const;
 
  private:
-  std::string kept_;
+  void removeKept() const noexcept;
+
+  std::filesystem::path kept_;
   std::wstring name_;
   std::wstring shown_;
 };

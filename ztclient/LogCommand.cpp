@@ -7,7 +7,7 @@
 
 #include "tovinCore/Exception.h"
 #include "tovinCore/Utf8.h"
-#include "tovinCore/platform/Environment.h"
+#include "tovinCore/platform/Console.h"
 #include "ztbaseclient/tools/CConsoleEntry.h"
 #include "ztbaseclient/tools/CConsoleReader.h"
 #include "ztclient/Commands.h"

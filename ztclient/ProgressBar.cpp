@@ -6,7 +6,7 @@
 
 #include "tovinCore/Format.h"
 #include "tovinCore/Utf8.h"
-#include "tovinCore/platform/Environment.h"
+#include "tovinCore/platform/Console.h"
 
 namespace {
 

@@ -1,6 +1,6 @@
 #include "ztclient/Terminal.h"
 
-#include "tovinCore/platform/Environment.h"
+#include "tovinCore/platform/Console.h"
 
 namespace {
 

@@ -1,9 +1,9 @@
 // ztclient upload: a file to the server's upload script.
-#include <filesystem>
 #include <memory>
 #include <optional>
 
 #include "tovinCore/Utf8.h"
+#include "tovinCore/platform/Paths.h"
 #include "ztbaseclient/client/ztSoapUtils.h"
 #include "ztclient/Commands.h"
 #include "ztclient/InputFile.h"
@@ -23,7 +23,7 @@ struct Options {
 void run(const Options& options) {
   const InputFile file(options.file);  // a request that is sent again reads it again
   const std::wstring name =
-      tovin::utf8ToWide(options.name.value_or(std::filesystem::path(options.file).filename().string()));
+      tovin::utf8ToWide(options.name.value_or(tovin::platform::pathOf(options.file).filename().string()));
   const std::wstring job = tovin::utf8ToWide(options.job.value_or(""));
   ProgressBar bar;
   ztSoapUtils::UploadViaCGI(file.name(), name.c_str(), options.job ? job.c_str() : nullptr,

@@ -3,6 +3,8 @@
 
 #include "tovinCore/Exception.h"
 #include "tovinCore/Utf8.h"
+#include "tovinCore/platform/Console.h"
+#include "ztclient/Arguments.h"
 #include "ztclient/Commands.h"
 #include "ztclient/Suggestion.h"
 #include "ztclient/Terminal.h"
@@ -39,13 +41,14 @@ class Warnings {
 }  // namespace
 
 int main(int argc, char** argv) {
+  const tovin::platform::Utf8Console console;
   std::ios::sync_with_stdio(false);
   int status = commands::done;
   CLI::App app("", "ztclient");
   commands::addAll(app, status);
   const Warnings warnings(app);
   try {
-    app.parse(argc, argv);
+    app.parse(arguments::forParser(tovin::platform::programArguments(argc, argv)));
     std::cout.flush();
     return std::cout ? status : report(app, "cannot write to standard output");
   } catch (const CLI::Success& e) {

@@ -23,8 +23,9 @@ std::string partOf(const Url& url, CURLUPart part, unsigned flags) {
 HttpTarget HttpTarget::parse(const wchar_t* text) {
   const Url url(curl_url(), curl_url_cleanup);
   if (!url) throw tovin::MemoryException(1, 1);
-  const CURLUcode fault =
-      curl_url_set(url.get(), CURLUPART_URL, tovin::wideToUtf8(text).c_str(), CURLU_URLENCODE);
+  // Which other schemes curl knows depends on how it was built: that they are none of ours is said below.
+  const CURLUcode fault = curl_url_set(url.get(), CURLUPART_URL, tovin::wideToUtf8(text).c_str(),
+                                       CURLU_URLENCODE | CURLU_NON_SUPPORT_SCHEME);
   if (fault != CURLUE_OK) throw tovin::Exception(L"Malformed URL %ls: %hs", text, curl_url_strerror(fault));
   const std::string scheme = partOf(url, CURLUPART_SCHEME, 0);
   if (scheme != "http" && scheme != "https") {

@@ -1,11 +1,6 @@
 #include "ztcore/ztFile.h"
 
-#include <filesystem>
-#include <string>
-#include <system_error>
-
 #include "tovinCore/Exception.h"
-#include "tovinCore/Utf8.h"
 #include "tovinCore/platform/Files.h"
 
 namespace platform = tovin::platform;
@@ -83,9 +78,4 @@ bool ztFile::CanOpen(const wchar_t* name, int mode) {
   return handle != none;
 }
 
-bool ztFile::IsRegular(const wchar_t* name) {
-  if (!name) return false;
-  const std::string bytes = tovin::wideToUtf8(name);
-  std::error_code trouble;
-  return std::filesystem::is_regular_file(std::u8string(bytes.begin(), bytes.end()), trouble);
-}
+bool ztFile::IsRegular(const wchar_t* name) { return name && platform::isRegularFile(name); }

@@ -13,6 +13,7 @@ using View = std::wstring_view;
 
 constexpr View separators = L"/\\";
 constexpr View schemeMark = L"://";
+constexpr View longNameMark = L"\\\\?\\";  // in front of a long name on Windows
 
 bool isSeparator(wchar_t c) { return separators.find(c) != View::npos; }
 
@@ -67,7 +68,8 @@ void ztFileName::GetName(tovin::WideString& name) const { name = name_; }
 // Where the leaf begins; a query cuts the name off before its separators are looked at.
 size_t ztFileName::leafStart() const {
   const View name = name_.view();
-  for (size_t at = name.find(L'?'); at != View::npos; at = name.find(L'?', at + 1)) {
+  const size_t mark = name.starts_with(longNameMark) ? longNameMark.size() : 0;
+  for (size_t at = name.find(L'?', mark); at != View::npos; at = name.find(L'?', at + 1)) {
     if (at == 0 || isSeparator(name[at - 1])) return at;
   }
   const size_t separator = name.find_last_of(separators);

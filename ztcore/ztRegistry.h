@@ -5,7 +5,7 @@
 #include "tovin/BaseString.h"
 #include "ztcore/Export.h"
 
-/// The user's settings by key and value names. Where the system has no registry they are a text file,
+/// The user's settings by key and value names: on Windows the registry, elsewhere a text file,
 /// `dravolin/settings.ini` in the user's settings folder, with a section a key:
 ///
 ///     [Software\DraVolin\Corvanta_8_0_1]
@@ -15,12 +15,13 @@
 ///     if (registry.Connect(ztRegistry::CurrentUser) && registry.Open(key) && registry.GetValue(name, value))
 ///     …
 ///
-/// - Names fold ASCII case.
+/// - Names fold ASCII case; a value has one, it is never a key's nameless default.
 /// - Writing: the file is replaced in one step; comments and lines that mean nothing stay as they are.
-/// - Errors: what is not there is a false result. "Unable to read settings file %ls" for a file that cannot
-/// be
-///   read or is a folder, "Settings file %ls is longer than %d bytes", "Unable to write settings file %ls";
-///   names and values with line breaks are refused.
+/// - Errors: what is not there is a false result. Of the registry "Unable to write settings value %ls"; of
+/// the
+///   file "Unable to read settings file %ls" for one that cannot be read or is a folder, "Settings file %ls
+///   is longer than %d bytes", "Unable to write settings file %ls"; names and values with line breaks are
+///   refused.
 class ZTCORE_API ztRegistry {
  public:
   enum Hive { CurrentUser = 1 };
@@ -35,6 +36,6 @@ class ZTCORE_API ztRegistry {
   void SetValue(const wchar_t* name, const wchar_t* value);
 
  private:
-  std::wstring file_;
+  std::wstring store_;
   std::wstring key_;
 };

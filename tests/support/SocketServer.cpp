@@ -1,20 +1,13 @@
 #include "tests/support/SocketServer.h"
 
-#include <arpa/inet.h>
-#include <netinet/in.h>
-#include <poll.h>
-#include <sys/socket.h>
-#include <unistd.h>
-
 #include <chrono>
 #include <cstdlib>
-#include <stdexcept>
 
 namespace testsupport {
 
 bool Connection::receive() {
   char piece[65536];
-  const ssize_t count = ::recv(socket_, piece, sizeof piece, 0);
+  const int64_t count = receiveFrom(socket_, piece, sizeof piece);
   if (count > 0) bytes_.append(piece, static_cast<size_t>(count));
   return count > 0;
 }
@@ -55,7 +48,7 @@ std::string Connection::readRequest() {
 
 void Connection::send(const std::string& bytes) const {
   for (size_t done = 0; done < bytes.size();) {
-    const ssize_t count = ::send(socket_, bytes.data() + done, bytes.size() - done, MSG_NOSIGNAL);
+    const int64_t count = sendTo(socket_, bytes.data() + done, bytes.size() - done);
     if (count <= 0) return;
     done += static_cast<size_t>(count);
   }
@@ -66,23 +59,12 @@ void Connection::hold(const std::atomic<bool>& stopping) const {
 }
 
 SocketServer::SocketServer(std::vector<Script> scripts)
-    : scripts_(std::move(scripts)), listener_(::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0)) {
-  sockaddr_in address{};
-  socklen_t size = sizeof address;
-  address.sin_family = AF_INET;
-  address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-  if (::bind(listener_, reinterpret_cast<sockaddr*>(&address), size) != 0 || ::listen(listener_, 16) != 0 ||
-      ::getsockname(listener_, reinterpret_cast<sockaddr*>(&address), &size) != 0) {
-    throw std::runtime_error("cannot listen");
-  }
-  port_ = ntohs(address.sin_port);
-  thread_ = std::thread([this] { serve(); });
-}
+    : scripts_(std::move(scripts)), listener_(listenOnLoopback(port_)), thread_([this] { serve(); }) {}
 
 SocketServer::~SocketServer() {
   stopping_ = true;
   thread_.join();
-  ::close(listener_);
+  closeSocket(listener_);
 }
 
 std::wstring SocketServer::url(const std::wstring& path, const std::wstring& credentials) const {
@@ -91,16 +73,12 @@ std::wstring SocketServer::url(const std::wstring& path, const std::wstring& cre
 
 void SocketServer::serve() {
   while (!stopping_) {
-    pollfd waiting{listener_, POLLIN, 0};
-    if (::poll(&waiting, 1, 5) <= 0) continue;
-    const int socket = ::accept4(listener_, nullptr, nullptr, SOCK_CLOEXEC);
-    if (socket < 0) continue;
-    const timeval patience{10, 0};
-    ::setsockopt(socket, SOL_SOCKET, SO_RCVTIMEO, &patience, sizeof patience);
+    const Socket socket = acceptWithin(listener_, 5);
+    if (socket == noSocket) continue;
     Connection connection(socket);
     const size_t index = connections_++;
     if (index < scripts_.size()) scripts_[index](connection);
-    ::close(socket);
+    closeSocket(socket);
   }
 }
 

@@ -6,12 +6,14 @@
 #include <thread>
 #include <vector>
 
+#include "tests/support/System.h"
+
 namespace testsupport {
 
 /// One connection of a SocketServer.
 class Connection {
  public:
-  explicit Connection(int socket) : socket_(socket) {}
+  explicit Connection(Socket socket) : socket_(socket) {}
 
   /// The head of a request, up to its empty line; empty when the other side closed.
   std::string readHead();
@@ -28,7 +30,7 @@ class Connection {
   std::string take(size_t count);
   std::string takeUntil(const std::string& mark);
 
-  int socket_;
+  Socket socket_;
   std::string bytes_;
 };
 
@@ -53,8 +55,8 @@ class SocketServer {
   void serve();
 
   std::vector<Script> scripts_;
-  int listener_;
-  int port_;
+  int port_ = 0;
+  Socket listener_;
   std::atomic<bool> stopping_ = false;
   std::atomic<size_t> connections_ = 0;
   std::thread thread_;

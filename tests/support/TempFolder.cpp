@@ -6,16 +6,6 @@
 #include <random>
 
 namespace testsupport {
-namespace {
-
-void setVariable(const char* name, const char* value) {
-  if (value)
-    ::setenv(name, value, 1);
-  else
-    ::unsetenv(name);
-}
-
-}  // namespace
 
 TempFolder::TempFolder() {
   std::random_device random;
@@ -29,14 +19,14 @@ TempFolder::~TempFolder() {
 }
 
 std::string TempFolder::write(const std::string& name, const std::string& bytes) const {
-  const std::filesystem::path file = folder_ / name;
+  const std::filesystem::path file = folder_ / pathOf(name);
   std::filesystem::create_directories(file.parent_path());
   std::ofstream(file, std::ios::binary) << bytes;
   return file.string();
 }
 
 std::string TempFolder::read(const std::string& name) const {
-  std::ifstream in(folder_ / name, std::ios::binary);
+  std::ifstream in(folder_ / pathOf(name), std::ios::binary);
   return std::string(std::istreambuf_iterator<char>(in), {});
 }
 

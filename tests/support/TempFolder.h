@@ -4,6 +4,8 @@
 #include <optional>
 #include <string>
 
+#include "tests/support/System.h"
+
 namespace testsupport {
 
 /// A fresh folder that goes with all it holds.
@@ -15,7 +17,7 @@ class TempFolder {
   ~TempFolder();
 
   std::string path() const { return folder_.string(); }
-  std::string path(const std::string& name) const { return (folder_ / name).string(); }
+  std::string path(const std::string& name) const { return (folder_ / pathOf(name)).string(); }
   /// Writes a file, with the folders it lies in, and returns its path.
   std::string write(const std::string& name, const std::string& bytes) const;
   std::string read(const std::string& name) const;
@@ -36,6 +38,22 @@ class ScopedVariable {
  private:
   const char* name_;
   std::optional<std::string> before_;
+};
+
+/// Settings of the test's own, none at first, until it dies.
+class OwnSettings {
+ public:
+  OwnSettings() { enterOwnRegistry(); }
+  OwnSettings(const OwnSettings&) = delete;
+  OwnSettings& operator=(const OwnSettings&) = delete;
+  ~OwnSettings() { leaveOwnRegistry(); }
+
+  /// Where those lie that are files.
+  const TempFolder& folder() const { return folder_; }
+
+ private:
+  TempFolder folder_;
+  ScopedVariable variable_{settingsVariable, folder_.path()};
 };
 
 }  // namespace testsupport

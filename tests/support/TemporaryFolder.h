@@ -6,6 +6,7 @@
 #include <fstream>
 #include <string>
 
+#include "tests/support/System.h"
 #include "tovinCore/Utf8.h"
 
 namespace testsupport {
@@ -21,15 +22,17 @@ class TemporaryFolder : public testing::Test {
   }
   ~TemporaryFolder() override { std::filesystem::remove_all(folder_); }
 
-  std::wstring path(const std::string& leaf) const { return tovin::utf8ToWide((folder_ / leaf).string()); }
+  std::wstring path(const std::string& leaf) const {
+    return tovin::utf8ToWide((folder_ / pathOf(leaf)).string());
+  }
 
   /// Writes the bytes and gives the path.
   std::wstring file(const std::string& leaf, const std::string& bytes) const {
-    std::ofstream(folder_ / leaf, std::ios::binary) << bytes;
+    std::ofstream(folder_ / pathOf(leaf), std::ios::binary) << bytes;
     return path(leaf);
   }
   void append(const std::string& leaf, const std::string& bytes) const {
-    std::ofstream(folder_ / leaf, std::ios::binary | std::ios::app) << bytes;
+    std::ofstream(folder_ / pathOf(leaf), std::ios::binary | std::ios::app) << bytes;
   }
 
   std::filesystem::path folder_;

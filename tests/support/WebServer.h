@@ -1,7 +1,6 @@
 #pragma once
 
-#include <sys/types.h>
-
+#include <optional>
 #include <string>
 
 #include "tests/support/TempFolder.h"
@@ -16,7 +15,6 @@ class WebServer {
   explicit WebServer(const std::string& configuration = {}, const std::string& host = "127.0.0.1");
   WebServer(const WebServer&) = delete;
   WebServer& operator=(const WebServer&) = delete;
-  ~WebServer();
 
   std::string url(const std::string& query = {}) const {
     return scheme_ + "://" + host_ + ":" + std::to_string(port_) + "/upload.pl" + query;
@@ -25,14 +23,13 @@ class WebServer {
   std::string report() const { return folder_.read("report"); }
 
  private:
-  void start(const std::string& configurationFile);
   void awaitStart();
 
   TempFolder folder_;
   std::string scheme_ = "http";
   std::string host_;
   int port_ = 0;
-  pid_t process_ = -1;
+  std::optional<BackgroundCommand> process_;
 };
 
 /// A loopback port that nobody listens on.

@@ -11,13 +11,8 @@ namespace tovin::platform {
 TOVINCORE_API std::wstring environmentVariable(const char* name);
 /// Without a domain; empty when the system does not tell.
 TOVINCORE_API std::wstring computerName();
-/// Where programs keep the user's settings: `$XDG_CONFIG_HOME` if that is absolute, else `~/.config`; empty
-/// when the user has no home.
+/// Where programs keep the user's settings; empty when the user has no home. On Windows `%APPDATA%` if that
+/// is absolute, elsewhere `$XDG_CONFIG_HOME` if that is absolute, else `~/.config`.
 TOVINCORE_API std::wstring settingsFolder();
-
-/// Whether standard error is a terminal, where people watch.
-TOVINCORE_API bool isErrorTerminal() noexcept;
-/// The same of standard output.
-TOVINCORE_API bool isOutputTerminal() noexcept;
 
 }  // namespace tovin::platform

@@ -27,7 +27,4 @@ std::wstring settingsFolder() {
   return home.empty() ? home : home + L"/.config";
 }
 
-bool isErrorTerminal() noexcept { return ::isatty(STDERR_FILENO) == 1; }
-bool isOutputTerminal() noexcept { return ::isatty(STDOUT_FILENO) == 1; }
-
 }  // namespace tovin::platform

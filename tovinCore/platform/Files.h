@@ -8,8 +8,9 @@
 /// Files as the operating system has them. Names are UTF-16.
 namespace tovin::platform {
 
-/// `probe` opens an existing file for writing and leaves it as it is.
-enum class OpenMode { read, write, append, probe };
+/// `probe` opens an existing file for writing and leaves it as it is; `create` makes a new file for the user
+/// alone, as far as its folder does not say who may read it, and none where there is one.
+enum class OpenMode { read, write, append, probe, create };
 
 /// A handle, -1 when the file cannot be had; a folder never can.
 TOVINCORE_API intptr_t openFile(const wchar_t* name, OpenMode mode) noexcept;
@@ -20,5 +21,7 @@ TOVINCORE_API int64_t writeFile(intptr_t handle, const void* bytes, size_t count
 TOVINCORE_API bool seekFile(intptr_t handle, int64_t position) noexcept;
 /// -1 for a failure.
 TOVINCORE_API int64_t fileLength(intptr_t handle) noexcept;
+/// Whether there is a file of bytes: no folder, no device, no pipe. Opens nothing, so that it never waits.
+TOVINCORE_API bool isRegularFile(const wchar_t* name) noexcept;
 
 }  // namespace tovin::platform

@@ -18,10 +18,14 @@ int flagsOf(OpenMode mode) {
       return O_WRONLY | O_CREAT | O_APPEND;
     case OpenMode::probe:
       return O_WRONLY;
+    case OpenMode::create:
+      return O_WRONLY | O_CREAT | O_EXCL;
     default:
       return O_RDONLY;
   }
 }
+
+mode_t permissionsOf(OpenMode mode) { return mode == OpenMode::create ? 0600 : 0666; }
 
 int descriptor(intptr_t handle) { return static_cast<int>(handle); }
 
@@ -36,8 +40,8 @@ int64_t uninterrupted(Call&& call) {
 }  // namespace
 
 intptr_t openFile(const wchar_t* name, OpenMode mode) noexcept {
-  const int64_t file =
-      uninterrupted([&] { return ::open(wideToUtf8(name).c_str(), flagsOf(mode) | O_CLOEXEC, 0666); });
+  const int64_t file = uninterrupted(
+      [&] { return ::open(wideToUtf8(name).c_str(), flagsOf(mode) | O_CLOEXEC, permissionsOf(mode)); });
   struct stat facts;
   if (file >= 0 && (::fstat(static_cast<int>(file), &facts) != 0 || S_ISDIR(facts.st_mode))) {
     closeFile(file);
@@ -63,6 +67,11 @@ bool seekFile(intptr_t handle, int64_t position) noexcept {
 int64_t fileLength(intptr_t handle) noexcept {
   struct stat facts;
   return ::fstat(descriptor(handle), &facts) == 0 ? facts.st_size : -1;
+}
+
+bool isRegularFile(const wchar_t* name) noexcept {
+  struct stat facts;
+  return ::stat(wideToUtf8(name).c_str(), &facts) == 0 && S_ISREG(facts.st_mode);
 }
 
 }  // namespace tovin::platform

@@ -4,6 +4,7 @@
 #include "tovinCore/Utf8.h"
 #include "tovinCore/platform/Environment.h"
 #include "ztbaseclient/client/ztSoapUtils.h"
+#include "ztcore/ztRegistry.h"
 
 namespace {
 
@@ -12,8 +13,18 @@ using tovin::WideString;
 
 class ServerSettings : public testing::Test {
  protected:
-  void save(const std::string& text) { folder_.write("dravolin/settings.ini", text); }
-  void configure(const std::string& text) { folder_.write("dravolin/server.conf", text); }
+  static void save(const wchar_t* key, const wchar_t* endPoint) {
+    ztRegistry registry;
+    ASSERT_TRUE(registry.Connect(ztRegistry::CurrentUser) && registry.Create(key));
+    registry.SetValue(L"ServerEndpoint", endPoint);
+  }
+  void configure(const std::string& text) { own_.folder().write("dravolin/server.conf", text); }
+  // A folder in the place of a file.
+  void spoil(const std::string& name) {
+    const std::string path = own_.folder().path("dravolin/" + name);
+    std::filesystem::remove(path);
+    std::filesystem::create_directories(path);
+  }
 
   // The end point, and in front of it whether it was a saved one.
   static std::string endPoint(const wchar_t* before = nullptr) {
@@ -22,8 +33,9 @@ class ServerSettings : public testing::Test {
     return (saved ? "saved " : "default ") + tovin::wideToUtf8(text.view());
   }
 
-  testsupport::TempFolder folder_;
-  ScopedVariable home_{"XDG_CONFIG_HOME", folder_.path()};
+  static constexpr const wchar_t* key = L"Software\\DraVolin\\Corvanta_8_0_1";
+
+  testsupport::OwnSettings own_;
   ScopedVariable config_{"DRAVOLIN_SERVER_CONFIG", nullptr};
 };
 
@@ -32,19 +44,13 @@ TEST_F(ServerSettings, SavedEndPointGoesBeforeTheDefault) {
   EXPECT_EQ(endPoint(), fallback);
   EXPECT_EQ(endPoint(L""), fallback);
   EXPECT_EQ(endPoint(L"given"), "saved given");
-  const struct {
-    const char *text, *endPoint;
-  } rows[] = {{"[Software\\DraVolin\\Corvanta_8_0_1]\nServerEndpoint=http://atlas\n", "saved http://atlas"},
-              {"[Software\\DraVolin\\Corvanta_8_0_1]\nServerEndpoint=\n", fallback.c_str()},
-              {"[Software\\DraVolin\\Corvanta_8_0_1_500]\nServerEndpoint=http://atlas\n", fallback.c_str()},
-              {"ServerEndpoint=http://atlas\n", fallback.c_str()},
-              {"\xFF\xFE[[[\0", fallback.c_str()}};
-  for (const auto& row : rows) {
-    save(row.text);
-    EXPECT_EQ(endPoint(), row.endPoint) << row.text;
-  }
-  std::filesystem::remove(folder_.path("dravolin/settings.ini"));
-  std::filesystem::create_directory(folder_.path("dravolin/settings.ini"));
+  save(L"Software\\DraVolin\\Corvanta_8_0_1_500", L"http://atlas");
+  EXPECT_EQ(endPoint(), fallback);
+  save(key, L"http://atlas");
+  EXPECT_EQ(endPoint(), "saved http://atlas");
+  save(key, L"");
+  EXPECT_EQ(endPoint(), fallback);
+  spoil("settings.ini");
   EXPECT_EQ(endPoint(), fallback);
 }
 
@@ -68,11 +74,9 @@ TEST_F(ServerSettings, PlainHttpIsForbiddenTowardsThisComputer) {
   for (const auto& row : rows)
     EXPECT_EQ(ztSoapUtils::UseHttp(row.endPoint.c_str()), row.allowed) << row.endPoint;
   EXPECT_FALSE(ztSoapUtils::UseHttp(nullptr));
-  save("[Software\\DraVolin\\Corvanta_8_0_1]\nServerEndpoint=http://atlas.invalid\n");
+  save(key, L"http://atlas.invalid");
   EXPECT_TRUE(ztSoapUtils::UseHttp(nullptr));
-  configure("");
-  std::filesystem::remove(folder_.path("dravolin/server.conf"));
-  std::filesystem::create_directory(folder_.path("dravolin/server.conf"));
+  spoil("server.conf");
   EXPECT_TRUE(ztSoapUtils::UseHttp("http://localhost")) << "a configuration that cannot be read sets nothing";
 }
 

@@ -1,3 +1,4 @@
+#include "tests/support/System.h"
 #include "tests/ztbaseclient/wsdl/Wsdl.h"
 #include "ztbaseclient/wsdl/ExternalSchemaRecord.h"
 #include "ztbaseclient/wsdl/XMLParser.h"
@@ -32,7 +33,7 @@ class ExternalSchemas : public wsdl::Files {
     std::string text;
     for (const CWsdlParser::ExternalSchemaRecord& record : parser_.GetExternalSchemas()) {
       text += (text.empty() ? "" : ", ") +
-              std::filesystem::path(tovin::wideToUtf8(record.fileName)).filename().string() + " " +
+              testsupport::pathOf(tovin::wideToUtf8(record.fileName)).filename().string() + " " +
               bytesOf(record.schemaNamespace.getUrl());
     }
     return text;

@@ -2,6 +2,7 @@
 
 #include <fstream>
 
+#include "tests/support/System.h"
 #include "ztclient/WsdlJson.h"
 
 namespace wsdl {
@@ -77,13 +78,13 @@ Files::Files()
 Files::~Files() { std::filesystem::remove_all(folder_); }
 
 void Files::write(const std::string& name, const std::string& content) const {
-  const std::filesystem::path file = folder_ / name;
+  const std::filesystem::path file = folder_ / testsupport::pathOf(name);
   std::filesystem::create_directories(file.parent_path());
   std::ofstream(file, std::ios::binary) << content;
 }
 
 tovin::WideString Files::path(const std::string& name) const {
-  return tovin::WideString(tovin::utf8ToWide((folder_ / name).generic_string()));
+  return tovin::WideString(tovin::utf8ToWide((folder_ / testsupport::pathOf(name)).generic_string()));
 }
 
 }  // namespace wsdl

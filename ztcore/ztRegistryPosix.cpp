@@ -1,9 +1,8 @@
-#include "ztcore/ztRegistry.h"
-
 #include "tovinCore/Exception.h"
 #include "tovinCore/Guard.h"
 #include "tovinCore/platform/Environment.h"
 #include "ztcore/IniText.h"
+#include "ztcore/ztRegistry.h"
 
 using tovin::guarded;
 
@@ -19,16 +18,16 @@ std::wstring_view viewOf(const wchar_t* text) { return text ? std::wstring_view(
 bool ztRegistry::Connect(Hive) {
   return guarded({ClassName, "Connect"}, [&] {
     const std::wstring folder = tovin::platform::settingsFolder();
-    file_ = folder.empty() ? folder : folder + fileName;
+    store_ = folder.empty() ? folder : folder + fileName;
     key_.clear();
-    return !file_.empty();
+    return !store_.empty();
   });
 }
 
 bool ztRegistry::Open(const wchar_t* key) {
   return guarded({ClassName, "Open"}, [&] {
     key_.clear();
-    if (!Create(key) || IniText::load(file_).hasSection(key_)) return !key_.empty();
+    if (!Create(key) || IniText::load(store_).hasSection(key_)) return !key_.empty();
     key_.clear();
     return false;
   });
@@ -36,7 +35,7 @@ bool ztRegistry::Open(const wchar_t* key) {
 
 bool ztRegistry::Create(const wchar_t* key) {
   return guarded({ClassName, "Create"}, [&] {
-    key_ = file_.empty() ? std::wstring_view() : viewOf(key);
+    key_ = store_.empty() ? std::wstring_view() : viewOf(key);
     return !key_.empty();
   });
 }
@@ -44,7 +43,7 @@ bool ztRegistry::Create(const wchar_t* key) {
 bool ztRegistry::GetValue(const wchar_t* name, tovin::WideString& value) const {
   return guarded({ClassName, "GetValue"}, [&] {
     if (key_.empty()) return false;
-    const auto found = IniText::load(file_).find(key_, viewOf(name));
+    const auto found = IniText::load(store_).find(key_, viewOf(name));
     if (found) value = *found;
     return found.has_value();
   });
@@ -53,8 +52,8 @@ bool ztRegistry::GetValue(const wchar_t* name, tovin::WideString& value) const {
 void ztRegistry::SetValue(const wchar_t* name, const wchar_t* value) {
   guarded({ClassName, "SetValue"}, [&] {
     if (key_.empty()) throw tovin::Exception(L"No settings key is open");
-    IniText text = IniText::load(file_);
+    IniText text = IniText::load(store_);
     text.set(key_, viewOf(name), viewOf(value));
-    text.save(file_);
+    text.save(store_);
   });
 }

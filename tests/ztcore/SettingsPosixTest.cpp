@@ -1,9 +1,9 @@
+// Settings in a file, where there is no registry.
 #include <gtest/gtest.h>
 
 #include "tests/support/Bytes.h"
 #include "tests/support/TempFolder.h"
 #include "ztcore/ztRegistry.h"
-#include "ztcore/ztServerConfig.h"
 
 namespace {
 
@@ -27,8 +27,8 @@ class Settings : public testing::Test {
     return registry.GetValue(name, value) ? std::wstring(value.view()) : L"-";
   }
 
-  testsupport::TempFolder folder_;
-  ScopedVariable home_{"XDG_CONFIG_HOME", folder_.path()};
+  testsupport::OwnSettings own_;
+  const testsupport::TempFolder& folder_ = own_.folder();
 };
 
 TEST_F(Settings, ValuesAreFoundUnderTheirKeys) {
@@ -123,20 +123,6 @@ TEST_F(Settings, FolderIsNeverTakenFromWhereTheProcessStands) {
   EXPECT_EQ(valueOf(opened(L"k"), L"n"), L"1");
   const ScopedVariable homeless("HOME", nullptr);
   EXPECT_FALSE(ztRegistry().Connect(ztRegistry::CurrentUser));
-}
-
-TEST_F(Settings, ServerConfigurationIsWhereTheVariableSays) {
-  WideString value;
-  EXPECT_FALSE(ztServerConfig::GetParameter(L"a", value));
-  folder_.write("dravolin/server.conf", "A = default\n");
-  EXPECT_TRUE(ztServerConfig::GetParameter(L"a", value));
-  EXPECT_TRUE(value == L"default");
-  const ScopedVariable chosen("DRAVOLIN_SERVER_CONFIG", folder_.write("mine", "a=mine\n[section]\nb=1\n"));
-  EXPECT_TRUE(ztServerConfig::GetParameter(L"a", value));
-  EXPECT_TRUE(value == L"mine");
-  EXPECT_FALSE(ztServerConfig::GetParameter(L"b", value));
-  const ScopedVariable folder("DRAVOLIN_SERVER_CONFIG", folder_.path());
-  EXPECT_THROW(ztServerConfig::GetParameter(L"a", value), tovin::Exception);
 }
 
 }  // namespace

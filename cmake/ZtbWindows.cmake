@@ -1,0 +1,44 @@
+# What packages for Windows have that others have not.
+
+set(CMAKE_SHARED_LIBRARY_PREFIX "")
+
+# ztb_copy_dll(<name> <folder>...): puts a DLL of others, found in one of the folders, where programs are built,
+# without what only debuggers read.
+function(ztb_copy_dll name)
+  find_file(ZTB_DLL_${name} ${name}.dll REQUIRED HINTS ${ARGN} NO_CMAKE_FIND_ROOT_PATH)
+  mark_as_advanced(ZTB_DLL_${name})
+  file(MAKE_DIRECTORY ${CMAKE_RUNTIME_OUTPUT_DIRECTORY})
+  execute_process(
+    COMMAND ${CMAKE_STRIP} -o ${CMAKE_RUNTIME_OUTPUT_DIRECTORY}/${name}.dll ${ZTB_DLL_${name}}
+    COMMAND_ERROR_IS_FATAL ANY)
+endfunction()
+
+# The DLLs of others that ours need beside them: the compiler's, which all must share because they throw exceptions to
+# one another, and the cipher's. They are put where the programs are built, and installed with them.
+
+get_filename_component(ztb_compiler_dir ${CMAKE_CXX_COMPILER} DIRECTORY)
+execute_process(
+  COMMAND ${CMAKE_CXX_COMPILER} -print-file-name=libstdc++-6.dll
+  OUTPUT_VARIABLE ztb_runtime_dir
+  OUTPUT_STRIP_TRAILING_WHITESPACE)
+get_filename_component(ztb_runtime_dir ${ztb_runtime_dir} DIRECTORY)
+get_filename_component(ztb_cipher_dir ${LibGcrypt_LIBRARY} DIRECTORY)
+
+foreach(name IN ITEMS libstdc++-6 libgcc_s_seh-1 libwinpthread-1 libgcrypt-20 libgpg-error-0)
+  ztb_copy_dll(${name} ${ztb_runtime_dir} ${ztb_compiler_dir} ${ztb_cipher_dir} ${ztb_cipher_dir}/../bin)
+  install(FILES ${CMAKE_RUNTIME_OUTPUT_DIRECTORY}/${name}.dll DESTINATION ${CMAKE_INSTALL_BINDIR})
+endforeach()
+
+# Whoever passes their code on passes on their terms, as Debian has them.
+foreach(
+  package IN
+  ITEMS gcc-mingw-w64-x86-64-posix-runtime mingw-w64-common libgcrypt-mingw-w64-dev libgpg-error-mingw-w64-dev
+        libz-mingw-w64-dev libcurl4-openssl-dev libexpat1-dev)
+  set(ztb_terms /usr/share/doc/${package}/copyright)
+  if(EXISTS ${ztb_terms})
+    install(
+      FILES ${ztb_terms}
+      DESTINATION ${CMAKE_INSTALL_DOCDIR}/terms
+      RENAME ${package}.txt)
+  endif()
+endforeach()

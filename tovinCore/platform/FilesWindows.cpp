@@ -1,0 +1,80 @@
+#include <windows.h>
+
+#include <algorithm>
+
+#include "tovinCore/platform/Files.h"
+#include "tovinCore/platform/PathWindows.h"
+
+namespace tovin::platform {
+namespace {
+
+// One call moves at most so many bytes; callers ask again for the rest.
+constexpr size_t longestPiece = size_t{1} << 30;
+constexpr DWORD sharedWithAll = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
+
+struct Opening {
+  DWORD access;
+  DWORD disposition;
+};
+
+Opening openingOf(OpenMode mode) {
+  switch (mode) {
+    case OpenMode::write:
+      return {GENERIC_WRITE, CREATE_ALWAYS};
+    case OpenMode::append:
+      return {FILE_APPEND_DATA | SYNCHRONIZE, OPEN_ALWAYS};
+    case OpenMode::probe:
+      return {GENERIC_WRITE, OPEN_EXISTING};
+    case OpenMode::create:
+      return {GENERIC_WRITE, CREATE_NEW};
+    default:
+      return {GENERIC_READ, OPEN_EXISTING};
+  }
+}
+
+HANDLE handleOf(intptr_t handle) { return reinterpret_cast<HANDLE>(handle); }
+
+DWORD pieceOf(size_t count) { return static_cast<DWORD>(std::min(count, longestPiece)); }
+
+}  // namespace
+
+// A folder is refused by the system itself; who may read a new file is as its folder says.
+intptr_t openFile(const wchar_t* name, OpenMode mode) noexcept {
+  const Opening opening = openingOf(mode);
+  const HANDLE file = ::CreateFileW(systemPath(name).c_str(), opening.access, sharedWithAll, nullptr,
+                                    opening.disposition, FILE_ATTRIBUTE_NORMAL, nullptr);
+  return reinterpret_cast<intptr_t>(file);
+}
+
+void closeFile(intptr_t handle) noexcept { ::CloseHandle(handleOf(handle)); }
+
+int64_t readFile(intptr_t handle, void* bytes, size_t count) noexcept {
+  DWORD got = 0;
+  if (::ReadFile(handleOf(handle), bytes, pieceOf(count), &got, nullptr)) return got;
+  return ::GetLastError() == ERROR_BROKEN_PIPE ? 0 : -1;  // how a pipe ends
+}
+
+int64_t writeFile(intptr_t handle, const void* bytes, size_t count) noexcept {
+  DWORD put = 0;
+  return ::WriteFile(handleOf(handle), bytes, pieceOf(count), &put, nullptr) ? int64_t{put} : -1;
+}
+
+bool seekFile(intptr_t handle, int64_t position) noexcept {
+  LARGE_INTEGER target;
+  target.QuadPart = position;
+  return ::SetFilePointerEx(handleOf(handle), target, nullptr, FILE_BEGIN) != 0;
+}
+
+int64_t fileLength(intptr_t handle) noexcept {
+  LARGE_INTEGER length;
+  return ::GetFileSizeEx(handleOf(handle), &length) ? length.QuadPart : -1;
+}
+
+bool isRegularFile(const wchar_t* name) noexcept {
+  const std::wstring path = systemPath(name);
+  if (path.starts_with(L"\\\\.\\")) return false;  // a device or a pipe
+  const DWORD attributes = ::GetFileAttributesW(path.c_str());
+  return attributes != INVALID_FILE_ATTRIBUTES && !(attributes & FILE_ATTRIBUTE_DIRECTORY);
+}
+
+}  // namespace tovin::platform
