@@ -1,6 +1,7 @@
 #include "ztclient/Terminal.h"
 
 #include "tovinCore/platform/Console.h"
+#include "tovinCore/platform/Environment.h"
 
 namespace {
 
