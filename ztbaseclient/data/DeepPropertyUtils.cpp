@@ -1,8 +1,7 @@
 #include "ztbaseclient/data/DeepPropertyUtils.h"
 
-#include <algorithm>
-
 #include "tovin/iXPathParser.h"
+#include "tovin/xpath/QueryNames.h"
 #include "tovinCore/Guard.h"
 #include "tovinCore/Units.h"
 #include "ztbaseclient/data/NodeLocations.h"
@@ -34,21 +33,6 @@ bool carries(const tovin::iNode& node, const wchar_t* leaf) {
   return node.hasProperties() && node.getProperties()->isDefined(leaf);
 }
 
-bool beginsName(wchar_t c) {
-  const wchar_t folded = tovin::foldAscii(c);
-  return (folded >= L'a' && folded <= L'z') || c == L'_' || static_cast<unsigned long>(c) > 0x7F;
-}
-
-// Whether a query can hold the name: NCName, or two of them with a ':' between.
-bool isQueryName(std::wstring_view name) {
-  const size_t colon = name.find(L':');
-  if (colon != name.npos && !isQueryName(name.substr(colon + 1))) return false;
-  name = name.substr(0, colon);
-  return !name.empty() && beginsName(name.front()) && std::ranges::all_of(name, [](wchar_t c) {
-    return beginsName(c) || (c >= L'0' && c <= L'9') || c == L'-' || c == L'.';
-  });
-}
-
 // The nodes of a location that carry a property of a name that no query can hold.
 void selectCarriers(const tovin::iNode& node, const wchar_t* location, const wchar_t* leaf,
                     tovin::NodeReferenceSet& nodes) {
@@ -70,7 +54,7 @@ bool lookUpFrom(const tovin::iNode& node, const wchar_t* location, const wchar_t
   if (leaf) {
     tovin::WideString name(leaf);
     DeepPropertyUtils::MassagePropertyName(name);
-    if (!isQueryName(name.view())) {
+    if (!tovin::xpath::isQName(name.view())) {
       selectCarriers(node, location, leaf, nodes);
       return true;
     }

@@ -33,17 +33,18 @@ class HierarchicalName : public testing::Test {
 
 TEST_F(HierarchicalName, FindsTheFirstNodeThatCarriesTheLeaf) {
   y_.define(L"my prop", L"8", 0);
-  y_.define(L"50 %", L"9", 0);
+  for (const wchar_t* name : {L"50 %", L"u:v:w", L":", L"p:*"}) y_.define(name, L"9", 0);
+  const std::wstring colons = L"/r/y/" + std::wstring(1'000'000, L':');
   const struct {
     const wchar_t* name;
     const char* text;
   } rows[] = {
-      {L"/r/x/p", "3"},    {L"/r/x[2]/p", "5"},    {L"/R/X[2]/P", "5"},
-      {L"/r/x/q", "4"},    {L"/r/x[2]/q", "none"}, {L"//p", "3"},
-      {L"//z/p", "7"},     {L"/a", "1"},           {L"/p", "none"},
-      {L"/r/a", "1"},      {L"/r/y/my prop", "8"}, {L"/none/p", "none"},
-      {L"/r/y/50 %", "9"}, {L"/r/x/50 %", "none"}, {L"/r/y/", "none"},
-      {L"p", "none"},      {L"r/x/p", "none"},     {L"/*[1]/*[3]/*[1]/p", "7"},
+      {L"/r/x/p", "3"},         {L"/r/x[2]/p", "5"},    {L"/R/X[2]/P", "5"},    {L"/r/x/q", "4"},
+      {L"/r/x[2]/q", "none"},   {L"//p", "3"},          {L"//z/p", "7"},        {L"/a", "1"},
+      {L"/p", "none"},          {L"/r/a", "1"},         {L"/r/y/my prop", "8"}, {L"/none/p", "none"},
+      {L"/r/y/50 %", "9"},      {L"/r/x/50 %", "none"}, {L"/r/y/", "none"},     {L"/r/y/:", "9"},
+      {L"/r/y/u:v:w", "9"},     {L"/r/y/p:*", "9"},     {L"/r/y/*", "none"},    {L"/r/y/u:v", "none"},
+      {colons.c_str(), "none"}, {L"p", "none"},         {L"r/x/p", "none"},     {L"/*[1]/*[3]/*[1]/p", "7"},
   };
   for (const auto& row : rows) {
     const std::string shown = tovin::wideToUtf8(row.name);
