@@ -53,13 +53,8 @@ bool CPropertyCollection::follows(const wchar_t* name) const noexcept {
   return nodeOwner_ && isHierarchical(name);
 }
 
-// Splits a hierarchical name at its last '/'. "//leaf" means: anywhere in the tree.
 void CPropertyCollection::split(const wchar_t* name) const {
-  const tovin::WideString whole(name);
-  const size_t slash = whole.findLast(L'/');
-  location_ = whole.subString(0, slash);
-  leaf_ = whole.subString(slash + 1);
-  if (location_ == L"/") location_ = L"//*";
+  DeepPropertyUtils::SplitPropertyPath(name, location_, leaf_);
 }
 
 // The first node at the location; null when there is none. Found nodes are let go at once: one of them may
