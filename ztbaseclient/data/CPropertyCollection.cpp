@@ -1,5 +1,7 @@
 #include "ztbaseclient/data/CPropertyCollection.h"
 
+#include <string_view>
+
 #include "tovin/values/DoubleValue.h"
 #include "tovin/values/StringValue.h"
 #include "tovinCore/Units.h"
@@ -66,18 +68,29 @@ tovin::Held<tovin::iNode> CPropertyCollection::locate(const wchar_t* leaf) const
   return node;
 }
 
-// Where a name leads: its own storage first, then along the path.
-// mustExist: only to a property that is there.
-CPropertyCollection::Place CPropertyCollection::placeOf(const wchar_t* name, bool mustExist) const {
-  auto* self = const_cast<CPropertyCollection*>(this);
-  if (storage_->GetIndex(name) >= 0) return {self, name};
-  if (!follows(name)) return mustExist ? Place{} : Place{self, name};
+// Where the property of a name is: its own storage first, then along the path.
+CPropertyCollection::Place CPropertyCollection::placeOf(const wchar_t* name) const {
+  if (storage_->GetIndex(name) >= 0) return {const_cast<CPropertyCollection*>(this), name, {}};
+  if (!follows(name)) return {};
   split(name);
-  const tovin::Held<tovin::iNode> node = locate(mustExist ? leaf_.c_str() : nullptr);
-  if (!node) return {};
-  Place place{node->getProperties(), leaf_};
-  if (mustExist && !place.collection->isDefined(leaf_)) return {};
-  return place;
+  const tovin::Held<tovin::iNode> node = locate(leaf_.c_str());
+  if (!node || !node->getProperties()->isDefined(leaf_)) return {};
+  return {node->getProperties(), leaf_, location_};
+}
+
+// Where a property goes that takes a name which none has. One whose location stays as it is stays at its
+// node, even if that is not the location's first.
+CPropertyCollection::Place CPropertyCollection::newPlaceOf(const wchar_t* name, const Place& source) const {
+  if (!follows(name)) return {const_cast<CPropertyCollection*>(this), name, {}};
+  split(name);
+  if (source.location == location_) return {source.collection, leaf_, location_};
+  const tovin::Held<tovin::iNode> node = locate(nullptr);
+  return {node ? node->getProperties() : nullptr, leaf_, location_};
+}
+
+bool CPropertyCollection::isNameless(const wchar_t* name) const {
+  if (storage_->GetIndex(name) >= 0) return false;
+  return !name || !*name || (follows(name) && std::wstring_view(name).ends_with(L'/'));
 }
 
 // The value is attached rather than set: a definition may be read-only from the start.
@@ -131,7 +144,7 @@ tovin::iProperty* CPropertyCollection::lookUp(const wchar_t* name) const {
     const int index = storage_->GetIndex(name);
     if (index >= 0) return storage_->GetProperty(index);
     if (!follows(name)) return nullptr;
-    const Place place = placeOf(name, true);
+    const Place place = placeOf(name);
     return place.collection ? place.collection->find(place.leaf) : nullptr;
   });
 }
@@ -140,7 +153,7 @@ int CPropertyCollection::findIndex(const wchar_t* name) const {
   return guarded({ClassName, "findIndex"}, [&] {
     const int index = storage_->GetIndex(name);
     if (index >= 0 || !follows(name)) return index;
-    const Place place = placeOf(name, true);
+    const Place place = placeOf(name);
     return place.collection ? place.collection->findIndex(place.leaf) : -1;
   });
 }
@@ -179,7 +192,7 @@ bool CPropertyCollection::remove(const wchar_t* name) {
       storage_->RemoveProperty(static_cast<unsigned>(index));
       return true;
     }
-    const Place place = placeOf(name, true);
+    const Place place = placeOf(name);
     return place.collection && place.collection->remove(place.leaf);
   });
 }
@@ -191,18 +204,17 @@ void CPropertyCollection::removeAll() {
 void CPropertyCollection::rename(const wchar_t* from, const wchar_t* to) {
   guarded({ClassName, "rename"}, [&] {
     if (from && to && tovin::equalExact(from, to)) return;
-    const Place source = placeOf(from, true);
+    const Place source = placeOf(from);
     if (!source.collection) throw tovin::Exception(L"Source property %ls not found to rename", from);
-    const Place destination = placeOf(to, false);
-    if (!destination.collection) {
-      throw tovin::Exception(L"Failed to find hierarchical location \"%ls\"\n", location_);
-    }
-    if (destination.collection->isDefined(destination.leaf) && !tovin::equalFolded(from, to)) {
+    if (isNameless(to)) throw tovin::Exception(L"Source property %ls cannot be renamed to empty text", from);
+    Place destination = placeOf(to);
+    if (destination.collection && !tovin::equalFolded(from, to)) {
       throw tovin::Exception(L"Destination property %ls already exists, cannot rename source property %ls",
                              to, from);
     }
-    if (destination.leaf.isEmpty()) {
-      throw tovin::Exception(L"Source property %ls cannot be renamed to empty text", from);
+    if (!destination.collection) destination = newPlaceOf(to, source);
+    if (!destination.collection) {
+      throw tovin::Exception(L"Failed to find hierarchical location \"%ls\"\n", location_);
     }
     move(source, destination);
   });

@@ -125,6 +125,25 @@ TEST_F(HierarchicalName, RenamesWithinAndBetweenCollections) {
   EXPECT_EQ(names(y_), "b");
 }
 
+TEST_F(HierarchicalName, IsRenamedWhereItIsFoundAndNotOntoWhatIsFound) {
+  own_.rename(L"//my", L"//MY");
+  EXPECT_EQ(names(y_), "MY");
+  own_.rename(L"/r/x/q", L"/r/x/Q");
+  secondX_.define(L"s", L"6", 0);
+  own_.rename(L"/r/x/s", L"/r/x/S");
+  own_.rename(L"/r/x/s", L"/r/x/t");
+  EXPECT_EQ(names(firstX_), "p Q");
+  EXPECT_EQ(names(secondX_), "p t");
+  for (const wchar_t* to : {L"/r/x/T", L"//q", L"//t"}) {
+    expectMessage(
+        tovin::format(L"Destination property %ls already exists, cannot rename source property a", to),
+        [&] { own_.rename(L"a", to); });
+  }
+  expectMessage(L"Destination property //t already exists, cannot rename source property //q",
+                [&] { own_.rename(L"//q", L"//t"); });
+  EXPECT_EQ(names(own_) + " " + names(firstX_) + " " + names(secondX_), "a b p Q p t");
+}
+
 TEST_F(HierarchicalName, MovesAReadOnlyPropertyWithItsFlags) {
   own_.define(L"fixed", L"text", MetaDataFlags::readOnly);
   own_.rename(L"fixed", L"/r/y/fixed");
@@ -147,6 +166,7 @@ TEST_F(HierarchicalName, IsNotRenamedOntoAnotherOrToNothing) {
        L"Destination property /r/x/Q already exists, cannot rename source property /r/x/p"},
       {L"a", L"", L"Source property a cannot be renamed to empty text"},
       {L"a", nullptr, L"Source property a cannot be renamed to empty text"},
+      {L"a", L"/none/", L"Source property a cannot be renamed to empty text"},
       {L"a", L"/r/x/", L"Source property a cannot be renamed to empty text"},
       {L"a", L"/none/c", L"Failed to find hierarchical location \"/none\"\n"},
   };
