@@ -70,22 +70,23 @@ tovin::Held<tovin::iNode> CPropertyCollection::locate(const wchar_t* leaf) const
 
 // Where the property of a name is: its own storage first, then along the path.
 CPropertyCollection::Place CPropertyCollection::placeOf(const wchar_t* name) const {
-  if (storage_->GetIndex(name) >= 0) return {const_cast<CPropertyCollection*>(this), name, {}};
+  if (storage_->GetIndex(name) >= 0) return {const_cast<CPropertyCollection*>(this), name};
   if (!follows(name)) return {};
   split(name);
   const tovin::Held<tovin::iNode> node = locate(leaf_.c_str());
   if (!node || !node->getProperties()->isDefined(leaf_)) return {};
-  return {node->getProperties(), leaf_, location_};
+  return {node->getProperties(), leaf_};
 }
 
-// Where a property goes that takes a name which none has. One whose location stays as it is stays at its
-// node, even if that is not the location's first.
-CPropertyCollection::Place CPropertyCollection::newPlaceOf(const wchar_t* name, const Place& source) const {
-  if (!follows(name)) return {const_cast<CPropertyCollection*>(this), name, {}};
+// Where a property, found at a location, goes when it takes a name that none has. If the new name has the
+// same location it stays at its node, even where that is not the location's first.
+CPropertyCollection::Place CPropertyCollection::newPlaceOf(const wchar_t* name, const Place& source,
+                                                           const tovin::WideString& location) const {
+  if (!follows(name)) return {const_cast<CPropertyCollection*>(this), name};
   split(name);
-  if (source.location == location_) return {source.collection, leaf_, location_};
+  if (location == location_) return {source.collection, leaf_};
   const tovin::Held<tovin::iNode> node = locate(nullptr);
-  return {node ? node->getProperties() : nullptr, leaf_, location_};
+  return {node ? node->getProperties() : nullptr, leaf_};
 }
 
 bool CPropertyCollection::isNameless(const wchar_t* name) const {
@@ -206,13 +207,14 @@ void CPropertyCollection::rename(const wchar_t* from, const wchar_t* to) {
     if (from && to && tovin::equalExact(from, to)) return;
     const Place source = placeOf(from);
     if (!source.collection) throw tovin::Exception(L"Source property %ls not found to rename", from);
+    const tovin::WideString location = storage_->GetIndex(from) < 0 ? location_ : tovin::WideString();
     if (isNameless(to)) throw tovin::Exception(L"Source property %ls cannot be renamed to empty text", from);
     Place destination = placeOf(to);
     if (destination.collection && !tovin::equalFolded(from, to)) {
       throw tovin::Exception(L"Destination property %ls already exists, cannot rename source property %ls",
                              to, from);
     }
-    if (!destination.collection) destination = newPlaceOf(to, source);
+    if (!destination.collection) destination = newPlaceOf(to, source, location);
     if (!destination.collection) {
       throw tovin::Exception(L"Failed to find hierarchical location \"%ls\"\n", location_);
     }

@@ -85,19 +85,17 @@ class ZTBASECLIENT_API CPropertyCollection
   const CPropertyCollectionData& GetStorage() const noexcept { return *storage_; }
 
  private:
-  // Where a name leads: a collection and the name there, with the location that was followed. No collection:
-  // nowhere.
+  // Where a name leads: a collection and the name there. No collection: nowhere.
   struct Place {
     tovin::iPropertyCollection* collection = nullptr;
     tovin::WideString leaf;
-    tovin::WideString location;
   };
 
   bool follows(const wchar_t* name) const noexcept;
   void split(const wchar_t* name) const;
   tovin::Held<tovin::iNode> locate(const wchar_t* leaf) const;
   Place placeOf(const wchar_t* name) const;
-  Place newPlaceOf(const wchar_t* name, const Place& source) const;
+  Place newPlaceOf(const wchar_t* name, const Place& source, const tovin::WideString& location) const;
   bool isNameless(const wchar_t* name) const;
   tovin::iProperty* lookUp(const wchar_t* name) const;
   CProperty* at(unsigned index) const;
