@@ -2,6 +2,7 @@
 
 #include <climits>
 #include <cmath>
+#include <random>
 
 #include "tests/tovin/xpath/Trees.h"
 #include "tovin/values/DoubleValue.h"
@@ -119,8 +120,33 @@ TEST(QueryNumbers, ThatPropertiesHoldAreTakenAsTheyAre) {
       {L"c * 1000000000", "2"},
       {L"-@endless", "-Infinity"},
       {L"count(//c[../@endless > /r/@big])", "1"},
+      {L"sum(@small | c) > 0.0000001", "true"},
   };
   for (const auto& row : rows) EXPECT_EQ(textOf(*root, row.query), row.text) << tovin::wideToUtf8(row.query);
+}
+
+TEST(QueryTexts, AreFoundAndTranslatedAtAnyLength) {
+  const Ptr<iNode> root = withText(L"r", nullptr);
+  std::mt19937 random(7);
+  const auto letters = [&](size_t count) {
+    std::wstring text;
+    while (text.size() < count) text += random() % 8 ? L'a' : L'b';
+    return text;
+  };
+  for (size_t length : {1, 32, 33, 60}) {
+    for (int i = 0; i < 50; ++i) {
+      const std::wstring text = letters(300), mark = i % 2 ? letters(length) : text.substr(200, length);
+      const size_t place = text.find(mark);
+      const std::wstring arguments = L"('" + text + L"', '" + mark + L"')";
+      const std::wstring before = place == text.npos ? L"" : text.substr(0, place);
+      const std::wstring after = place == text.npos ? L"" : text.substr(place + length);
+      EXPECT_EQ(textOf(*root, (L"substring-before" + arguments).c_str()), tovin::wideToUtf8(before));
+      EXPECT_EQ(textOf(*root, (L"substring-after" + arguments).c_str()), tovin::wideToUtf8(after));
+      EXPECT_EQ(textOf(*root, (L"contains" + arguments).c_str()), place == text.npos ? "false" : "true");
+    }
+  }
+  EXPECT_EQ(textOf(*root, L"translate('a\u00e9b\u20acc\u00e9', '\u00e9a\u20aca', 'X\u00fcZY')"),
+            "\u00fcXbZcX");
 }
 
 TEST(QueryResults, SayWhetherAnythingWasSelected) {
@@ -300,6 +326,7 @@ TEST(QueryLimits, LetLengthGrowAndNestingNot) {
       {repeated(L"//a", 100'000) + L" or 1", true},
       {L"a" + repeated(L"[1]", 100'000), true},
       {L"concat('" + std::wstring(1'000'000, L'x') + L"', '')", true},
+      {L"concat('a'" + repeated(L", 'a'", 100'000) + L")", true},
   };
   for (const auto& row : rows) {
     const std::string shown = tovin::wideToUtf8(row.query.substr(0, 20));
