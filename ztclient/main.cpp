@@ -1,4 +1,5 @@
 // The command: a thin face on the library. One file a subcommand; this one only chooses and reports.
+#include <algorithm>
 #include <iostream>
 
 #include "tovinCore/Exception.h"
@@ -37,7 +38,10 @@ int main(int argc, char** argv) {
   commands::addLink(app, status);
   commands::addUpload(app, status);
   try {
-    app.parse(argc, argv);
+    std::vector<std::string> arguments(argv + 1, argv + argc);
+    commands::setExpressionApart(app, arguments);
+    std::ranges::reverse(arguments);  // as the parser takes them
+    app.parse(std::move(arguments));
     std::cout.flush();
     return std::cout ? status : report(app, "cannot write to standard output");
   } catch (const CLI::Success& e) {
