@@ -36,6 +36,17 @@ class ReferenceSetImpl {
   std::vector<Held<T>> items_;
 };
 
+/// Fills a set anew by fill(set). What it held before lives until that is done, because the filling may stand
+/// on it: a query's context may be held by nothing but the set of its result. Empty when fill throws.
+template <class T, class Fill>
+bool refill(ReferenceSetImpl<T>& result, Fill&& fill) {
+  ReferenceSetImpl<T> before, found;
+  before.swap(result);
+  const bool answer = fill(found);
+  result.swap(found);
+  return answer;
+}
+
 using NodeReferenceSet = ReferenceSetImpl<iNode>;
 using PropertyReferenceSet = ReferenceSetImpl<iProperty>;
 

@@ -4,6 +4,7 @@
 #include <cstdio>
 #include <vector>
 
+#include "tovinCore/Units.h"
 #include "tovinCore/Utf8.h"
 #include "ztbaseclient/framework/StreamPrimitives.h"
 #include "ztbaseclient/node/CBaseNode.h"
@@ -52,6 +53,22 @@ tovin::Ptr<tovin::iNode> readXml(const std::string& bytes) {
   return parser.parse(stream);
 }
 
+// Broken sequences and surrogates without their other half, which parts of texts can begin or end with, as
+// U+FFFD.
+std::string repaired(const std::string& bytes) {
+  std::wstring text = tovin::utf8ToWide(bytes);
+  for (size_t i = 0; i < text.size(); ++i) {
+    const auto unit = static_cast<char16_t>(text[i]);
+    const bool paired = tovin::isHighSurrogate(unit) && i + 1 < text.size() &&
+                        tovin::isLowSurrogate(static_cast<char16_t>(text[i + 1]));
+    if (paired)
+      ++i;
+    else if (tovin::isHighSurrogate(unit) || tovin::isLowSurrogate(unit))
+      text[i] = L'\uFFFD';
+  }
+  return tovin::wideToUtf8(text);
+}
+
 }  // namespace
 
 std::string bytesOf(std::wstring_view text) {
@@ -61,7 +78,9 @@ std::string bytesOf(std::wstring_view text) {
 }
 
 std::string Document::utf8(std::wstring_view text) const {
-  return bytesAsCharacters ? bytesOf(text) : tovin::wideToUtf8(text);
+  const std::string bytes = bytesAsCharacters ? bytesOf(text) : tovin::wideToUtf8(text);
+  bool cutShort = false;
+  return tovin::isValidUtf8(bytes, cutShort) ? bytes : repaired(bytes);
 }
 
 std::wstring Document::wide(const std::string& utf8) const {

@@ -13,7 +13,8 @@ struct Document {
   /// The reader of XML keeps one character a byte.
   bool bytesAsCharacters = false;
 
-  /// A text of the tree as UTF-8; empty for null.
+  /// A text of the tree, or a part of one, as UTF-8, which is valid even if the part cuts a character; empty
+  /// for null.
   std::string utf8(const wchar_t* text) const { return text ? utf8(std::wstring_view(text)) : std::string(); }
   std::string utf8(std::wstring_view text) const;
   /// A text in UTF-8 as the texts of the tree are written.

@@ -1,4 +1,5 @@
 // ztclient query: what a path query selects in an XML document or a node record.
+#include <algorithm>
 #include <iostream>
 #include <memory>
 
@@ -23,6 +24,7 @@ std::string expressionOf(const Options& options) {
   if (options.expressionFile.empty()) return options.expression;
   std::string text = readBytes(options.expressionFile);
   while (!text.empty() && (text.back() == '\n' || text.back() == '\r')) text.pop_back();
+  if (text.find('\0') != text.npos) throw tovin::Exception(L"The expression file holds a NUL character");
   return text;
 }
 
@@ -90,6 +92,18 @@ int run(const Options& options) {
 }
 
 }  // namespace
+
+void commands::setExpressionApart(const CLI::App& app, std::vector<std::string>& arguments) {
+  if (arguments.empty() || arguments[0] != "query" || std::ranges::count(arguments, "--")) return;
+  const CLI::App* query = app.get_subcommand("query");
+  const auto expression = std::ranges::find_if(arguments, [query](const std::string& argument) {
+    return argument.size() > 1 && argument[0] == '-' && argument[1] != '-' &&
+           !query->get_option_no_throw(argument);
+  });
+  if (expression == arguments.end()) return;
+  std::rotate(expression, expression + 1, arguments.end());
+  arguments.insert(arguments.end() - 1, "--");
+}
 
 void commands::addQuery(CLI::App& app, int& status) {
   auto options = std::make_shared<Options>();

@@ -48,7 +48,9 @@ int main(int argc, char** argv) {
   commands::addAll(app, status);
   const Warnings warnings(app);
   try {
-    app.parse(arguments::forParser(tovin::platform::programArguments(argc, argv)));
+    std::vector<std::string> given = tovin::platform::programArguments(argc, argv);
+    commands::setExpressionApart(app, given);
+    app.parse(arguments::forParser(std::move(given)));
     std::cout.flush();
     return std::cout ? status : report(app, "cannot write to standard output");
   } catch (const CLI::Success& e) {

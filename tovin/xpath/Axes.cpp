@@ -68,6 +68,7 @@ bool Axes::visitFollowing(const Item& from, Visit visit) {
   if (from.isRoot()) return true;
   if (from.isAttribute() && !visitDescendants({from.element}, visit)) return false;
   for (const iNode* at = from.element; at; at = at->findParent()) {
+    allowance_.spend();
     const Children siblings = siblingsOf(*at);
     for (size_t i = indexOf(*at, siblings) + 1; i < siblings.size(); ++i) {
       if (!visitSubtree(*siblings[i], visit)) return false;
@@ -88,6 +89,7 @@ bool Axes::visitFollowingSiblings(const Item& from, Visit visit) {
 // What ends before the item begins: nearest first, no ancestors.
 bool Axes::visitPreceding(const Item& from, Visit visit) {
   for (const iNode* at = from.element; at; at = at->findParent()) {
+    allowance_.spend();
     const Children siblings = siblingsOf(*at);
     for (size_t i = std::min(indexOf(*at, siblings), siblings.size()); i-- > 0;) {
       if (!visitSubtreeBackwards(*siblings[i], visit)) return false;
@@ -155,9 +157,12 @@ size_t Axes::indexOf(const iNode& element, Children siblings) {
   for (size_t i = 0; i < siblings.size(); ++i) {
     // Forwards from the hint and backwards by turns: walks go either way.
     const size_t after = start + i, before = start - i - 1;
-    if (after < siblings.size() && siblings[after] == &element) return hint.index = after;
-    if (before < siblings.size() && siblings[before] == &element) return hint.index = before;
+    const bool isAfter = after < siblings.size() && siblings[after] == &element;
+    if (!isAfter && !(before < siblings.size() && siblings[before] == &element)) continue;
+    allowance_.spend(i);
+    return hint.index = isAfter ? after : before;
   }
+  allowance_.spend(siblings.size());
   return siblings.size();
 }
 

@@ -11,8 +11,10 @@ namespace tovin::xpath {
 /// Counts down what an evaluation may visit: nested predicates could ask without end.
 class Allowance {
  public:
-  void spend() {
-    if (left_-- == 0) refuse();
+  /// What costs as much as that many visits.
+  void spend(uint64_t visits = 1) {
+    if (visits > left_) refuse();
+    left_ -= visits;
   }
 
  private:

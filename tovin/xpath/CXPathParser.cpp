@@ -2,6 +2,7 @@
 
 #include <climits>
 #include <cmath>
+#include <utility>
 
 #include "tovin/xpath/Evaluator.h"
 #include "tovin/xpath/ExpressionCache.h"
@@ -118,25 +119,28 @@ bool CXPathParser::evaluate(const wchar_t* expression, const iNode* context, uns
 
 bool CXPathParser::evaluate(const wchar_t* expression, const iNode* context, unsigned,
                             PropertyReferenceSet& result) {
-  result.clear();
-  return run("evaluate(properties)", expression, context, [&](Query& query) {
-    query.requireNodes();
-    query.visit([&](const Item& item) {
-      if (item.isAttribute()) result.add(const_cast<iProperty*>(&propertyOf(item)));
-      return true;
+  return refill(result, [&](PropertyReferenceSet& found) {
+    return run("evaluate(properties)", expression, context, [&](Query& query) {
+      query.requireNodes();
+      query.visit([&](const Item& item) {
+        if (item.isAttribute()) found.add(const_cast<iProperty*>(&propertyOf(item)));
+        return true;
+      });
+      return !found.isEmpty();
     });
-    return !result.isEmpty();
   });
 }
 
 bool CXPathParser::evaluate(const wchar_t* expression, const iNode* context, unsigned flags,
                             NodeReferenceSet& result) {
-  result.clear();
-  return run("evaluate(nodes)", expression, context,
-             [&](Query& query) { return selectNodes(query, flags, result); });
+  return refill(result, [&](NodeReferenceSet& found) {
+    return run("evaluate(nodes)", expression, context,
+               [&](Query& query) { return selectNodes(query, flags, found); });
+  });
 }
 
 bool CXPathParser::evaluate(const wchar_t* expression, const iNode* context, unsigned, WideString& result) {
+  const WideString before(std::move(result));  // may be the expression's own text
   result.clear();
   return run("evaluate(string)", expression, context, [&](Query& query) {
     Item first;

@@ -2,11 +2,10 @@
 
 #include <algorithm>
 #include <cmath>
-#include <optional>
-#include <unordered_set>
+#include <memory>
+#include <utility>
 
-#include "tovin/xpath/Texts.h"
-#include "tovin/xpath/XPathNumbers.h"
+#include "tovin/xpath/SetSummary.h"
 
 namespace tovin::xpath {
 namespace {
@@ -46,85 +45,129 @@ Token mirrored(Token operation) {
   }
 }
 
-bool equalTexts(std::wstring_view left, std::wstring_view right) {
-  return left == right || compareUnits(left, right) == 0;
+// The operator is met by something that is less than others, rather than greater.
+bool isRising(Token operation) { return operation == Token::less || operation == Token::lessOrEqual; }
+
+// Calls meets(node) for each node until it is true; a node is what the evaluator has texts and numbers of.
+template <class Meets>
+bool anyNode(Evaluator& evaluator, TermId nodes, const Context& context, Meets&& meets) {
+  const uint32_t attributes = evaluator.plainAttributeStep(nodes);
+  if (attributes != Evaluator::noStep) {
+    return !evaluator.visitProperties(attributes, context.item,
+                                      [&](const iProperty& property, uint32_t) { return !meets(property); });
+  }
+  return !evaluator.visitSomehow(nodes, context, [&](const Item& item) { return !meets(item); });
 }
 
-// Calls meets(text) for the string-value of each node until it is true.
 template <class Meets>
 bool anyText(Evaluator& evaluator, TermId nodes, const Context& context, Meets&& meets) {
   std::wstring room;
-  const uint32_t attributes = evaluator.plainAttributeStep(nodes);
-  if (attributes != Evaluator::noStep) {
-    return !evaluator.visitProperties(attributes, context.item, [&](const iProperty& property, uint32_t) {
-      return !meets(Evaluator::viewText(property, room));
-    });
-  }
-  return !evaluator.visitSomehow(nodes, context,
-                                 [&](const Item& item) { return !meets(evaluator.viewText(item, room)); });
+  return anyNode(evaluator, nodes, context,
+                 [&](const auto& node) { return meets(evaluator.viewText(node, room)); });
 }
 
-bool shareText(Evaluator& evaluator, TermId left, TermId right, const Context& context) {
-  std::unordered_set<std::wstring> texts;
-  anyText(evaluator, left, context, [&](std::wstring_view text) {
-    texts.insert(inUnits(text));
-    return false;
-  });
-  if (texts.empty()) return false;
-  return anyText(evaluator, right, context,
-                 [&](std::wstring_view text) { return texts.contains(inUnits(text)); });
+template <class Meets>
+bool anyNumber(Evaluator& evaluator, TermId nodes, const Context& context, Meets&& meets) {
+  std::wstring room;
+  return anyNode(evaluator, nodes, context,
+                 [&](const auto& node) { return meets(evaluator.numberOf(node, room)); });
 }
 
-// Some pair differs, unless all texts of both sides are one.
-bool differInText(Evaluator& evaluator, TermId left, TermId right, const Context& context) {
-  std::optional<std::wstring> first;
-  bool several = false;
-  anyText(evaluator, left, context, [&](std::wstring_view text) {
-    if (!first) first = text;
-    return several = !equalTexts(*first, text);
-  });
-  if (!first) return false;
-  return anyText(evaluator, right, context,
-                 [&](std::wstring_view text) { return several || !equalTexts(*first, text); });
-}
-
-struct Extent {
-  double least = HUGE_VAL;
-  double most = -HUGE_VAL;
-  bool any = false;
-};
-
-// Nothing that is no number is in order with anything.
-Extent extentOf(Evaluator& evaluator, TermId nodes, const Context& context) {
-  Extent extent;
+void sumUpTexts(Evaluator& evaluator, TermId nodes, const Context& context, SetSummary& summary) {
   anyText(evaluator, nodes, context, [&](std::wstring_view text) {
-    const double number = textToNumber(text);
-    if (!std::isnan(number)) {
-      extent = {std::min(extent.least, number), std::max(extent.most, number), true};
-    }
+    summary.texts.emplace(text);
     return false;
   });
-  return extent;
+}
+
+// Two that differ are enough.
+void sumUpDifference(Evaluator& evaluator, TermId nodes, const Context& context, SetSummary& summary) {
+  anyText(evaluator, nodes, context, [&](std::wstring_view text) {
+    if (!summary.first) summary.first = text;
+    return summary.several = !equalTexts(*summary.first, text);
+  });
+}
+
+void sumUpNumbers(Evaluator& evaluator, TermId nodes, const Context& context, SetSummary& summary) {
+  anyNumber(evaluator, nodes, context, [&](double number) {
+    if (std::isnan(number)) return false;
+    summary.anyNumber = true;
+    summary.least = std::min(summary.least, number);
+    summary.most = std::max(summary.most, number);
+    return false;
+  });
+}
+
+// What a set is compared by under an operation; of a fixed one it is found once.
+const SetSummary& summaryOf(Evaluator& evaluator, TermId nodes, Token operation, const Context& context,
+                            std::unique_ptr<SetSummary>& room) {
+  std::unique_ptr<SetSummary>& place = evaluator.isFixed(nodes) ? evaluator.summaryOf(nodes) : room;
+  if (place) return *place;
+  auto summary = std::make_unique<SetSummary>();
+  if (operation == Token::equal)
+    sumUpTexts(evaluator, nodes, context, *summary);
+  else if (operation == Token::notEqual)
+    sumUpDifference(evaluator, nodes, context, *summary);
+  else
+    sumUpNumbers(evaluator, nodes, context, *summary);
+  place = std::move(summary);
+  return *place;
+}
+
+bool meetsText(std::wstring_view text, Token operation, const SetSummary& others) {
+  if (operation == Token::equal) return others.texts.contains(text);
+  return others.first && (others.several || !equalTexts(*others.first, text));
+}
+
+bool meetsNumber(double number, Token operation, const SetSummary& others) {
+  return others.anyNumber &&
+         compareNumbers(number, operation, isRising(operation) ? others.most : others.least);
+}
+
+// Whether the left side is the one to be summed up: what is the same each time, or a few attributes.
+bool isSummedUpFirst(const Evaluator& evaluator, TermId left, TermId right) {
+  if (evaluator.isFixed(left) || evaluator.isFixed(right)) return !evaluator.isFixed(right);
+  return evaluator.plainAttributeStep(left) != Evaluator::noStep;
 }
 
 bool compareSets(Evaluator& evaluator, TermId left, Token operation, TermId right, const Context& context) {
-  if (operation == Token::equal) return shareText(evaluator, left, right, context);
-  if (operation == Token::notEqual) return differInText(evaluator, left, right, context);
-  const Extent a = extentOf(evaluator, left, context), b = extentOf(evaluator, right, context);
-  if (!a.any || !b.any) return false;
-  const bool rising = operation == Token::less || operation == Token::lessOrEqual;
-  return rising ? compareNumbers(a.least, operation, b.most) : compareNumbers(a.most, operation, b.least);
+  if (isSummedUpFirst(evaluator, left, right)) {
+    std::swap(left, right);
+    operation = mirrored(operation);
+  }
+  std::unique_ptr<SetSummary> room;
+  const SetSummary& others = summaryOf(evaluator, right, operation, context, room);
+  if (others.isEmpty()) return false;
+  if (isEquality(operation)) {
+    return anyText(evaluator, left, context,
+                   [&](std::wstring_view text) { return meetsText(text, operation, others); });
+  }
+  return anyNumber(evaluator, left, context,
+                   [&](double number) { return meetsNumber(number, operation, others); });
 }
 
 bool compareSetWithText(Evaluator& evaluator, TermId set, Token operation, TermId other,
                         const Context& context) {
-  const Term& term = evaluator.expression().terms[other];
-  const std::wstring made = term.kind == TermKind::literal ? std::wstring() : evaluator.text(other, context);
-  const std::wstring& wanted =
-      term.kind == TermKind::literal ? evaluator.expression().literals[term.index] : made;
+  std::wstring made;
+  const std::wstring_view wanted = evaluator.viewText(other, context, made);
+  if (evaluator.isFixed(set)) {
+    std::unique_ptr<SetSummary> room;
+    return meetsText(wanted, operation, summaryOf(evaluator, set, operation, context, room));
+  }
   const bool equality = operation == Token::equal;
   return anyText(evaluator, set, context,
                  [&](std::wstring_view text) { return equalTexts(text, wanted) == equality; });
+}
+
+bool compareSetWithNumber(Evaluator& evaluator, TermId set, Token operation, double wanted,
+                          const Context& context) {
+  if (evaluator.isFixed(set) && !isEquality(operation)) {
+    std::unique_ptr<SetSummary> room;
+    const Token seenFromOther = mirrored(operation);
+    return meetsNumber(wanted, seenFromOther, summaryOf(evaluator, set, seenFromOther, context, room));
+  }
+  return anyNumber(evaluator, set, context,
+                   [&](double number) { return compareNumbers(number, operation, wanted); });
 }
 
 bool compareSet(Evaluator& evaluator, TermId set, Token operation, TermId other, const Context& context) {
@@ -134,10 +177,7 @@ bool compareSet(Evaluator& evaluator, TermId set, Token operation, TermId other,
   }
   if (type == Type::text && isEquality(operation))
     return compareSetWithText(evaluator, set, operation, other, context);
-  const double wanted = evaluator.number(other, context);
-  return anyText(evaluator, set, context, [&](std::wstring_view text) {
-    return compareNumbers(textToNumber(text), operation, wanted);
-  });
+  return compareSetWithNumber(evaluator, set, operation, evaluator.number(other, context), context);
 }
 
 }  // namespace
@@ -153,8 +193,11 @@ bool compareTerms(Evaluator& evaluator, TermId left, Token operation, TermId rig
     const bool wanted = operation == Token::equal;
     if (leftType == Type::boolean || rightType == Type::boolean)
       return (evaluator.boolean(left, context) == evaluator.boolean(right, context)) == wanted;
-    if (leftType == Type::text && rightType == Type::text)
-      return equalTexts(evaluator.text(left, context), evaluator.text(right, context)) == wanted;
+    if (leftType == Type::text && rightType == Type::text) {
+      std::wstring room, other;
+      return equalTexts(evaluator.viewText(left, context, room), evaluator.viewText(right, context, other)) ==
+             wanted;
+    }
   }
   return compareNumbers(evaluator.number(left, context), operation, evaluator.number(right, context));
 }

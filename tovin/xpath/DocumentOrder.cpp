@@ -2,8 +2,6 @@
 
 #include <algorithm>
 
-#include "tovin/xpath/NodeTable.h"
-
 namespace tovin::xpath {
 namespace {
 
@@ -15,9 +13,9 @@ class Numbering {
     walk();
   }
 
-  uint32_t numberOf(const iNode* element) const {
-    return element ? marked_[indexes_.find(element)].number : 0;
-  }
+  uint32_t numberOf(const iNode* element) const { return marked_[indexes_.find(element)].number; }
+  /// How many nodes were looked at.
+  uint64_t looks() const noexcept { return looks_; }
 
  private:
   struct Marked {
@@ -37,6 +35,7 @@ class Numbering {
   void mark(const iNode* element) {
     uint32_t child = NodeTable::none;
     for (; element; element = element->findParent()) {
+      ++looks_;
       uint32_t& index = indexes_.at(element);
       const bool known = index != NodeTable::none;
       if (!known) {
@@ -72,7 +71,7 @@ class Numbering {
   }
 
   // An only one is known; several are looked for among the children.
-  uint32_t nextMarkedChild(Visit& visit) const {
+  uint32_t nextMarkedChild(Visit& visit) {
     if (visit.left == 0) return NodeTable::none;
     const Marked& parent = marked_[visit.marked];
     if (parent.count == 1) {
@@ -81,6 +80,7 @@ class Numbering {
     }
     const Children children = parent.element->getChildren();
     while (visit.next < children.size()) {
+      ++looks_;
       const uint32_t child = indexes_.find(children[visit.next++]);
       if (child == NodeTable::none) continue;
       --visit.left;
@@ -93,6 +93,7 @@ class Numbering {
   NodeTable indexes_;
   std::vector<Marked> marked_;
   uint32_t last_ = 0;
+  uint64_t looks_ = 0;
 };
 
 struct Keyed {
@@ -102,20 +103,45 @@ struct Keyed {
 
 }  // namespace
 
-void sortIntoDocumentOrder(const Tree& tree, std::vector<Item>& items) {
-  if (items.size() < 2) return;
-  const Numbering numbering(tree, items);
+template <class NumberOf>
+void DocumentOrder::sortBy(NumberOf&& numberOf, std::vector<Item>& items) {
   std::vector<Keyed> keyed;
   keyed.reserve(items.size());
   for (const Item& item : items) {
+    const uint64_t number = item.element ? numberOf(item.element) : 0;
     // An element stands before its attributes: its index wraps to 0.
-    keyed.push_back({uint64_t{numbering.numberOf(item.element)} << 32 | (item.attribute + 1), item});
+    keyed.push_back({number << 32 | (item.attribute + 1), item});
   }
   if (!std::ranges::is_sorted(keyed, {}, &Keyed::key)) std::ranges::stable_sort(keyed, {}, &Keyed::key);
   items.clear();
   for (const Keyed& each : keyed) {
     if (items.empty() || items.back() != each.item) items.push_back(each.item);
   }
+}
+
+void DocumentOrder::sort(std::vector<Item>& items) {
+  constexpr unsigned fewSorts = 16;
+  if (items.size() < 2) return;
+  if (!numbered_ && ++sorts_ > fewSorts && looks_ >= 2 * tried_) numberTree();
+  if (numbered_) return sortBy([this](const iNode* element) { return numbers_.find(element); }, items);
+  const Numbering numbering(tree_, items);
+  looks_ += numbering.looks();
+  axes_.allowance().spend(numbering.looks());
+  sortBy([&](const iNode* element) { return numbering.numberOf(element); }, items);
+}
+
+// Gives up where the tree turns out to be larger than all that was looked at, to try again when that has
+// doubled.
+void DocumentOrder::numberTree() {
+  tried_ = looks_;
+  uint32_t last = 0;
+  uint64_t visited = 0;
+  numbered_ = axes_.visit(Axis::descendant, {}, [&](const Item& item) {
+    uint32_t& number = numbers_.at(item.element);
+    if (number == NodeTable::none) number = ++last;
+    return ++visited < tried_;
+  });
+  if (!numbered_) numbers_ = {};
 }
 
 }  // namespace tovin::xpath

@@ -3,30 +3,82 @@
 #include <cmath>
 #include <limits>
 
+#include "tovin/values/DoubleValue.h"
 #include "tovin/values/StringValue.h"
 #include "tovin/xpath/Comparison.h"
-#include "tovin/xpath/DocumentOrder.h"
 #include "tovin/xpath/Functions.h"
 #include "tovin/xpath/XPathNumbers.h"
 
 namespace tovin::xpath {
 namespace {
 
+double doubleOf(const Value& value) { return static_cast<const DoubleValue&>(value).getDouble(); }
+
 // The text of a value, borrowed where it holds one.
 std::wstring_view textOfValue(const Value& value, std::wstring& room) {
-  if (value.getClassTag() == StringValue::Tag) {
-    return static_cast<const StringValue&>(value).getString().view();
-  }
-  room = value.getText().view();
+  const ClassTag& tag = value.getClassTag();
+  if (tag == StringValue::Tag) return static_cast<const StringValue&>(value).getString().view();
+  room = tag == DoubleValue::Tag ? numberToText(doubleOf(value)) : std::wstring(value.getText().view());
   return room;
+}
+
+// One whose text is its own value's alone.
+bool isLeaf(const Item& item) { return item.isElement() && item.element->getChildren().empty(); }
+
+double numberOfValue(const Value& value, std::wstring& room) {
+  if (value.getClassTag() == DoubleValue::Tag) return doubleOf(value);
+  return textToNumber(textOfValue(value, room));
 }
 
 }  // namespace
 
 Evaluator::Evaluator(const Expression& expression, const iNode& context)
-    : expression_(expression), tree_(context), axes_(tree_), names_(expression.steps.size()) {}
+    : expression_(expression),
+      tree_(context),
+      axes_(tree_),
+      order_(tree_, axes_),
+      names_(expression.steps.size()) {}
+
+Evaluator::Fixed& Evaluator::fixedOf(TermId id) {
+  fixed_.resize(expression_.terms.size());
+  if (!fixed_[id]) fixed_[id] = std::make_unique<Fixed>();
+  return *fixed_[id];
+}
 
 bool Evaluator::boolean(TermId id, const Context& context) {
+  if (!isKept(id)) return findBoolean(id, context);
+  Fixed& fixed = fixedOf(id);
+  if (!fixed.boolean) fixed.boolean = findBoolean(id, context);
+  return *fixed.boolean;
+}
+
+double Evaluator::number(TermId id, const Context& context) {
+  if (!isKept(id)) return findNumber(id, context);
+  Fixed& fixed = fixedOf(id);
+  if (!fixed.number) fixed.number = findNumber(id, context);
+  return *fixed.number;
+}
+
+std::wstring Evaluator::text(TermId id, const Context& context) {
+  std::wstring room;
+  return isKept(id) ? std::wstring(viewText(id, context, room)) : findText(id, context);
+}
+
+std::wstring_view Evaluator::findText(TermId id, const Context& context, std::wstring& room) {
+  if (isKept(id)) {
+    Fixed& fixed = fixedOf(id);
+    if (!fixed.text) fixed.text = findText(id, context);
+    return *fixed.text;
+  }
+  if (expression_.terms[id].type == Type::nodes) {
+    Item first;
+    return firstNode(id, context, first) ? viewText(first, room) : std::wstring_view();
+  }
+  room = findText(id, context);
+  return room;
+}
+
+bool Evaluator::findBoolean(TermId id, const Context& context) {
   const Term& term = expression_.terms[id];
   const auto& operands = expression_.operands;
   switch (term.kind) {
@@ -61,7 +113,7 @@ bool Evaluator::boolean(TermId id, const Context& context) {
   return false;
 }
 
-double Evaluator::number(TermId id, const Context& context) {
+double Evaluator::findNumber(TermId id, const Context& context) {
   const Term& term = expression_.terms[id];
   switch (term.kind) {
     case TermKind::number:
@@ -80,7 +132,10 @@ double Evaluator::number(TermId id, const Context& context) {
   }
   if (term.type == Type::number) return term.function->number(*this, term.operands, context);
   if (term.type == Type::boolean) return boolean(id, context) ? 1 : 0;
-  return textToNumber(text(id, context));
+  std::wstring room;
+  if (term.type == Type::text) return textToNumber(viewText(id, context, room));
+  Item first;
+  return firstNode(id, context, first) ? numberOf(first, room) : std::numeric_limits<double>::quiet_NaN();
 }
 
 double Evaluator::sum(const Term& term, const Context& context) {
@@ -118,7 +173,7 @@ double Evaluator::product(const Term& term, const Context& context) {
   return result;
 }
 
-std::wstring Evaluator::text(TermId id, const Context& context) {
+std::wstring Evaluator::findText(TermId id, const Context& context) {
   const Term& term = expression_.terms[id];
   switch (term.type) {
     case Type::nodes: {
@@ -152,7 +207,13 @@ NodeSet Evaluator::nodes(TermId id, const Context& context) {
 
 NodeSet Evaluator::unite(const Term& term, const Context& context) {
   std::vector<Item> all;
+  size_t distinct = 0;
   for (uint32_t i = term.operands.first; i < term.operands.end(); ++i) {
+    // One operand gives nothing twice; what several give takes no more room than twice what differs.
+    if (all.size() >= 2 * distinct) {
+      if (distinct > 0) order_.sort(all);
+      distinct = all.size();
+    }
     visitSomehow(expression_.operands[i].term, context, [&](const Item& item) {
       all.push_back(item);
       return true;
@@ -161,8 +222,8 @@ NodeSet Evaluator::unite(const Term& term, const Context& context) {
   return sorted(std::move(all));
 }
 
-NodeSet Evaluator::sorted(std::vector<Item> items) const {
-  sortIntoDocumentOrder(tree_, items);
+NodeSet Evaluator::sorted(std::vector<Item> items) {
+  order_.sort(items);
   const bool nested = items.size() > 1;
   return {std::move(items), nested};
 }
@@ -191,13 +252,23 @@ std::wstring_view Evaluator::viewText(const iProperty& property, std::wstring& r
 
 std::wstring_view Evaluator::viewText(const Item& item, std::wstring& room) {
   if (item.isAttribute()) return viewText(propertyOf(item), room);
-  if (item.isElement() && item.element->getChildren().empty()) {
+  if (isLeaf(item)) {
     if (!item.element->hasProperties()) return {};
     return textOfValue(item.element->getValue(), room);
   }
   room.clear();
   appendText(item, room);
   return room;
+}
+
+double Evaluator::numberOf(const iProperty& property, std::wstring& room) {
+  return numberOfValue(property.getValue(), room);
+}
+
+double Evaluator::numberOf(const Item& item, std::wstring& room) {
+  if (item.isAttribute()) return numberOf(propertyOf(item), room);
+  if (isLeaf(item) && item.element->hasProperties()) return numberOfValue(item.element->getValue(), room);
+  return textToNumber(viewText(item, room));
 }
 
 }  // namespace tovin::xpath

@@ -3,14 +3,17 @@
 #pragma once
 
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
 
 #include "tovin/xpath/Axes.h"
+#include "tovin/xpath/DocumentOrder.h"
 #include "tovin/xpath/Expression.h"
 #include "tovin/xpath/NodeSet.h"
 #include "tovin/xpath/NodeTable.h"
+#include "tovin/xpath/SetSummary.h"
 
 namespace tovin::xpath {
 
@@ -29,6 +32,12 @@ class Evaluator {
   bool boolean(TermId id, const Context& context);
   double number(TermId id, const Context& context);
   std::wstring text(TermId id, const Context& context);
+  /// The same text without a copy where it stands somewhere; the room is used where it does not.
+  std::wstring_view viewText(TermId id, const Context& context, std::wstring& room) {
+    const Term& term = expression_.terms[id];
+    if (term.kind == TermKind::literal) return expression_.literals[term.index];
+    return findText(id, context, room);
+  }
   /// In document order.
   NodeSet nodes(TermId id, const Context& context);
   /// The same, one by one. False when the visitor wanted no more.
@@ -53,6 +62,17 @@ class Evaluator {
   /// The same without a copy where it stands in one piece; the room is used where it does not.
   std::wstring_view viewText(const Item& item, std::wstring& room);
   static std::wstring_view viewText(const iProperty& property, std::wstring& room);
+  /// The string-value as a number; a value that is one is taken as it is.
+  double numberOf(const Item& item, std::wstring& room);
+  static double numberOf(const iProperty& property, std::wstring& room);
+
+  /// Whether a term of a predicate gives the same for every context.
+  bool isFixed(TermId id) const {
+    const Term& term = expression_.terms[id];
+    return term.insidePredicate && !term.contextual && !term.positional;
+  }
+  /// Room for what the nodes of a fixed term are compared by; made once.
+  std::unique_ptr<SetSummary>& summaryOf(TermId id) { return fixedOf(id).summary; }
 
   /// What one step selects from one item, in the order of its axis.
   bool visitStep(uint32_t step, const Item& from, Visit visit);
@@ -78,8 +98,26 @@ class Evaluator {
   const Expression& expression() const noexcept { return expression_; }
 
  private:
+  // What a fixed term gives, as far as it was asked for.
+  struct Fixed {
+    std::optional<bool> boolean;
+    std::optional<double> number;
+    std::optional<std::wstring> text;
+    std::optional<NodeSet> nodes;
+    std::unique_ptr<SetSummary> summary;
+  };
+
+  // Whether what a term gives is worth keeping.
+  bool isKept(TermId id) const {
+    const TermKind kind = expression_.terms[id].kind;
+    return isFixed(id) && kind != TermKind::literal && kind != TermKind::number;
+  }
+  Fixed& fixedOf(TermId id);
+  bool findBoolean(TermId id, const Context& context);
+  double findNumber(TermId id, const Context& context);
+  std::wstring findText(TermId id, const Context& context);
+  std::wstring_view findText(TermId id, const Context& context, std::wstring& room);
   bool visitNodes(TermId id, const Context& context, Visit visit, bool ordered);
-  bool compare(const Term& term, const Context& context);
   double sum(const Term& term, const Context& context);
   double product(const Term& term, const Context& context);
   NodeSet unite(const Term& term, const Context& context);
@@ -94,7 +132,7 @@ class Evaluator {
   NodeSet walkNested(const Stage& stage, const NodeSet& from);
   NodeSet stepFromMany(uint32_t step, const NodeSet& from);
   void collectAncestors(uint32_t step, const NodeSet& from, std::vector<Item>& found);
-  NodeSet sorted(std::vector<Item> items) const;
+  NodeSet sorted(std::vector<Item> items);
 
   bool visitTested(uint32_t step, const Item& from, Visit visit);
   bool visitAttributes(uint32_t step, const Item& from, Visit visit);
@@ -109,9 +147,10 @@ class Evaluator {
   const Expression& expression_;
   const Tree tree_;
   Axes axes_;
-  std::vector<NameMemory> names_;                // by step
-  std::vector<std::unique_ptr<NodeSet>> fixed_;  // by term: what does not depend on the context
-  std::vector<NodeTable> remembered_;            // by predicate
+  DocumentOrder order_;
+  std::vector<NameMemory> names_;              // by step
+  std::vector<std::unique_ptr<Fixed>> fixed_;  // by term
+  std::vector<NodeTable> remembered_;          // by predicate
 };
 
 }  // namespace tovin::xpath

@@ -4,7 +4,6 @@
 #include <limits>
 #include <utility>
 
-#include "tovin/xpath/DocumentOrder.h"
 #include "tovin/xpath/DownwardWalk.h"
 #include "tovin/xpath/Evaluator.h"
 #include "tovin/xpath/Sufficient.h"
@@ -37,12 +36,36 @@ auto into(std::vector<Item>& items) {
 
 bool visitAll(const std::vector<Item>& items, Visit visit) { return std::ranges::all_of(items, visit); }
 
+// Takes elements and the root once each, however often they come. An attribute comes from itself only.
+class Collector {
+ public:
+  explicit Collector(std::vector<Item>& items) : items_(items) {}
+
+  bool operator()(const Item& item) {
+    if (item.isAttribute() || !isKnown(item)) items_.push_back(item);
+    return true;
+  }
+
+ private:
+  bool isKnown(const Item& item) {
+    if (item.isRoot()) return std::exchange(rootKnown_, true);
+    return std::exchange(known_.at(item.element), 0) != NodeTable::none;
+  }
+
+  std::vector<Item>& items_;
+  NodeTable known_;
+  bool rootKnown_ = false;
+};
+
 }  // namespace
 
 bool Evaluator::visitNodes(TermId id, const Context& context, Visit visit, bool ordered) {
   const Term& term = expression_.terms[id];
-  if (!term.contextual && !term.positional && term.insidePredicate) {
-    return visitAll(fixedNodes(id, context).items, visit);
+  if (isFixed(id)) {
+    return std::ranges::all_of(fixedNodes(id, context).items, [&](const Item& item) {
+      allowance().spend();
+      return visit(item);
+    });
   }
   if (term.kind == TermKind::path) return visitPath(expression_.paths[term.index], context, visit, ordered);
   return visitAll(nodes(id, context).items, visit);
@@ -50,12 +73,9 @@ bool Evaluator::visitNodes(TermId id, const Context& context, Visit visit, bool 
 
 // What is the same for every context of a predicate is found once.
 const NodeSet& Evaluator::fixedNodes(TermId id, const Context& context) {
-  fixed_.resize(expression_.terms.size());
-  if (!fixed_[id]) {
-    auto found = std::make_unique<NodeSet>(nodes(id, context));
-    fixed_[id] = std::move(found);
-  }
-  return *fixed_[id];
+  Fixed& fixed = fixedOf(id);
+  if (!fixed.nodes) fixed.nodes = nodes(id, context);
+  return *fixed.nodes;
 }
 
 NodeSet Evaluator::startOf(const Path& path, const Context& context) {
@@ -144,7 +164,8 @@ NodeSet Evaluator::stepFromMany(uint32_t step, const NodeSet& from) {
     return {std::move(found), true};
   }
   if (taken.positional) {
-    for (const Item& item : from.items) visitStep(step, item, into(found));
+    Collector collect(found);
+    for (const Item& item : from.items) visitStep(step, item, collect);
   } else if (taken.axis == Axis::ancestor || taken.axis == Axis::ancestorOrSelf) {
     collectAncestors(step, from, found);
   } else {

@@ -11,15 +11,30 @@
 namespace tovin::xpath {
 namespace {
 
-std::wstring textArgument(Evaluator& evaluator, Range arguments, uint32_t index, const Context& context) {
-  return inUnits(evaluator.text(evaluator.argument(arguments, index), context));
-}
+// A text that a function works on, in units; borrowed where it stands somewhere.
+class Text {
+ public:
+  Text(Evaluator& evaluator, Range arguments, uint32_t index, const Context& context)
+      : view_(unitsOf(evaluator, evaluator.viewText(evaluator.argument(arguments, index), context, room_))) {}
+  // Of the only argument, or of the context node without one.
+  Text(Evaluator& evaluator, Range arguments, const Context& context)
+      : view_(unitsOf(evaluator, arguments.count > 0
+                                     ? evaluator.viewText(evaluator.argument(arguments, 0), context, room_)
+                                     : evaluator.viewText(context.item, room_))) {}
+  Text(const Text&) = delete;
 
-// The text of the only argument, or of the context node without one.
-std::wstring textOrContext(Evaluator& evaluator, Range arguments, const Context& context) {
-  if (arguments.count > 0) return textArgument(evaluator, arguments, 0, context);
-  return inUnits(evaluator.textOf(context.item));
-}
+  std::wstring_view view() const noexcept { return view_; }
+
+ private:
+  std::wstring_view unitsOf(Evaluator& evaluator, std::wstring_view text) {
+    constexpr size_t unitsOfAVisit = 16;
+    evaluator.allowance().spend(text.size() / unitsOfAVisit);
+    return inUnits(text, room_);
+  }
+
+  std::wstring room_;
+  std::wstring_view view_;
+};
 
 // The first node of the only argument, or the context node without one.
 bool nodeOrContext(Evaluator& evaluator, Range arguments, const Context& context, Item& item) {
@@ -60,61 +75,62 @@ std::wstring namespaceUri(Evaluator&, Range, const Context&) { return {}; }
 // Texts
 
 std::wstring string(Evaluator& evaluator, Range arguments, const Context& context) {
-  return textOrContext(evaluator, arguments, context);
+  return std::wstring(Text(evaluator, arguments, context).view());
 }
 
 std::wstring concat(Evaluator& evaluator, Range arguments, const Context& context) {
   std::wstring text;
-  for (uint32_t i = 0; i < arguments.count; ++i) text += textArgument(evaluator, arguments, i, context);
+  for (uint32_t i = 0; i < arguments.count; ++i) text += Text(evaluator, arguments, i, context).view();
   return text;
 }
 
 bool startsWith(Evaluator& evaluator, Range arguments, const Context& context) {
-  const std::wstring text = textArgument(evaluator, arguments, 0, context);
-  return text.starts_with(textArgument(evaluator, arguments, 1, context));
+  const Text text(evaluator, arguments, 0, context), mark(evaluator, arguments, 1, context);
+  return text.view().starts_with(mark.view());
 }
 
 bool contains(Evaluator& evaluator, Range arguments, const Context& context) {
-  const std::wstring text = textArgument(evaluator, arguments, 0, context);
-  return text.find(textArgument(evaluator, arguments, 1, context)) != text.npos;
+  const Text text(evaluator, arguments, 0, context), mark(evaluator, arguments, 1, context);
+  return findText(text.view(), mark.view()) != std::wstring_view::npos;
 }
 
 std::wstring substringBefore(Evaluator& evaluator, Range arguments, const Context& context) {
-  const std::wstring text = textArgument(evaluator, arguments, 0, context);
-  const size_t found = text.find(textArgument(evaluator, arguments, 1, context));
-  return found == text.npos ? std::wstring() : text.substr(0, found);
+  const Text text(evaluator, arguments, 0, context), mark(evaluator, arguments, 1, context);
+  const size_t found = findText(text.view(), mark.view());
+  return found == std::wstring_view::npos ? std::wstring() : std::wstring(text.view().substr(0, found));
 }
 
 std::wstring substringAfter(Evaluator& evaluator, Range arguments, const Context& context) {
-  const std::wstring text = textArgument(evaluator, arguments, 0, context);
-  const std::wstring mark = textArgument(evaluator, arguments, 1, context);
-  const size_t found = text.find(mark);
-  return found == text.npos ? std::wstring() : text.substr(found + mark.size());
+  const Text text(evaluator, arguments, 0, context), mark(evaluator, arguments, 1, context);
+  const size_t found = findText(text.view(), mark.view());
+  if (found == std::wstring_view::npos) return {};
+  return std::wstring(text.view().substr(found + mark.view().size()));
 }
 
 // The characters at positions p with round(from) <= p < round(from) + round(length), counted from 1.
 std::wstring substring(Evaluator& evaluator, Range arguments, const Context& context) {
-  const std::wstring text = textArgument(evaluator, arguments, 0, context);
+  const Text text(evaluator, arguments, 0, context);
   const double from = roundHalfUp(evaluator.number(evaluator.argument(arguments, 1), context));
   double to = HUGE_VAL;
   if (arguments.count > 2)
     to = from + roundHalfUp(evaluator.number(evaluator.argument(arguments, 2), context));
-  const auto size = static_cast<double>(text.size());
+  const auto size = static_cast<double>(text.view().size());
   const double begin = std::max(from, 1.0);
   const double end = std::min(to, size + 1);
   // Written so that NaN on either side selects nothing.
   if (std::isnan(from) || std::isnan(to) || !(begin < end)) return {};
-  return text.substr(static_cast<size_t>(begin) - 1, static_cast<size_t>(end - begin));
+  return std::wstring(text.view().substr(static_cast<size_t>(begin) - 1, static_cast<size_t>(end - begin)));
 }
 
 double stringLength(Evaluator& evaluator, Range arguments, const Context& context) {
-  return static_cast<double>(textOrContext(evaluator, arguments, context).size());
+  return static_cast<double>(Text(evaluator, arguments, context).view().size());
 }
 
 std::wstring normalizeSpace(Evaluator& evaluator, Range arguments, const Context& context) {
+  const Text text(evaluator, arguments, context);
   std::wstring normalized;
   bool gap = false;
-  for (wchar_t c : textOrContext(evaluator, arguments, context)) {
+  for (wchar_t c : text.view()) {
     if (isXmlBlank(c)) {
       gap = !normalized.empty();
       continue;
@@ -127,18 +143,9 @@ std::wstring normalizeSpace(Evaluator& evaluator, Range arguments, const Context
 }
 
 std::wstring translate(Evaluator& evaluator, Range arguments, const Context& context) {
-  const std::wstring text = textArgument(evaluator, arguments, 0, context);
-  const std::wstring from = textArgument(evaluator, arguments, 1, context);
-  const std::wstring to = textArgument(evaluator, arguments, 2, context);
-  std::wstring translated;
-  for (wchar_t c : text) {
-    const size_t found = from.find(c);
-    if (found == from.npos)
-      translated += c;
-    else if (found < to.size())
-      translated += to[found];
-  }
-  return translated;
+  const Text text(evaluator, arguments, 0, context), from(evaluator, arguments, 1, context),
+      to(evaluator, arguments, 2, context);
+  return translated(text.view(), from.view(), to.view());
 }
 
 // Truth
@@ -155,8 +162,9 @@ bool always(Evaluator&, Range, const Context&) { return true; }
 
 bool never(Evaluator&, Range, const Context&) { return false; }
 
-const iProperty* languageOf(const iNode* element) {
+const iProperty* languageOf(Evaluator& evaluator, const iNode* element) {
   for (; element; element = element->findParent()) {
+    evaluator.allowance().spend();
     if (!element->hasProperties()) continue;
     const iPropertyCollection* properties = element->getProperties();
     if (const iProperty* language = properties->find(L"xml:lang")) return language;
@@ -166,19 +174,21 @@ const iProperty* languageOf(const iNode* element) {
 
 // True for the language that the nearest xml:lang names, and for a more general one.
 bool lang(Evaluator& evaluator, Range arguments, const Context& context) {
-  const std::wstring wanted = textArgument(evaluator, arguments, 0, context);
-  const iProperty* property = languageOf(context.item.element);
+  const Text text(evaluator, arguments, 0, context);
+  const std::wstring_view wanted = text.view();
+  const iProperty* property = languageOf(evaluator, context.item.element);
   if (!property) return false;
-  const WideString text = property->getValue().getText();
-  const std::wstring_view language = text.view();
-  return equalFolded(language.substr(0, wanted.size()), std::wstring_view(wanted)) &&
+  std::wstring room;
+  const std::wstring_view language = Evaluator::viewText(*property, room);
+  return equalFolded(language.substr(0, wanted.size()), wanted) &&
          (language.size() == wanted.size() || language[wanted.size()] == L'-');
 }
 
 // Numbers
 
 double number(Evaluator& evaluator, Range arguments, const Context& context) {
-  if (arguments.count == 0) return textToNumber(evaluator.textOf(context.item));
+  std::wstring room;
+  if (arguments.count == 0) return evaluator.numberOf(context.item, room);
   return evaluator.number(evaluator.argument(arguments, 0), context);
 }
 
@@ -186,7 +196,7 @@ double sum(Evaluator& evaluator, Range arguments, const Context& context) {
   double sum = 0;
   std::wstring room;
   evaluator.visitNodes(evaluator.argument(arguments, 0), context, [&](const Item& item) {
-    sum += textToNumber(evaluator.viewText(item, room));
+    sum += evaluator.numberOf(item, room);
     return true;
   });
   return sum;
@@ -204,22 +214,22 @@ double roundOf(Evaluator& evaluator, Range arguments, const Context& context) {
   return roundHalfUp(evaluator.number(evaluator.argument(arguments, 0), context));
 }
 
-constexpr Function toBoolean(std::wstring_view name, uint8_t least, uint8_t most,
+constexpr Function toBoolean(std::wstring_view name, uint32_t least, uint32_t most,
                              bool (*body)(Evaluator&, Range, const Context&), bool contextual = false) {
   return {name, Type::boolean, least, most, Arguments::any, body, nullptr, nullptr, contextual};
 }
 
-constexpr Function toNumber(std::wstring_view name, uint8_t least, uint8_t most, Arguments arguments,
+constexpr Function toNumber(std::wstring_view name, uint32_t least, uint32_t most, Arguments arguments,
                             double (*body)(Evaluator&, Range, const Context&)) {
   return {name, Type::number, least, most, arguments, nullptr, body, nullptr, false};
 }
 
-constexpr Function toText(std::wstring_view name, uint8_t least, uint8_t most, Arguments arguments,
+constexpr Function toText(std::wstring_view name, uint32_t least, uint32_t most, Arguments arguments,
                           std::wstring (*body)(Evaluator&, Range, const Context&)) {
   return {name, Type::text, least, most, arguments, nullptr, nullptr, body, false};
 }
 
-constexpr uint8_t anyNumber = UINT8_MAX;
+constexpr uint32_t anyNumber = UINT32_MAX;
 
 constexpr Function functions[] = {
     toNumber(L"last", 0, 0, Arguments::position, last),

@@ -23,8 +23,8 @@ enum class Arguments : uint8_t {
 struct Function {
   std::wstring_view name;
   Type result;
-  uint8_t least;
-  uint8_t most;
+  uint32_t least;
+  uint32_t most;
   Arguments arguments;
   /// Set for the result's type alone.
   bool (*boolean)(Evaluator&, Range arguments, const Context&) = nullptr;

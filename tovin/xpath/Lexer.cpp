@@ -3,8 +3,8 @@
 #include <algorithm>
 #include <string>
 
+#include "tovin/xpath/QueryNames.h"
 #include "tovinCore/Exception.h"
-#include "tovinCore/Units.h"
 
 namespace tovin::xpath {
 namespace {
@@ -13,13 +13,6 @@ constexpr size_t quotedBefore = 120;
 constexpr size_t quotedAfter = 40;
 
 bool isBlank(wchar_t c) { return c == L' ' || c == L'\t' || c == L'\n' || c == L'\r'; }
-bool isDigit(wchar_t c) { return c >= L'0' && c <= L'9'; }
-// Everything beyond ASCII may stand in a name: trees from bytes hold names of which each byte is a character.
-bool beginsName(wchar_t c) {
-  const wchar_t folded = foldAscii(c);
-  return (folded >= L'a' && folded <= L'z') || c == L'_' || static_cast<unsigned long>(c) > 0x7F;
-}
-bool continuesName(wchar_t c) { return beginsName(c) || isDigit(c) || c == L'-' || c == L'.'; }
 
 struct Symbol {
   std::wstring_view text;

@@ -1,5 +1,7 @@
 #include "ztbaseclient/data/CPropertyCollection.h"
 
+#include <string_view>
+
 #include "tovin/values/DoubleValue.h"
 #include "tovin/values/StringValue.h"
 #include "tovinCore/Units.h"
@@ -53,13 +55,8 @@ bool CPropertyCollection::follows(const wchar_t* name) const noexcept {
   return nodeOwner_ && isHierarchical(name);
 }
 
-// Splits a hierarchical name at its last '/'. "//leaf" means: anywhere in the tree.
 void CPropertyCollection::split(const wchar_t* name) const {
-  const tovin::WideString whole(name);
-  const size_t slash = whole.findLast(L'/');
-  location_ = whole.subString(0, slash);
-  leaf_ = whole.subString(slash + 1);
-  if (location_ == L"/") location_ = L"//*";
+  DeepPropertyUtils::SplitPropertyPath(name, location_, leaf_);
 }
 
 // The first node at the location; null when there is none. Found nodes are let go at once: one of them may
@@ -71,18 +68,30 @@ tovin::Held<tovin::iNode> CPropertyCollection::locate(const wchar_t* leaf) const
   return node;
 }
 
-// Where a name leads: its own storage first, then along the path.
-// mustExist: only to a property that is there.
-CPropertyCollection::Place CPropertyCollection::placeOf(const wchar_t* name, bool mustExist) const {
-  auto* self = const_cast<CPropertyCollection*>(this);
-  if (storage_->GetIndex(name) >= 0) return {self, name};
-  if (!follows(name)) return mustExist ? Place{} : Place{self, name};
+// Where the property of a name is: its own storage first, then along the path.
+CPropertyCollection::Place CPropertyCollection::placeOf(const wchar_t* name) const {
+  if (storage_->GetIndex(name) >= 0) return {const_cast<CPropertyCollection*>(this), name};
+  if (!follows(name)) return {};
   split(name);
-  const tovin::Held<tovin::iNode> node = locate(mustExist ? leaf_.c_str() : nullptr);
-  if (!node) return {};
-  Place place{node->getProperties(), leaf_};
-  if (mustExist && !place.collection->isDefined(leaf_)) return {};
-  return place;
+  const tovin::Held<tovin::iNode> node = locate(leaf_.c_str());
+  if (!node || !node->getProperties()->isDefined(leaf_)) return {};
+  return {node->getProperties(), leaf_};
+}
+
+// Where a property, found at a location, goes when it takes a name that none has. If the new name has the
+// same location it stays at its node, even where that is not the location's first.
+CPropertyCollection::Place CPropertyCollection::newPlaceOf(const wchar_t* name, const Place& source,
+                                                           const tovin::WideString& location) const {
+  if (!follows(name)) return {const_cast<CPropertyCollection*>(this), name};
+  split(name);
+  if (location == location_) return {source.collection, leaf_};
+  const tovin::Held<tovin::iNode> node = locate(nullptr);
+  return {node ? node->getProperties() : nullptr, leaf_};
+}
+
+bool CPropertyCollection::isNameless(const wchar_t* name) const {
+  if (storage_->GetIndex(name) >= 0) return false;
+  return !name || !*name || (follows(name) && std::wstring_view(name).ends_with(L'/'));
 }
 
 // The value is attached rather than set: a definition may be read-only from the start.
@@ -136,7 +145,7 @@ tovin::iProperty* CPropertyCollection::lookUp(const wchar_t* name) const {
     const int index = storage_->GetIndex(name);
     if (index >= 0) return storage_->GetProperty(index);
     if (!follows(name)) return nullptr;
-    const Place place = placeOf(name, true);
+    const Place place = placeOf(name);
     return place.collection ? place.collection->find(place.leaf) : nullptr;
   });
 }
@@ -145,7 +154,7 @@ int CPropertyCollection::findIndex(const wchar_t* name) const {
   return guarded({ClassName, "findIndex"}, [&] {
     const int index = storage_->GetIndex(name);
     if (index >= 0 || !follows(name)) return index;
-    const Place place = placeOf(name, true);
+    const Place place = placeOf(name);
     return place.collection ? place.collection->findIndex(place.leaf) : -1;
   });
 }
@@ -184,7 +193,7 @@ bool CPropertyCollection::remove(const wchar_t* name) {
       storage_->RemoveProperty(static_cast<unsigned>(index));
       return true;
     }
-    const Place place = placeOf(name, true);
+    const Place place = placeOf(name);
     return place.collection && place.collection->remove(place.leaf);
   });
 }
@@ -196,18 +205,18 @@ void CPropertyCollection::removeAll() {
 void CPropertyCollection::rename(const wchar_t* from, const wchar_t* to) {
   guarded({ClassName, "rename"}, [&] {
     if (from && to && tovin::equalExact(from, to)) return;
-    const Place source = placeOf(from, true);
+    const Place source = placeOf(from);
     if (!source.collection) throw tovin::Exception(L"Source property %ls not found to rename", from);
-    const Place destination = placeOf(to, false);
-    if (!destination.collection) {
-      throw tovin::Exception(L"Failed to find hierarchical location \"%ls\"\n", location_);
-    }
-    if (destination.collection->isDefined(destination.leaf) && !tovin::equalFolded(from, to)) {
+    const tovin::WideString location = storage_->GetIndex(from) < 0 ? location_ : tovin::WideString();
+    if (isNameless(to)) throw tovin::Exception(L"Source property %ls cannot be renamed to empty text", from);
+    Place destination = placeOf(to);
+    if (destination.collection && !tovin::equalFolded(from, to)) {
       throw tovin::Exception(L"Destination property %ls already exists, cannot rename source property %ls",
                              to, from);
     }
-    if (destination.leaf.isEmpty()) {
-      throw tovin::Exception(L"Source property %ls cannot be renamed to empty text", from);
+    if (!destination.collection) destination = newPlaceOf(to, source, location);
+    if (!destination.collection) {
+      throw tovin::Exception(L"Failed to find hierarchical location \"%ls\"\n", location_);
     }
     move(source, destination);
   });

@@ -14,9 +14,8 @@
 ///     settings->find(L"Size")->getValue();
 ///
 /// - Names: equal with A to Z folded. Where a node owns the collection, a name that begins with '/' addresses
-/// a
-///   property of another node of the tree: what stands before its last '/' is a path query, what follows the
-///   name.
+///   a property of another node of the tree: what stands before its last '/' is a path query, what follows
+///   the name. To find nothing there is no error, but a path that is none ("///y") is, for find too.
 /// - Ownership: counted; owns its properties, the owner is a back pointer.
 /// - Shape: record as in docs/formats.md.
 /// - Threads: one thread at a time, for reading too.
@@ -95,7 +94,9 @@ class ZTBASECLIENT_API CPropertyCollection
   bool follows(const wchar_t* name) const noexcept;
   void split(const wchar_t* name) const;
   tovin::Held<tovin::iNode> locate(const wchar_t* leaf) const;
-  Place placeOf(const wchar_t* name, bool mustExist) const;
+  Place placeOf(const wchar_t* name) const;
+  Place newPlaceOf(const wchar_t* name, const Place& source, const tovin::WideString& location) const;
+  bool isNameless(const wchar_t* name) const;
   tovin::iProperty* lookUp(const wchar_t* name) const;
   CProperty* at(unsigned index) const;
   tovin::iProperty* require(const wchar_t* name) const;

@@ -1,8 +1,7 @@
 #include "ztbaseclient/data/DeepPropertyUtils.h"
 
-#include <algorithm>
-
 #include "tovin/iXPathParser.h"
+#include "tovin/xpath/QueryNames.h"
 #include "tovinCore/Guard.h"
 #include "tovinCore/Units.h"
 #include "ztbaseclient/data/NodeLocations.h"
@@ -34,26 +33,19 @@ bool carries(const tovin::iNode& node, const wchar_t* leaf) {
   return node.hasProperties() && node.getProperties()->isDefined(leaf);
 }
 
-bool beginsName(wchar_t c) {
-  const wchar_t folded = tovin::foldAscii(c);
-  return (folded >= L'a' && folded <= L'z') || c == L'_' || static_cast<unsigned long>(c) > 0x7F;
+// A location as a query can be continued: without the '/' that closes its last step. "/" means every node.
+tovin::WideString queryOf(const wchar_t* location) {
+  const std::wstring_view text(location);
+  if (text == L"/") return tovin::WideString(L"//*");
+  const size_t last = text.find_last_not_of(L'/');
+  return tovin::WideString(text.substr(0, last == text.npos ? last : last + 1));
 }
 
-// Whether a query can hold the name: NCName, or two of them with a ':' between.
-bool isQueryName(std::wstring_view name) {
-  const size_t colon = name.find(L':');
-  if (colon != name.npos && !isQueryName(name.substr(colon + 1))) return false;
-  name = name.substr(0, colon);
-  return !name.empty() && beginsName(name.front()) && std::ranges::all_of(name, [](wchar_t c) {
-    return beginsName(c) || (c >= L'0' && c <= L'9') || c == L'-' || c == L'.';
-  });
-}
-
-// The nodes of a location that carry a property of a name that no query can hold.
-void selectCarriers(const tovin::iNode& node, const wchar_t* location, const wchar_t* leaf,
+// The nodes that a query finds and that carry a property of a name that no query can hold.
+void selectCarriers(const tovin::iNode& node, const wchar_t* query, const wchar_t* leaf,
                     tovin::NodeReferenceSet& nodes) {
   tovin::NodeReferenceSet all;
-  node.query(location, anyNode, all);
+  node.query(query, anyNode, all);
   for (size_t i = 0; i < all.getSize(); ++i) {
     if (carries(*all[i], leaf)) nodes.add(all[i]);
   }
@@ -66,12 +58,12 @@ bool lookUpFrom(const tovin::iNode& node, const wchar_t* location, const wchar_t
     nodes.add(const_cast<tovin::iNode*>(&node));
     return true;
   }
-  tovin::WideString query(location);
+  tovin::WideString query = queryOf(location);
   if (leaf) {
     tovin::WideString name(leaf);
     DeepPropertyUtils::MassagePropertyName(name);
-    if (!isQueryName(name.view())) {
-      selectCarriers(node, location, leaf, nodes);
+    if (!tovin::xpath::isQName(name.view())) {
+      selectCarriers(node, query, leaf, nodes);
       return true;
     }
     ((query += L"[@") += name) += L"]";
@@ -125,35 +117,44 @@ void DeepPropertyUtils::MassagePropertyName(tovin::NarrowString& name) {
   replaceSpaces<char>(name, "__white_space__");
 }
 
+void DeepPropertyUtils::SplitPropertyPath(const wchar_t* path, tovin::WideString& location,
+                                          tovin::WideString& leaf) {
+  const tovin::WideString whole(path);
+  const size_t slash = whole.findLast(L'/');
+  location = whole.subString(0, slash == whole.npos ? 0 : slash);
+  leaf = whole.subString(slash == whole.npos ? 0 : slash + 1);
+}
+
 bool DeepPropertyUtils::LocationLookup(const tovin::iPropertyCollection* collection, const wchar_t* location,
                                        const wchar_t* leaf, tovin::NodeReferenceSet& nodes) {
   return guarded({ClassName, "LocationLookup"}, [&] {
-    nodes.clear();
-    return lookUpFrom(requireOwner(collection), location, leaf, anyNode, nodes);
+    return tovin::refill(nodes, [&](tovin::NodeReferenceSet& found) {
+      return lookUpFrom(requireOwner(collection), location, leaf, anyNode, found);
+    });
   });
 }
 
 bool DeepPropertyUtils::FirstAtLocation(const tovin::iPropertyCollection* collection, const wchar_t* location,
                                         const wchar_t* leaf, tovin::NodeReferenceSet& nodes) {
   return guarded({ClassName, "LocationLookup"}, [&] {
-    nodes.clear();
-    constexpr unsigned first = anyNode | tovin::iXPathParser::firstOnly;
-    return lookUpFrom(requireOwner(collection), location, leaf, first, nodes);
+    return tovin::refill(nodes, [&](tovin::NodeReferenceSet& found) {
+      constexpr unsigned first = anyNode | tovin::iXPathParser::firstOnly;
+      return lookUpFrom(requireOwner(collection), location, leaf, first, found);
+    });
   });
 }
 
 bool DeepPropertyUtils::DecodePropertyPath(tovin::iDataRecord* record, const wchar_t* path, bool,
                                            tovin::NodeReferenceSet& nodes, tovin::WideString& name) {
   return guarded({ClassName, "DecodePropertyPath"}, [&] {
-    nodes.clear();
-    name.setNull();
-    const tovin::iNode* root = record ? record->getRootNode() : nullptr;
-    if (!root || !path) return false;
     const tovin::WideString whole(path);
-    const size_t slash = whole.findLast(L'/');
-    name = whole.subString(slash == whole.npos ? 0 : slash + 1);
-    const tovin::WideString location =
-        slash == whole.npos ? tovin::WideString(L"") : whole.subString(0, slash);
-    return lookUpFrom(*root, location, name, anyNode, nodes) && !nodes.isEmpty();
+    name.setNull();
+    return tovin::refill(nodes, [&](tovin::NodeReferenceSet& found) {
+      const tovin::iNode* root = record ? record->getRootNode() : nullptr;
+      if (!root || whole.isNull()) return false;
+      tovin::WideString location;
+      SplitPropertyPath(whole, location, name);
+      return lookUpFrom(*root, location, name, anyNode, found) && !found.isEmpty();
+    });
   });
 }

@@ -26,8 +26,14 @@ ZTBASECLIENT_API bool IsUniquelyNamedChild(const tovin::iNode& node);
 ZTBASECLIENT_API void MassagePropertyName(tovin::WideString& name);
 ZTBASECLIENT_API void MassagePropertyName(tovin::NarrowString& name);
 
+/// Splits a hierarchical name at its last '/' into a location and the property's own name; without a '/' the
+/// location is empty.
+ZTBASECLIENT_API void SplitPropertyPath(const wchar_t* path, tovin::WideString& location,
+                                        tovin::WideString& leaf);
+
 /// Finds the nodes at a location, seen from the node that owns the collection.
-/// \param location empty for that node itself.
+/// \param location empty for that node itself, "/" for every node of the tree; may end in '/'. One that is no
+/// path query is an error that quotes it.
 /// \param leaf when given, only nodes that carry a property of that name are found.
 /// \return false when the node itself was asked for and has no such property. True may come with an empty
 /// set. "Cannot perform lookup on property collection without node owner".
@@ -38,7 +44,7 @@ ZTBASECLIENT_API bool LocationLookup(const tovin::iPropertyCollection* collectio
 ZTBASECLIENT_API bool FirstAtLocation(const tovin::iPropertyCollection* collection, const wchar_t* location,
                                       const wchar_t* leaf, tovin::NodeReferenceSet& nodes);
 
-/// Splits a property path of a record at its last '/' into the nodes that have the property and its name.
+/// Finds the nodes that have the property of a record's property path, and gives the property's own name.
 /// \param flag no meaning; callers pass what they like.
 /// \return whether any node was found; false for a null record.
 ZTBASECLIENT_API bool DecodePropertyPath(tovin::iDataRecord* record, const wchar_t* path, bool flag,

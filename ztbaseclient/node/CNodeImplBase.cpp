@@ -141,11 +141,12 @@ unsigned CNodeImplBase::GetChildNodeIndex(const iNode* child) const {
 }
 
 void CNodeImplBase::FindChildNodesByName(const wchar_t* name, tovin::NodeReferenceSet& out) const {
-  out.clear();
-  for (unsigned i = 0; i < NumChildNodes(); ++i) {
-    iNode* child = children_->data()[i];
-    if (tovin::equalFolded(child->getName(), name)) out.add(child);
-  }
+  tovin::refill(out, [&](tovin::NodeReferenceSet& found) {
+    for (iNode* child : GetChildNodes()) {
+      if (tovin::equalFolded(child->getName(), name)) found.add(child);
+    }
+    return !found.isEmpty();
+  });
 }
 
 void CNodeImplBase::AddChildNode(iNode* child, unsigned index) {

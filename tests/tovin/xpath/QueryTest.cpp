@@ -2,6 +2,7 @@
 
 #include <climits>
 #include <cmath>
+#include <random>
 
 #include "tests/tovin/xpath/Trees.h"
 #include "tovin/values/DoubleValue.h"
@@ -96,6 +97,56 @@ TEST(QueryNumbers, BecomeTextsWithoutExponent) {
       {L"round(0.49999999999999994)", "0"},
   };
   for (const auto& row : rows) EXPECT_EQ(textOf(*root, row.query), row.text) << tovin::wideToUtf8(row.query);
+}
+
+TEST(QueryNumbers, ThatPropertiesHoldAreTakenAsTheyAre) {
+  const Ptr<iNode> root = withText(L"r", nullptr);
+  root->getProperties()->define(L"small", 1e-7, 0);
+  root->getProperties()->define(L"big", 1e22, 0);
+  root->getProperties()->define(L"endless", HUGE_VAL, 0);
+  const Ptr<iNode> child = withText(L"c", nullptr);
+  child->setValue(tovin::DoubleValue(2e-9));
+  root->appendChild(child.get());
+  const struct {
+    const wchar_t* query;
+    const char* text;
+  } rows[] = {
+      {L"@small < 0.001", "true"},
+      {L"@small = 0.0000001 and @small = '0.0000001'", "true"},
+      {L"@small > /r/c and /r/c < 1", "true"},
+      {L"string(@small)", "0.0000001"},
+      {L"@big", "10000000000000000000000"},
+      {L"string()", "0.000000002"},
+      {L"c * 1000000000", "2"},
+      {L"-@endless", "-Infinity"},
+      {L"count(//c[../@endless > /r/@big])", "1"},
+      {L"sum(@small | c) > 0.0000001", "true"},
+  };
+  for (const auto& row : rows) EXPECT_EQ(textOf(*root, row.query), row.text) << tovin::wideToUtf8(row.query);
+}
+
+TEST(QueryTexts, AreFoundAndTranslatedAtAnyLength) {
+  const Ptr<iNode> root = withText(L"r", nullptr);
+  std::mt19937 random(7);
+  const auto letters = [&](size_t count) {
+    std::wstring text;
+    while (text.size() < count) text += random() % 8 ? L'a' : L'b';
+    return text;
+  };
+  for (size_t length : {1, 32, 33, 60}) {
+    for (int i = 0; i < 50; ++i) {
+      const std::wstring text = letters(300), mark = i % 2 ? letters(length) : text.substr(200, length);
+      const size_t place = text.find(mark);
+      const std::wstring arguments = L"('" + text + L"', '" + mark + L"')";
+      const std::wstring before = place == text.npos ? L"" : text.substr(0, place);
+      const std::wstring after = place == text.npos ? L"" : text.substr(place + length);
+      EXPECT_EQ(textOf(*root, (L"substring-before" + arguments).c_str()), tovin::wideToUtf8(before));
+      EXPECT_EQ(textOf(*root, (L"substring-after" + arguments).c_str()), tovin::wideToUtf8(after));
+      EXPECT_EQ(textOf(*root, (L"contains" + arguments).c_str()), place == text.npos ? "false" : "true");
+    }
+  }
+  EXPECT_EQ(textOf(*root, L"translate('a\u00e9b\u20acc\u00e9', '\u00e9a\u20aca', 'X\u00fcZY')"),
+            "\u00fcXbZcX");
 }
 
 TEST(QueryResults, SayWhetherAnythingWasSelected) {
@@ -275,6 +326,7 @@ TEST(QueryLimits, LetLengthGrowAndNestingNot) {
       {repeated(L"//a", 100'000) + L" or 1", true},
       {L"a" + repeated(L"[1]", 100'000), true},
       {L"concat('" + std::wstring(1'000'000, L'x') + L"', '')", true},
+      {L"concat('a'" + repeated(L", 'a'", 100'000) + L")", true},
   };
   for (const auto& row : rows) {
     const std::string shown = tovin::wideToUtf8(row.query.substr(0, 20));
@@ -323,6 +375,39 @@ TEST(QueryLimits, DoNotMultiplyNestedQuestions) {
         L"//b/../*/../*/../*/../*/../*/../*/../*/c", L"//*/following::*/preceding::*/following::*/c",
         L"//b/preceding-sibling::*/following-sibling::*/ancestor::*/descendant::*/c"}) {
     EXPECT_FALSE(root->query(query, 0, truth)) << tovin::wideToUtf8(query);
+  }
+}
+
+// Each would take longer than anyone waits if what is the same for all nodes were asked for again at each.
+TEST(QueryLimits, DoNotRepeatWhatIsTheSameForAll) {
+  constexpr int size = 40'000;
+  std::string flat;
+  for (int i = 0; i < size; ++i) flat += "<a x='" + std::to_string(i) + "'/>";
+  const Ptr<iNode> wide = treeOf("<r>" + flat + "</r>");
+  std::string open, close;
+  for (int i = 0; i < size; ++i) open += "<a>", close += "</a>";
+  const Ptr<iNode> deep = treeOf(open + close);
+  const struct {
+    const Ptr<iNode>& tree;
+    const wchar_t* query;
+    int count;
+  } rows[] = {
+      {wide, L"count(//a[@x = //a/@x])", size},
+      {wide, L"count(//a[//a/@x = @x])", size},
+      {wide, L"count(//a[@x != //a/@x])", size},
+      {wide, L"count(//a[@x < //a/@x])", size - 1},
+      {wide, L"count(//a[//a/@x >= @x + 1])", size - 1},
+      {wide, L"count(//a[//a/@x = string(@x)])", size},
+      {wide, L"count(//a[//a/@none = @x or //none != @x or //none < @x])", 0},
+      {wide, L"count(//a[count(//a) = @x + 1])", 1},
+      {wide, L"count(//a[sum(//a/@x) < string-length(//@x)])", 0},
+      {wide, L"count(//a[(. | ../a[1])[2]])", size - 1},
+      {deep, L"count(//*[(. | ..)])", size},
+  };
+  for (const auto& row : rows) {
+    int count = 0;
+    row.tree->query(row.query, 0, count);
+    EXPECT_EQ(count, row.count) << tovin::wideToUtf8(row.query);
   }
 }
 

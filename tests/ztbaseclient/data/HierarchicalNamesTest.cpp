@@ -33,17 +33,18 @@ class HierarchicalName : public testing::Test {
 
 TEST_F(HierarchicalName, FindsTheFirstNodeThatCarriesTheLeaf) {
   y_.define(L"my prop", L"8", 0);
-  y_.define(L"50 %", L"9", 0);
+  for (const wchar_t* name : {L"50 %", L"u:v:w", L":", L"p:*"}) y_.define(name, L"9", 0);
+  const std::wstring colons = L"/r/y/" + std::wstring(1'000'000, L':');
   const struct {
     const wchar_t* name;
     const char* text;
   } rows[] = {
-      {L"/r/x/p", "3"},    {L"/r/x[2]/p", "5"},    {L"/R/X[2]/P", "5"},
-      {L"/r/x/q", "4"},    {L"/r/x[2]/q", "none"}, {L"//p", "3"},
-      {L"//z/p", "7"},     {L"/a", "1"},           {L"/p", "none"},
-      {L"/r/a", "1"},      {L"/r/y/my prop", "8"}, {L"/none/p", "none"},
-      {L"/r/y/50 %", "9"}, {L"/r/x/50 %", "none"}, {L"/r/y/", "none"},
-      {L"p", "none"},      {L"r/x/p", "none"},     {L"/*[1]/*[3]/*[1]/p", "7"},
+      {L"/r/x/p", "3"},         {L"/r/x[2]/p", "5"},    {L"/R/X[2]/P", "5"},    {L"/r/x/q", "4"},
+      {L"/r/x[2]/q", "none"},   {L"//p", "3"},          {L"//z/p", "7"},        {L"/a", "1"},
+      {L"/p", "none"},          {L"/r/a", "1"},         {L"/r/y/my prop", "8"}, {L"/none/p", "none"},
+      {L"/r/y/50 %", "9"},      {L"/r/x/50 %", "none"}, {L"/r/y/", "none"},     {L"/r/y/:", "9"},
+      {L"/r/y/u:v:w", "9"},     {L"/r/y/p:*", "9"},     {L"/r/y/*", "none"},    {L"/r/y/u:v", "none"},
+      {colons.c_str(), "none"}, {L"p", "none"},         {L"r/x/p", "none"},     {L"/*[1]/*[3]/*[1]/p", "7"},
   };
   for (const auto& row : rows) {
     const std::string shown = tovin::wideToUtf8(row.name);
@@ -124,6 +125,25 @@ TEST_F(HierarchicalName, RenamesWithinAndBetweenCollections) {
   EXPECT_EQ(names(y_), "b");
 }
 
+TEST_F(HierarchicalName, IsRenamedWhereItIsFoundAndNotOntoWhatIsFound) {
+  own_.rename(L"//my", L"//MY");
+  EXPECT_EQ(names(y_), "MY");
+  own_.rename(L"/r/x/q", L"/r/x/Q");
+  secondX_.define(L"s", L"6", 0);
+  own_.rename(L"/r/x/s", L"/r/x/S");
+  own_.rename(L"/r/x/s", L"/r/x/t");
+  EXPECT_EQ(names(firstX_), "p Q");
+  EXPECT_EQ(names(secondX_), "p t");
+  for (const wchar_t* to : {L"/r/x/T", L"//q", L"//t"}) {
+    expectMessage(
+        tovin::format(L"Destination property %ls already exists, cannot rename source property a", to),
+        [&] { own_.rename(L"a", to); });
+  }
+  expectMessage(L"Destination property //t already exists, cannot rename source property //q",
+                [&] { own_.rename(L"//q", L"//t"); });
+  EXPECT_EQ(names(own_) + " " + names(firstX_) + " " + names(secondX_), "a b p Q p t");
+}
+
 TEST_F(HierarchicalName, MovesAReadOnlyPropertyWithItsFlags) {
   own_.define(L"fixed", L"text", MetaDataFlags::readOnly);
   own_.rename(L"fixed", L"/r/y/fixed");
@@ -146,6 +166,7 @@ TEST_F(HierarchicalName, IsNotRenamedOntoAnotherOrToNothing) {
        L"Destination property /r/x/Q already exists, cannot rename source property /r/x/p"},
       {L"a", L"", L"Source property a cannot be renamed to empty text"},
       {L"a", nullptr, L"Source property a cannot be renamed to empty text"},
+      {L"a", L"/none/", L"Source property a cannot be renamed to empty text"},
       {L"a", L"/r/x/", L"Source property a cannot be renamed to empty text"},
       {L"a", L"/none/c", L"Failed to find hierarchical location \"/none\"\n"},
   };

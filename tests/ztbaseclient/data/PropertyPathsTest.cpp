@@ -104,6 +104,11 @@ TEST(LocationLookup, FindsAllNodesOfALocation) {
   } rows[] = {
       {L"/r/x", nullptr, true, {"/*[1]/*[1]/", "/*[1]/*[2]/", "/*[1]/*[3]/"}},
       {L"/r/x", L"p", true, {"/*[1]/*[1]/", "/*[1]/*[3]/"}},
+      {L"/r/x/", nullptr, true, {"/*[1]/*[1]/", "/*[1]/*[2]/", "/*[1]/*[3]/"}},
+      {L"/r/x[3]//", L"p", true, {"/*[1]/*[3]/"}},
+      {L"/r/x/", L"no such", true, {}},
+      {L"/", L"p", true, {"/*[1]/*[1]/", "/*[1]/*[3]/"}},
+      {L"/", nullptr, true, {"/*[1]/", "/*[1]/*[1]/", "/*[1]/*[2]/", "/*[1]/*[3]/"}},
       {L"/r/x/@p", nullptr, true, {"/*[1]/*[1]/", "/*[1]/*[3]/"}},
       {L"/r/x", L"no such", true, {}},
       {L"/none", nullptr, true, {}},
@@ -142,6 +147,37 @@ class Record : public tovin::iDataRecord {
   iNode* root_;
 };
 
+// The context of the question may be held by nothing but the set that the answer goes into.
+TEST(NodeSetOfAnAnswer, MayHoldTheOnlyReferenceToTheContext) {
+  using Ask = bool (*)(NodeReferenceSet&);
+  const Ask asks[] = {
+      [](NodeReferenceSet& set) { return set[0]->query(L"x", 1, set); },
+      [](NodeReferenceSet& set) {
+        set[0]->findChildrenByName(L"x", set);
+        return true;
+      },
+      [](NodeReferenceSet& set) {
+        return DeepPropertyUtils::LocationLookup(set[0]->getProperties(), L"/r/x", nullptr, set);
+      },
+      [](NodeReferenceSet& set) {
+        Record record(set[0]);
+        tovin::WideString name;
+        return DeepPropertyUtils::DecodePropertyPath(&record, L"/r/x/p", false, set, name);
+      },
+  };
+  NodeReferenceSet set;
+  for (const Ask& ask : asks) {
+    set.clear();
+    set.add(treeOf("<r><x p='1'/><y/><x p='2'/></r>").get());
+    EXPECT_TRUE(ask(set));
+    ASSERT_EQ(set.getSize(), 2u);
+    EXPECT_EQ(tovin::wideToUtf8(set[1]->getProperties()->get(L"p")->getValue().getText()), "2");
+    EXPECT_EQ(set[1]->findParent(), nullptr);
+  }
+  expectMessage(L"Query \"[\": a step is expected at position 1", [&] { set[0]->query(L"[", 1, set); });
+  EXPECT_TRUE(set.isEmpty());
+}
+
 TEST(PropertyPathOfARecord, IsSplitAtItsLastSlash) {
   const Ptr<iNode> root = treeOf("<r a='1'><x p='3'/><x p='5'/></r>");
   root->getProperties()->define(L"my prop", L"", 0);
@@ -152,10 +188,16 @@ TEST(PropertyPathOfARecord, IsSplitAtItsLastSlash) {
     const char* name;
     Places places;
   } rows[] = {
-      {L"a", true, "a", {"/*[1]/"}},           {L"p", false, "p", {}},
-      {L"/a", true, "a", {"/*[1]/"}},          {L"/r/x/p", true, "p", {"/*[1]/*[1]/", "/*[1]/*[2]/"}},
-      {L"x[2]/p", true, "p", {"/*[1]/*[2]/"}}, {L"/r/my prop", true, "my prop", {"/*[1]/"}},
+      {L"a", true, "a", {"/*[1]/"}},
+      {L"p", false, "p", {}},
+      {L"/a", true, "a", {"/*[1]/"}},
+      {L"/r/x/p", true, "p", {"/*[1]/*[1]/", "/*[1]/*[2]/"}},
+      {L"x[2]/p", true, "p", {"/*[1]/*[2]/"}},
+      {L"/r/my prop", true, "my prop", {"/*[1]/"}},
       {L"/r/none", false, "none", {}},
+      {L"//p", true, "p", {"/*[1]/*[1]/", "/*[1]/*[2]/"}},
+      {L"/r/x//p", true, "p", {"/*[1]/*[1]/", "/*[1]/*[2]/"}},
+      {L"/", false, "", {}},
   };
   for (const auto& row : rows) {
     NodeReferenceSet nodes;
