@@ -41,7 +41,7 @@ class ReferenceSetImpl {
 template <class T, class Fill>
 bool refill(ReferenceSetImpl<T>& result, Fill&& fill) {
   ReferenceSetImpl<T> before, found;
-  before.swap(result);
+  (result.isEmpty() ? found : before).swap(result);  // an empty one lends its memory
   const bool answer = fill(found);
   result.swap(found);
   return answer;

@@ -10,6 +10,7 @@ class Numbering {
  public:
   Numbering(const Tree& tree, const std::vector<Item>& items) : tree_(tree) {
     for (const Item& item : items) mark(item.element);
+    looks_ = items.size() + marked_.size();
     walk();
   }
 
@@ -35,7 +36,6 @@ class Numbering {
   void mark(const iNode* element) {
     uint32_t child = NodeTable::none;
     for (; element; element = element->findParent()) {
-      ++looks_;
       uint32_t& index = indexes_.at(element);
       const bool known = index != NodeTable::none;
       if (!known) {
@@ -63,15 +63,17 @@ class Numbering {
     enter(top, visits);
     while (!visits.empty()) {
       const uint32_t child = nextMarkedChild(visits.back());
-      if (child == NodeTable::none)
-        visits.pop_back();
-      else
+      if (child != NodeTable::none) {
         enter(child, visits);
+        continue;
+      }
+      looks_ += visits.back().next;
+      visits.pop_back();
     }
   }
 
   // An only one is known; several are looked for among the children.
-  uint32_t nextMarkedChild(Visit& visit) {
+  uint32_t nextMarkedChild(Visit& visit) const {
     if (visit.left == 0) return NodeTable::none;
     const Marked& parent = marked_[visit.marked];
     if (parent.count == 1) {
@@ -80,7 +82,6 @@ class Numbering {
     }
     const Children children = parent.element->getChildren();
     while (visit.next < children.size()) {
-      ++looks_;
       const uint32_t child = indexes_.find(children[visit.next++]);
       if (child == NodeTable::none) continue;
       --visit.left;
