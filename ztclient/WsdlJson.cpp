@@ -82,7 +82,7 @@ class Writer {
       CWsdlParser::CCustomType type;
       const bool custom = part.element.isEmpty() ? parser_.GetCustomTypeInfoRPC(part, type)
                                                  : parser_.GetCustomTypeInfoDoc(part, type);
-      return custom ? typeToJson(type, kindName(type.kind), parser_.FindTargetNamespace(type.node.get()))
+      return custom ? typeToJson(type, kindName(type.kind), parser_.FindTargetNamespace(type))
                     : typeToJson(type, "atomic", atomicNamespace(part));
     } catch (const tovin::Exception& e) {
       return {{"error", bytesOf(e.getMessage())}};

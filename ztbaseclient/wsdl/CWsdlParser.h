@@ -10,6 +10,8 @@
 #include "tovinCore/LeakDetector.h"
 #include "ztbaseclient/Export.h"
 
+struct Origin;
+
 /// Reads WSDL 1.1 documents and answers questions about them: the service with its ports, bindings and
 /// operations, the messages with their parts, and the types of the parts as their XML Schemas define them.
 ///
@@ -140,8 +142,11 @@ class ZTBASECLIENT_API CWsdlParser {
   CNamespace FindNamespaceInDefinitions(const wchar_t* prefix);
   /// The URI that a member's type belongs to; empty where there is none or the type is no reference.
   tovin::WideString FindTypeNamespace(const CElement& element);
-  /// The target namespace that encloses a node; empty if none.
+  /// The target namespace that encloses a node; empty if none. Of a schema that several namespaces include
+  /// the first one.
   tovin::WideString FindTargetNamespace(const tovin::iNode* node);
+  /// A type's namespace as the document writes it.
+  tovin::WideString FindTargetNamespace(const CCustomType& type);
   /// The global element that a part names.
   CElement GetSchemaElement_Doc(const CPart& part);
   const CSchema& GetSchemaForPartDoc(const CPart& part);
@@ -178,6 +183,7 @@ class ZTBASECLIENT_API CWsdlParser {
 
  private:
   struct State;
+  struct Definition;
   class SchemaLoader;
 
   void adopt(tovin::iNode* root);
@@ -189,12 +195,15 @@ class ZTBASECLIENT_API CWsdlParser {
                    const COperation& operation);
   void buildSchemas(tovin::iNode* types);
   void annotateElements(tovin::iNode* root);
-  tovin::iNode* requireElement(const CPart& part);
-  bool isOfAtomicType(const tovin::iNode* where, const tovin::WideString& typeName);
+  void requireSearchable(const CSchema& schema);
+  Definition requireElement(const CPart& part);
+  bool isOfAtomicType(const Origin& origin, const tovin::WideString& typeName);
   bool resolvePart(Style style, const CPart& part, CCustomType& type);
-  bool resolveElement(tovin::iNode* element, CCustomType& type);
-  bool resolveType(tovin::iNode* where, const tovin::WideString& typeName, CCustomType& type);
-  void build(tovin::iNode* definition, const tovin::WideString& name, CCustomType& type);
+  bool resolveElement(const Definition& element, CCustomType& type);
+  bool resolveType(const Origin& origin, const tovin::WideString& typeName, const tovin::WideString& space,
+                   CCustomType& type);
+  void build(const Definition& definition, const tovin::WideString& name, CCustomType& type);
+  tovin::WideString namespaceAround(const Definition& definition);
 
   std::unique_ptr<State> state_;
 };

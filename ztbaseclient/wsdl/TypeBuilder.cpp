@@ -51,7 +51,7 @@ CWsdlParser::CElement repeatedElement(const Member& member) {
 
 iNode* requireDeclaredType(const SchemaSet& schemas, const SchemaSet::Place& place, std::wstring_view name,
                            const wchar_t* text) {
-  if (!schemas.exists(place)) {
+  if (!schemas.findFirst(place)) {
     throw tovin::Exception(L"Can't find schema with targetNamespace=%ls", orEmpty(place.uri));
   }
   iNode* definition = schemas.find(place, {Kind::complexType, Kind::simpleType}, name);
@@ -64,7 +64,7 @@ iNode* requireDeclaredType(const SchemaSet& schemas, const SchemaSet::Place& pla
 
 iNode* requireDeclaredElement(const SchemaSet& schemas, const SchemaSet::Place& place, std::wstring_view name,
                               const wchar_t* text) {
-  if (!schemas.exists(place)) {
+  if (!schemas.findFirst(place)) {
     throw tovin::Exception(L"Can't find schema with targetNamespace=%ls", orEmpty(place.uri));
   }
   iNode* element = schemas.find(place, {Kind::element}, name);

@@ -2,13 +2,22 @@
 
 #include <memory>
 #include <string>
-#include <unordered_set>
+#include <unordered_map>
 
 #include "ztbaseclient/wsdl/CWsdlParser.h"
 #include "ztbaseclient/wsdl/ExternalSchemaRecord.h"
 #include "ztbaseclient/wsdl/NodeSearch.h"
 #include "ztbaseclient/wsdl/SchemaSet.h"
 #include "ztbaseclient/wsdl/XMLParser.h"
+
+// Roots of schema files by the folded names of the files.
+using FilesByName = std::unordered_map<std::wstring, tovin::Ptr<tovin::iNode>>;
+
+// An element or type of a schema, and the namespace that it was asked for in; null if in none.
+struct CWsdlParser::Definition {
+  tovin::iNode* node;
+  tovin::WideString space;
+};
 
 // What the reader holds, its sources being several.
 struct CWsdlParser::State {
@@ -22,18 +31,19 @@ struct CWsdlParser::State {
   // Of the root; made when it is first asked for.
   std::unique_ptr<NamedChildren> definitions;
   tovin::Array<ExternalSchemaRecord> externalSchemas;
-  // The folded names of the files of these records.
-  std::unordered_set<std::wstring> heldFiles;
+  // The files of these records.
+  FilesByName heldFiles;
   SchemaSet schemas;
   tovin::WideString lastAtomicType;
 
-  // All that was read from the document, before another one takes its place.
-  void forgetAnswers() {
+  // Forgets all that was read from the document; another one takes its place, or none.
+  void replaceDocument(tovin::iNode* next) {
     search.soapPrefixes().clear();
     definitions.reset();
     externalSchemas.clear();
     heldFiles.clear();
-    schemas = SchemaSet();
     lastAtomicType = L"";
+    schemas = SchemaSet(next);
+    root = tovin::Ptr<tovin::iNode>(next);
   }
 };

@@ -232,6 +232,64 @@ TEST(Types, OfMembersAreAskedOneByOne) {
   EXPECT_TRUE(parser.GetElementsCustomType(foreign, member));
 }
 
+// A value's own namespaces count after its node, and before the definitions when it has none.
+TEST(Types, OfValuesUseTheirOwnNamespaces) {
+  CWsdlParser parser;
+  wsdl::parse(parser, wsdl::definitions("<types>" + schema("<xs:simpleType name='T'/>") + "</types>"));
+  CWsdlParser::CPart part;
+  CWsdlParser::CElement member;
+  CWsdlParser::CCustomType type;
+  const auto bind = [](auto& value, const wchar_t* prefix, const wchar_t* uri) {
+    CWsdlParser::CNamespace& space = value.namespaces.add(CWsdlParser::CNamespace());
+    space.name = prefix;
+    space.setUrl(uri);
+  };
+  part.type = L"k:int";
+  member.type = L"K:T[]";
+  EXPECT_FALSE(parser.IsOfAtomicType(part));
+  bind(part, L"k", L"http://www.w3.org/2001/XMLSchema");
+  bind(member, L"k", L"urn:t");
+  EXPECT_TRUE(parser.IsOfAtomicType(part));
+  EXPECT_TRUE(parser.GetElementsCustomType(member, type));
+  EXPECT_EQ(parser.FindTypeNamespace(member), L"urn:t");
+  // Beside a node that does not bind the prefix, and against definitions that do.
+  part.node = tovin::Ptr<tovin::iNode>(type.node);
+  EXPECT_TRUE(parser.IsOfAtomicType(part));
+  part.node.reset();
+  part.type = L"t:int";
+  bind(part, L"t", L"http://www.w3.org/2001/XMLSchema");
+  EXPECT_TRUE(parser.IsOfAtomicType(part));
+  part.node = type.node;
+  EXPECT_FALSE(parser.IsOfAtomicType(part));
+}
+
+// Kept over a reset, from another reader, or before this one was asked for its schemas.
+TEST(Types, OfSchemasThatAreNotInTheSetAreSearchedThere) {
+  const std::string document =
+      wsdl::definitions("<types>" +
+                        schema("<xs:simpleType name='t'/><xs:simpleType name='T'/><xs:complexType name='T'/>"
+                               "<xs:element name='T'/>") +
+                        "</types>");
+  CWsdlParser parser;
+  wsdl::parse(parser, document);
+  const CWsdlParser::CSchema kept = parser.GetSchemaInfo()[0];
+  CWsdlParser none;
+  for (CWsdlParser* asked : {&parser, &none}) {
+    CWsdlParser::CCustomType type;
+    asked->Reset();
+    for (const auto& [name, kind] :
+         {std::pair(L"T", CWsdlParser::KindComplex), std::pair(L"t", CWsdlParser::KindSimple)}) {
+      asked->GetCustomTypeOutOfSchema(kept, name, type);
+      EXPECT_EQ(type.kind, kind);
+      EXPECT_EQ(type.schema.node, kept.node);
+      EXPECT_EQ(type.typeNamespace.getUrl(), std::wstring(L"urn:t"));
+    }
+    EXPECT_EQ(asked->GetMatchingSchemaElementDoc(kept, L"t").name, L"T");
+    tovin::WideString name(L"element");
+    EXPECT_FALSE(asked->IsCustomTypeInSchema(kept, name));
+  }
+}
+
 TEST(Types, ArraySuffixIsTakenOffOnce) {
   const std::pair<const wchar_t*, const wchar_t*> rows[] = {
       {L"item[][]", L"item[]"}, {L"a[]b", L"ab"}, {L"item", L"item"}, {L"[]", L""}, {L"[", L"["}};
