@@ -131,7 +131,9 @@ bool CWsdlParser::resolveType(const Origin& origin, const tovin::WideString& typ
 
 void CWsdlParser::build(const Definition& definition, const tovin::WideString& name, CCustomType& type) {
   const bool arrays = state_->style == RPC || state_->backwardCompatible;
-  CCustomType built = TypeBuilder(state_->schemas, arrays).build(definition.node, name);
+  if (state_->root) GetSchemaInfo();
+  if (!state_->types) state_->types = std::make_unique<TypeBuilder>(state_->schemas);
+  CCustomType built = state_->types->build(definition.node, name, arrays);
   const tovin::WideString uri = namespaceAround(definition);
   if (uri.isEmpty()) throw tovin::Exception(L"Can't find target namespace for type %ls", name);
   built.typeNamespace.setUrl(uri);

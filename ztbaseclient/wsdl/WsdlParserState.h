@@ -8,6 +8,7 @@
 #include "ztbaseclient/wsdl/ExternalSchemaRecord.h"
 #include "ztbaseclient/wsdl/NodeSearch.h"
 #include "ztbaseclient/wsdl/SchemaSet.h"
+#include "ztbaseclient/wsdl/TypeBuilder.h"
 #include "ztbaseclient/wsdl/XMLParser.h"
 
 // Roots of schema files by the folded names of the files.
@@ -34,6 +35,8 @@ struct CWsdlParser::State {
   // The files of these records.
   FilesByName heldFiles;
   SchemaSet schemas;
+  // Of the schemas; made when they are first asked about.
+  std::unique_ptr<TypeBuilder> types;
   tovin::WideString lastAtomicType;
 
   // Forgets all that was read from the document; another one takes its place, or none.
@@ -43,6 +46,7 @@ struct CWsdlParser::State {
     externalSchemas.clear();
     heldFiles.clear();
     lastAtomicType = L"";
+    types.reset();
     schemas = SchemaSet(next);
     root = tovin::Ptr<tovin::iNode>(next);
   }

@@ -43,6 +43,16 @@ TEST(Types, MembersStandInDocumentOrder) {
       {MEMBERS("<xs:sequence><xs:element name='a' type='xs:int' maxOccurs='01' minOccurs='00'/>" A
                "</xs:sequence>"),
        "complex T {a: xs:int optional, a: xs:int}"},
+      // Bounds are numbers with blanks around them; what may not occur is no member and no alternative.
+      {MEMBERS("<xs:sequence minOccurs='-1'>" A
+               "<xs:element name='u' maxOccurs=' unbounded '/></xs:sequence>"),
+       "complex T {a: xs:int optional, u:  of '' optional}"},
+      {MEMBERS("<xs:all><xs:element name='a' type='t:T' minOccurs=' 0.5 ' maxOccurs=' +2 '/><xs:element "
+               "name='b' type='t:T' minOccurs='+0'/></xs:all>"),
+       "complex T {a: t:T[] optional, b: t:T}"},
+      {MEMBERS("<xs:choice>" A "<xs:element ref='t:none' maxOccurs='0'/><xs:sequence maxOccurs=' +00 '>" B
+               "</xs:sequence></xs:choice>"),
+       "complex T {a: xs:int}"},
       {MEMBERS("<xs:sequence><xs:element name='a' maxOccurs='99999999999999999999'/>" A "</xs:sequence>"),
        "complex T {a:  of '', a: xs:int}"},
       {MEMBERS("<xs:sequence><xs:element name='a'><xs:simpleType/></xs:element>" A "</xs:sequence>"),
