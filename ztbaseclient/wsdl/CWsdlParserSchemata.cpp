@@ -153,7 +153,7 @@ CWsdlParser::Definition CWsdlParser::requireElement(const CPart& part) {
   const QualifiedName name(part.element);
   if (!name.wellFormed) throw tovin::Exception(L"Can't understand custom type: \"%ls\"", name.text);
   const SchemaSet::Place place = state_->schemas.placeOf(Origin::of(part), name);
-  return {requireDeclaredElement(state_->schemas, place, name.local, name.text), place.uri};
+  return {requireDeclaredElement(state_->schemas, place, name.local, name.text), place.uri, {}};
 }
 
 CWsdlParser::CElement CWsdlParser::GetSchemaElement_Doc(const CPart& part) {

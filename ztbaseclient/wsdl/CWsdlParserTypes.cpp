@@ -81,30 +81,42 @@ bool CWsdlParser::GetCustomTypeInfoDoc(const CPart& part, CCustomType& type) {
 
 bool CWsdlParser::resolvePart(Style style, const CPart& part, CCustomType& type) {
   state_->style = style;
-  if (!part.element.isEmpty()) return resolveElement(requireElement(part), type);
-  return resolveType(Origin::of(part), part.type, {}, type);
+  return resolve(definitionOf(part), type);
 }
 
 bool CWsdlParser::GetElementsCustomType(const CElement& element, CCustomType& type) {
   return guarded({ClassName, "GetElementsCustomType"}, [&] {
-    if (isElement(element)) return resolveElement({element.node.get(), {}}, type);
-    return resolveType(Origin::of(element), element.type, {}, type);
+    if (isElement(element)) return resolve(definitionOfElement(element.node.get(), {}), type);
+    return resolve(definitionOfType(Origin::of(element), element.type, {}), type);
   });
+}
+
+iNode* CWsdlParser::FindTypeDefinition(const CPart& part, CNamespace& typeNamespace) {
+  return guarded({ClassName, "FindTypeDefinition"}, [&] {
+    const Definition definition = definitionOf(part);
+    typeNamespace.setUrl(definition.node ? namespaceAround(definition) : definition.space);
+    return definition.node;
+  });
+}
+
+CWsdlParser::Definition CWsdlParser::definitionOf(const CPart& part) {
+  if (part.element.isEmpty()) return definitionOfType(Origin::of(part), part.type, {});
+  const Definition element = requireElement(part);
+  return definitionOfElement(element.node, element.space);
 }
 
 // The type that an element names, else the one that is written inside it; with neither it is a structure
 // without members.
-bool CWsdlParser::resolveElement(const Definition& element, CCustomType& type) {
-  const tovin::WideString typeName = attributeText(element.node, L"type");
-  if (!typeName.isEmpty()) return resolveType(element.node, typeName, element.space, type);
-  iNode* inside = childNamed(element.node, L"complexType");
-  if (!inside) inside = childNamed(element.node, L"simpleType");
-  build({inside ? inside : element.node, element.space}, findAttrVal(element.node, L"name"), type);
-  return true;
+CWsdlParser::Definition CWsdlParser::definitionOfElement(iNode* element, const tovin::WideString& space) {
+  const tovin::WideString typeName = attributeText(element, L"type");
+  if (!typeName.isEmpty()) return definitionOfType(element, typeName, space);
+  iNode* inside = childNamed(element, L"complexType");
+  if (!inside) inside = childNamed(element, L"simpleType");
+  return {inside ? inside : element, space, findAttrVal(element, L"name")};
 }
 
-bool CWsdlParser::resolveType(const Origin& origin, const tovin::WideString& typeName,
-                              const tovin::WideString& space, CCustomType& type) {
+CWsdlParser::Definition CWsdlParser::definitionOfType(const Origin& origin, const tovin::WideString& typeName,
+                                                      const tovin::WideString& space) {
   tovin::WideString text = typeName.isNull() ? tovin::WideString(L"") : typeName;
   StripArrayFromTypeName(text);
   const QualifiedName name(text);
@@ -114,31 +126,35 @@ bool CWsdlParser::resolveType(const Origin& origin, const tovin::WideString& typ
     if (!isInAtomicTypeList(name.local.c_str())) {
       throw tovin::Exception(L"Can't understand custom type: \"%ls\"", text);
     }
-    type = CCustomType();
-    type.name = state_->lastAtomicType;
-    type.kind = KindSimple;
-    type.typeNamespace.setUrl(uri);
-    return false;
+    return {nullptr, uri, state_->lastAtomicType};
   }
   if (GetSchemaInfo().isEmpty()) {
     throw tovin::Exception(L"Can't find <schema> node in wsdl, needed for definition of type %ls", text);
   }
   const SchemaSet::Place place = state_->schemas.placeOf(origin, name);
   iNode* definition = requireDeclaredType(state_->schemas, place, name.local, text);
-  build({definition, place.uri.isNull() ? space : place.uri}, attributeText(definition, L"name"), type);
-  return true;
+  return {definition, place.uri.isNull() ? space : place.uri, attributeText(definition, L"name")};
 }
 
-void CWsdlParser::build(const Definition& definition, const tovin::WideString& name, CCustomType& type) {
+bool CWsdlParser::resolve(const Definition& definition, CCustomType& type) {
+  CCustomType built;
+  if (!definition.node) {
+    built.name = definition.name;
+    built.kind = KindSimple;
+    built.typeNamespace.setUrl(definition.space);
+    type = std::move(built);
+    return false;
+  }
   const bool arrays = state_->style == RPC || state_->backwardCompatible;
   if (state_->root) GetSchemaInfo();
   if (!state_->types) state_->types = std::make_unique<TypeBuilder>(state_->schemas);
-  CCustomType built = state_->types->build(definition.node, name, arrays);
+  built = state_->types->build(definition.node, definition.name, arrays);
   const tovin::WideString uri = namespaceAround(definition);
-  if (uri.isEmpty()) throw tovin::Exception(L"Can't find target namespace for type %ls", name);
+  if (uri.isEmpty()) throw tovin::Exception(L"Can't find target namespace for type %ls", definition.name);
   built.typeNamespace.setUrl(uri);
   if (const CSchema* schema = state_->schemas.enclosing(definition.node)) built.schema = *schema;
   type = std::move(built);
+  return true;
 }
 
 // The namespace that the definition was asked for in, where it belongs to that one among others.
@@ -164,7 +180,7 @@ void CWsdlParser::GetCustomTypeOutOfSchema(const CSchema& schema, const tovin::W
     requireSearchable(schema);
     iNode* definition = findType(state_->schemas, schema, text);
     if (!definition) throw tovin::Exception(L"Unknown node type defines type with name %ls", text);
-    build({definition, {}}, attributeText(definition, L"name"), type);
+    resolve({definition, {}, attributeText(definition, L"name")}, type);
     type.schema = schema;
   });
 }

@@ -1,5 +1,4 @@
 #include "tests/ztbaseclient/wsdl/Wsdl.h"
-#include "ztclient/WsdlJson.h"
 
 namespace {
 
@@ -105,10 +104,13 @@ TEST(TypeErrors, OfLookUpsInSchemas) {
   EXPECT_EQ(parser.GetMatchingSchemaElementDoc(found, L"e").name, L"e");
   EXPECT_EQ(&parser.FindSchemaContainingCustomType(L"urn:t", L"T"), &parser.GetSchemaInfo()[0]);
   expectMessage(L"Can't find schema with targetNamespace=x", [&] { parser.GetSchemaByTargetNS(L"x"); });
-  expectMessage(L"Cannot find a schema with targetNamespace = urn:S and element = x",
-                [&] { parser.FindSchemaContainingElement(L"urn:S", L"x"); });
-  expectMessage(L"Cannot find a schema with targetNamespace=urn:S and customType=x",
-                [&] { parser.FindSchemaContainingCustomType(L"urn:S", L"x"); });
+  for (const wchar_t* none : {L"x", static_cast<const wchar_t*>(nullptr)}) {
+    const std::wstring name = none ? none : L"";
+    expectMessage(L"Cannot find a schema with targetNamespace = urn:S and element = " + name,
+                  [&] { parser.FindSchemaContainingElement(L"urn:S", none); });
+    expectMessage(L"Cannot find a schema with targetNamespace=urn:S and customType=" + name,
+                  [&] { parser.FindSchemaContainingCustomType(L"urn:S", none); });
+  }
   CWsdlParser::CCustomType type;
   expectMessage(L"Unknown node type defines type with name x[]",
                 [&] { parser.GetCustomTypeOutOfSchema(found, L"x[][]", type); });
@@ -119,14 +121,11 @@ TEST(TypeErrors, OfLookUpsInSchemas) {
   EXPECT_EQ(name, L"t:T");
 }
 
-// Definitions without a target namespace leave a schema without one nowhere.
+// An empty target namespace of the definitions leaves a schema without one nowhere.
 TEST(TypeErrors, OfATypeWithoutNamespace) {
-  CWsdlParser parser;
-  wsdl::parse(parser, wsdl::definitions("<types><xs:schema>" + complexType("") + "</xs:schema></types>", ""));
-  CWsdlParser::CCustomType type;
-  const CWsdlParser::CSchema none = parser.GetSchemaInfo()[0];
-  expectMessage(L"Can't find target namespace for type T",
-                [&] { parser.GetCustomTypeOutOfSchema(none, L"T", type); });
+  std::string document = withPart("type='T' xmlns=''", "<xs:schema>" + complexType("") + "</xs:schema>");
+  document.replace(document.find("targetNamespace='urn:t'"), 23, "targetNamespace=''");
+  EXPECT_EQ(resolved(document), "Can't find target namespace for type T");
 }
 
 TEST(TypeErrors, OfGroupsThatMultiplyWithoutEnd) {
