@@ -174,7 +174,7 @@ void TypeBuilder::learnCircle(const Levels& levels, const iNode* entry) {
 }
 
 void TypeBuilder::learn(iNode* definition, const Level& level, const std::optional<std::wstring>& fault) {
-  Known& known = known_[definition];
+  Known known;
   known.definition = tovin::Ptr<iNode>(definition);
   known.level = level;
   known.fault = fault;
@@ -187,6 +187,7 @@ void TypeBuilder::learn(iNode* definition, const Level& level, const std::option
   const bool asked = type_.node.get() == definition;
   const tovin::WideString name = asked ? type_.name : orEmpty(attributeText(definition, L"name"));
   if (!known.fault) known.fault = faultOf([&] { readMembers(known, name); });
+  known_.emplace(definition, std::move(known));
 }
 
 void TypeBuilder::readMembers(Known& known, const tovin::WideString& name) {

@@ -64,29 +64,18 @@ TEST(Types, MembersStandInDocumentOrder) {
   expectAll("type='t:T'", rows);
 }
 
+#define GROUP(name, inside) "<xs:group name='" name "'>" inside "</xs:group>"
+#define SEQUENCE(inside) "<xs:sequence>" inside "</xs:sequence>"
+
 TEST(Types, ReferencesAreFollowedInPlace) {
   const Row rows[] = {
-      {MEMBERS("<xs:sequence><xs:element ref='t:g' minOccurs='0' maxOccurs='9'/>" A
-               "</xs:sequence>") "<xs:element name='g' type='xs:long' nillable='true'/>",
+      {MEMBERS(SEQUENCE("<xs:element ref='t:g' minOccurs='0' maxOccurs='9'/>" A))  //
+       "<xs:element name='g' type='xs:long' nillable='true'/>",
        "complex T {g: xs:long[] optional, a: xs:int}"},
-      {MEMBERS("<xs:sequence>" A
-               "<xs:group ref='t:g' minOccurs='0' maxOccurs='2'/></xs:sequence>") "<xs:group "
-                                                                                  "name='g'><xs:sequence>" A
-                                                                                  "<xs:group "
-                                                                                  "ref='t:h'/></"
-                                                                                  "xs:sequence></xs:group>"
-                                                                                  "<xs:group "
-                                                                                  "name='h'><xs:choice>" A B
-                                                                                  "</xs:choice></xs:group>",
-       "complex T {a: xs:int, a: xs:int[] optional, a: xs:int[] optional, b: t:B[] optional}"},
-      {MEMBERS("<xs:group ref='t:g'/>") "<xs:group name='g'><xs:all>" A A "</xs:all></xs:group>",
-       "complex T {a: xs:int, a: xs:int}"},
-      {MEMBERS(
-           "<xs:sequence><xs:group ref='t:g'/><xs:group ref='t:g'/></xs:sequence>") "<xs:group "
-                                                                                    "name='g'><xs:sequence>" A
-                                                                                    "</xs:sequence></"
-                                                                                    "xs:group>",
-       "complex T {a: xs:int, a: xs:int}"}};
+      {MEMBERS(SEQUENCE(A "<xs:group ref='t:g' minOccurs='0' maxOccurs='2'/><xs:group ref='t:h'/>"))  //
+       GROUP("g", SEQUENCE(A "<xs:group ref='t:h'/>")) GROUP("h", "<xs:choice>" A B "</xs:choice>"),
+       "complex T {a: xs:int, a: xs:int[] optional, a: xs:int[] optional, b: t:B[] optional, "
+       "a: xs:int optional, b: t:B optional}"}};
   expectAll("type='t:T'", rows);
 }
 
@@ -96,20 +85,17 @@ TEST(Types, ReferencesAreFollowedInPlace) {
   "<xs:complexContent><xs:restriction base='enc:Array'>" inside "</xs:restriction></xs:complexContent>"
 #define ARRAY_TYPE(type) ARRAY("<xs:attribute ref='enc:arrayType' w:arrayType='" type "'/>")
 
+#define TYPE(name, inside) "<xs:complexType name='" name "'>" inside "</xs:complexType>"
+
 TEST(Types, ExtensionsBeginWithTheirBase) {
   const Row rows[] = {
-      {MEMBERS(EXTENSION("t:U", "<xs:sequence>" B "</xs:sequence>")) "<xs:complexType name='U'>" EXTENSION(
-           "t:V",
-           "<xs:sequence>" A "</xs:sequence>") "</xs:complexType>"
-                                               "<xs:complexType name='V'><xs:sequence><xs:element name='v' "
-                                               "type='xs:int'/></xs:sequence></xs:complexType>",
+      {MEMBERS(EXTENSION("t:U", SEQUENCE(B))) TYPE("U", EXTENSION("t:W", SEQUENCE(A)))  //
+       TYPE("W", EXTENSION("t:V", "")) TYPE("V", SEQUENCE("<xs:element name='v' type='xs:int'/>")),
        "complex T : t:U {v: xs:int, a: xs:int, b: t:B optional}"},
-      {MEMBERS(EXTENSION("xs:anyType", "<xs:sequence>" A "</xs:sequence>")),
-       "complex T : xs:anyType {a: xs:int}"},
-      {MEMBERS(EXTENSION("t:U", "")) "<xs:complexType name='U'>" ARRAY_TYPE("xs:int[]") "</xs:complexType>",
+      {MEMBERS(EXTENSION("xs:anyType", SEQUENCE(A))), "complex T : xs:anyType {a: xs:int}"},
+      {MEMBERS(EXTENSION("t:U", "")) TYPE("U", ARRAY_TYPE("xs:int[]")),
        "array T item item : t:U {item: xs:int}"},
-      {MEMBERS(EXTENSION("t:U", "<xs:sequence>" A "</xs:sequence>")) "<xs:complexType name='U'>" ARRAY_TYPE(
-           "xs:int[]") "</xs:complexType>",
+      {MEMBERS(EXTENSION("t:U", SEQUENCE(A))) TYPE("U", ARRAY_TYPE("xs:int[]")),
        "complex T : t:U {item: xs:int[], a: xs:int}"}};
   expectAll("type='t:T'", rows);
 }
