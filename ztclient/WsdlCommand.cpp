@@ -17,71 +17,72 @@ struct Options {
   bool backwardCompatible = false;
 };
 
-Json read(const Options& options) {
-  CWsdlParser parser;
-  parser.SetBackwardCompatible70(options.backwardCompatible);
-  loadWsdl(parser, options.file);
-  return wsdlToJson(parser, options.types);
-}
-
 std::string textOf(const Json& json) { return json.get<std::string>(); }
-
-void printResolved(const Json& resolved) {
-  const std::string margin(10, ' ');
-  if (resolved.contains("error")) {
-    std::cout << margin << "cannot be resolved: " << textOf(resolved["error"]) << '\n';
-    return;
-  }
-  std::cout << margin << textOf(resolved["kind"]) << ' ' << textOf(resolved["name"]) << " in "
-            << textOf(resolved["namespace"]);
-  const std::string base = textOf(resolved["superClass"]);
-  std::cout << (base.empty() ? "" : ", extends " + base) << '\n';
-  for (const Json& element : resolved["elements"]) {
-    std::cout << margin << "  " << textOf(element["name"]) << ": " << textOf(element["type"])
-              << (element["required"] ? "" : " (optional)") << '\n';
-  }
-}
-
-void printMessage(const char* direction, const Json& message) {
-  if (textOf(message["name"]).empty()) return;
-  std::cout << "      " << direction << ' ' << textOf(message["name"]) << '\n';
-  for (const Json& part : message["parts"]) {
-    const std::string element = textOf(part["element"]);
-    std::cout << "        " << textOf(part["name"]) << ": "
-              << (element.empty() ? textOf(part["type"]) : "element " + element) << '\n';
-    if (part.contains("resolved")) printResolved(part["resolved"]);
-  }
-}
 
 const char* styleOf(const Json& json) { return json["documentStyle"] ? "document" : "rpc"; }
 
-void printPort(const Json& port) {
-  const Json& binding = port["binding"];
-  std::cout << "  port " << textOf(port["name"]) << " at " << textOf(port["address"])
-            << (port["soap11OrHttp"] ? "" : " (not SOAP 1.1 or HTTP)") << "\n    binding "
-            << textOf(binding["name"]) << " of " << textOf(binding["type"]) << ", " << styleOf(binding)
-            << '\n';
-  for (const Json& operation : binding["operations"]) {
-    std::cout << "    operation " << textOf(operation["name"]) << ", " << styleOf(operation) << '\n';
-    printMessage("in ", operation["input"]);
-    printMessage("out", operation["output"]);
+// The answer for a reader.
+class Printer : public WsdlVisitor {
+ public:
+  void onDocument(const Json& document) override {
+    std::cout << "target namespace " << textOf(document["targetNamespace"]) << "\nservice "
+              << textOf(document["service"]) << '\n';
   }
-}
+  void onPort(const Json& port) override {
+    const Json& binding = port["binding"];
+    std::cout << "  port " << textOf(port["name"]) << " at " << textOf(port["address"])
+              << (port["soap11OrHttp"] ? "" : " (not SOAP 1.1 or HTTP)") << "\n    binding "
+              << textOf(binding["name"]) << " of " << textOf(binding["type"]) << ", " << styleOf(binding)
+              << '\n';
+  }
+  void onOperation(const Json& operation) override {
+    std::cout << "    operation " << textOf(operation["name"]) << ", " << styleOf(operation) << '\n';
+  }
+  void onMessage(const char* direction, const Json& message) override {
+    showParts_ = !textOf(message["name"]).empty();
+    if (!showParts_) return;
+    const std::string shortDirection = direction == std::string("input") ? "in " : "out";
+    std::cout << "      " << shortDirection << ' ' << textOf(message["name"]) << '\n';
+  }
+  void onPart(const Json& part, const std::string* resolved) override {
+    if (!showParts_) return;
+    const std::string element = textOf(part["element"]);
+    std::cout << "        " << textOf(part["name"]) << ": "
+              << (element.empty() ? textOf(part["type"]) : "element " + element) << '\n';
+    if (resolved) std::cout << *resolved;
+  }
+  void onEnd(const Json& warnings) override {
+    for (const Json& warning : warnings) std::cerr << "ztclient wsdl: " << textOf(warning) << '\n';
+  }
+  std::string resolvedText(const Json& resolved) const override {
+    const std::string margin(10, ' ');
+    if (resolved.contains("error")) return margin + "cannot be resolved: " + textOf(resolved["error"]) + '\n';
+    const std::string base = textOf(resolved["superClass"]);
+    std::string text = margin + textOf(resolved["kind"]) + ' ' + textOf(resolved["name"]) + " in " +
+                       textOf(resolved["namespace"]) + (base.empty() ? "" : ", extends " + base) + '\n';
+    for (const Json& element : resolved["elements"]) {
+      text += margin + "  " + textOf(element["name"]) + ": " + textOf(element["type"]) +
+              (element["required"] ? "" : " (optional)") + '\n';
+    }
+    return text;
+  }
 
-void print(const Json& json) {
-  std::cout << "target namespace " << textOf(json["targetNamespace"]) << "\nservice "
-            << textOf(json["service"]) << '\n';
-  for (const Json& port : json["ports"]) printPort(port);
-  for (const Json& warning : json["warnings"]) std::cerr << "ztclient wsdl: " << textOf(warning) << '\n';
-}
+ private:
+  bool showParts_ = false;
+};
 
 int run(const Options& options) {
   try {
-    const Json json = read(options);
-    if (options.json)
-      std::cout << toText(json, 1) << '\n';
-    else
-      print(json);
+    CWsdlParser parser;
+    parser.SetBackwardCompatible70(options.backwardCompatible);
+    loadWsdl(parser, options.file);
+    if (options.json) {
+      writeWsdlJson(parser, options.types, std::cout);
+      std::cout << '\n';
+    } else {
+      Printer printer;
+      visitWsdl(parser, options.types, printer);
+    }
     return commands::done;
   } catch (const tovin::Exception& e) {
     // The texts of a document are bytes in messages too.

@@ -4,10 +4,12 @@
 #include <string>
 #include <string_view>
 
+#include "tovin/Export.h"
+
 namespace tovin::xpath {
 
 /// Reads '-'? Number with blanks around it; NaN for any other text: there is neither '+' nor exponent.
-double textToNumber(std::wstring_view text) noexcept;
+TOVIN_API double textToNumber(std::wstring_view text) noexcept;
 
 /// As few decimal digits as tell the number from all others, never an exponent; "NaN", "Infinity",
 /// "-Infinity"; "0" for negative zero.

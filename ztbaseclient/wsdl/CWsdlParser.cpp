@@ -32,14 +32,12 @@ bool CWsdlParser::GetZippedWsdl(tovin::Array<unsigned char>& out) { return state
 // A second parse without a reset gives the first document again, with all that was found in it.
 void CWsdlParser::adopt(tovin::iNode* root) {
   if (state_->root.get() == root) return;
-  state_->forgetAnswers();
-  state_->root = tovin::Ptr<tovin::iNode>(root);
+  state_->replaceDocument(root);
 }
 
 void CWsdlParser::Reset() {
   guarded({ClassName, "Reset()"}, [&] {
-    state_->forgetAnswers();
-    state_->root.reset();
+    state_->replaceDocument(nullptr);
     state_->hasParsed = false;
     state_->xml.reset();
   });

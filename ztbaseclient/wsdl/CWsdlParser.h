@@ -2,6 +2,8 @@
 
 #include <cstdint>
 #include <memory>
+#include <string>
+#include <unordered_set>
 
 #include "tovin/Array.h"
 #include "tovin/BaseString.h"
@@ -9,6 +11,8 @@
 #include "tovin/iNode.h"
 #include "tovinCore/LeakDetector.h"
 #include "ztbaseclient/Export.h"
+
+struct Origin;
 
 /// Reads WSDL 1.1 documents and answers questions about them: the service with its ports, bindings and
 /// operations, the messages with their parts, and the types of the parts as their XML Schemas define them.
@@ -104,13 +108,14 @@ class ZTBASECLIENT_API CWsdlParser {
   void GetDefinitionsInfo(tovin::WideString& targetNamespace);
   /// The last service and its ports, one for each binding; warns "ignoring port %ls with shared binding %ls".
   /// "missing service", "Can't find binding %ls", "Unable to find soap addresses. This WSDL may not have soap
-  /// methods."
+  /// methods." A port whose binding fails is the last of the ports.
   void GetServiceInfo(tovin::WideString& serviceName, tovin::Array<CPort>& ports);
   /// Completes a binding's operations; those of one name pair in document order. "Couldn't find portType",
-  /// "Couldn't find operation", "Couldn't find message".
+  /// "Couldn't find operation", "Couldn't find message"; "Too much is shared, at %ls" for values that are out
+  /// of all proportion to the document, here and for the service.
   void GetOperationInfoFromPortType(const tovin::WideString& portTypeName,
                                     tovin::Array<COperation>& operations);
-  /// "Couldn't find message".
+  /// In place of what the message held before. "Couldn't find message".
   void GetMessageInfo(const tovin::WideString& messageName, CMsg& message);
   /// The first operation that fits; without message names any of the name. Null fits only an empty text.
   bool FindOperation(const wchar_t* portTypeName, const wchar_t* operationName,
@@ -140,8 +145,11 @@ class ZTBASECLIENT_API CWsdlParser {
   CNamespace FindNamespaceInDefinitions(const wchar_t* prefix);
   /// The URI that a member's type belongs to; empty where there is none or the type is no reference.
   tovin::WideString FindTypeNamespace(const CElement& element);
-  /// The target namespace that encloses a node; empty if none.
+  /// The target namespace that encloses a node; empty if none. Of a schema that several namespaces include
+  /// the first one.
   tovin::WideString FindTargetNamespace(const tovin::iNode* node);
+  /// A type's namespace as the document writes it.
+  tovin::WideString FindTargetNamespace(const CCustomType& type);
   /// The global element that a part names.
   CElement GetSchemaElement_Doc(const CPart& part);
   const CSchema& GetSchemaForPartDoc(const CPart& part);
@@ -159,6 +167,9 @@ class ZTBASECLIENT_API CWsdlParser {
   bool GetCustomTypeInfoRPC(const CPart& part, CCustomType& type);
   bool GetCustomTypeInfoDoc(const CPart& part, CCustomType& type);
   bool GetElementsCustomType(const CElement& element, CCustomType& type);
+  /// What defines a part's type, without reading its members, and the type's namespace; null for an atomic
+  /// type. The errors of the questions above that have to do with names.
+  tovin::iNode* FindTypeDefinition(const CPart& part, CNamespace& typeNamespace);
   /// A type of one schema. "Unknown node type defines type with name %ls".
   void GetCustomTypeOutOfSchema(const CSchema& schema, const tovin::WideString& typeName, CCustomType& type);
   /// Whether the schema defines the type; takes the array suffix off the name.
@@ -178,23 +189,28 @@ class ZTBASECLIENT_API CWsdlParser {
 
  private:
   struct State;
+  struct Definition;
   class SchemaLoader;
 
   void adopt(tovin::iNode* root);
   tovin::iNode* requireRoot() const;
   tovin::iNode* findDefinition(const wchar_t* element, const wchar_t* name);
   void recordSoapPrefixes(const tovin::iNode* definitions);
-  void readPort(tovin::iNode* node, tovin::Array<CPort>& ports);
+  void readPort(tovin::iNode* node, tovin::Array<CPort>& ports, std::unordered_set<std::wstring>& bindings);
   void readMessage(const wchar_t* direction, tovin::WideString& name, CMsg& message,
                    const COperation& operation);
   void buildSchemas(tovin::iNode* types);
   void annotateElements(tovin::iNode* root);
-  tovin::iNode* requireElement(const CPart& part);
-  bool isOfAtomicType(const tovin::iNode* where, const tovin::WideString& typeName);
+  void requireSearchable(const CSchema& schema);
+  Definition requireElement(const CPart& part);
+  bool isOfAtomicType(const Origin& origin, const tovin::WideString& typeName);
   bool resolvePart(Style style, const CPart& part, CCustomType& type);
-  bool resolveElement(tovin::iNode* element, CCustomType& type);
-  bool resolveType(tovin::iNode* where, const tovin::WideString& typeName, CCustomType& type);
-  void build(tovin::iNode* definition, const tovin::WideString& name, CCustomType& type);
+  Definition definitionOf(const CPart& part);
+  Definition definitionOfElement(tovin::iNode* element, const tovin::WideString& space);
+  Definition definitionOfType(const Origin& origin, const tovin::WideString& typeName,
+                              const tovin::WideString& space);
+  bool resolve(const Definition& definition, CCustomType& type);
+  tovin::WideString namespaceAround(const Definition& definition);
 
   std::unique_ptr<State> state_;
 };

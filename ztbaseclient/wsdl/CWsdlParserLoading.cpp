@@ -92,25 +92,35 @@ class CWsdlParser::SchemaLoader {
     const tovin::WideString file = parser_.buildExternalSchemaFilename(wsdlFileName_, location);
     ExternalSchemaRecord record;
     record.fileName = ztFileName(file).GetCanonicalName();
-    // Held before its own references are followed, so that files which import each other come to an end.
-    if (!known_.insert(folded(record.fileName.view())).second) return;
-    if (state_.heldFiles.count(folded(record.fileName.view()))) return;
+    iNode* includer = visits_.back().schema.get();
+    if (iNode* held = rootOf(record.fileName)) {
+      if (included) state_.schemas.addInclusion(includer, held);
+      return;
+    }
     record.schemaNamespace.setUrl(attributeText(&child, L"namespace"));
     record.root = readSchemaFile(record.fileName);
-    if (included) state_.schemas.setIncluder(record.root.get(), visits_.back().schema.get());
+    // Known before its own references are followed, so that files which import each other come to an end.
+    known_.emplace(folded(record.fileName.view()), record.root);
+    if (included) state_.schemas.addInclusion(includer, record.root.get());
     visits_.push_back({record.root, 0, record, included});
+  }
+
+  // The root of a file that was read before; null if none.
+  iNode* rootOf(const tovin::WideString& file) {
+    for (const auto* files : {&known_, &state_.heldFiles}) {
+      const auto found = files->find(folded(file.view()));
+      if (found != files->end()) return found->second.get();
+    }
+    return nullptr;
   }
 
   void finish(Visit& visit) {
     ExternalSchemaRecord& record = *visit.record;
     typesNode_->appendChild(record.root.get());
     const tovin::WideString target = attributeText(record.root.get(), L"targetNamespace");
-    if (visit.included)
-      record.schemaNamespace.setUrl(nullptr);
-    else if (!target.isNull())
-      record.schemaNamespace.setUrl(target);
+    record.schemaNamespace.setUrl(visit.included ? nullptr : target.c_str());
     record.loaded = true;
-    state_.heldFiles.insert(folded(record.fileName.view()));
+    state_.heldFiles.emplace(folded(record.fileName.view()), record.root);
     state_.schemas.addFileRoot(record.root.get());
     state_.externalSchemas.add(record);
   }
@@ -120,7 +130,7 @@ class CWsdlParser::SchemaLoader {
   const wchar_t* wsdlFileName_;
   iNode* typesNode_;
   std::vector<Visit> visits_;
-  std::unordered_set<std::wstring> known_;
+  FilesByName known_;
 };
 
 void CWsdlParser::loadExternalSchemata(const wchar_t* wsdlFileName, iNode* typesNode, iNode* schemaNode) {

@@ -1,7 +1,4 @@
 // The schemas of a document, and the look-ups in them.
-#include <unordered_map>
-#include <vector>
-
 #include "tovin/iXPathParser.h"
 #include "tovinCore/Guard.h"
 #include "tovinCore/Units.h"
@@ -12,6 +9,7 @@
 
 using tovin::guarded;
 using tovin::iNode;
+using Kind = SchemaSet::Kind;
 
 namespace {
 
@@ -19,37 +17,16 @@ constexpr wchar_t requiredElements[] = L"//*[local-name()='element'][@minOccurs>
 constexpr wchar_t optionalElements[] = L"//*[local-name()='element'][@minOccurs<1]";
 constexpr wchar_t formlessElements[] = L"//*[local-name()='element'][not(@form)]";
 
-// Finds the schema around each of many nodes; together they cost one way up through the tree.
-class SchemaFinder {
- public:
-  explicit SchemaFinder(const SchemaSet& schemas) : schemas_(schemas) {}
-
-  const CWsdlParser::CSchema* around(const iNode* node) {
-    std::vector<const iNode*> way;
-    const CWsdlParser::CSchema* schema = nullptr;
-    for (; node; node = node->findParent()) {
-      const auto met = met_.find(node);
-      if (met != met_.end()) schema = met->second;
-      if (met != met_.end() || (schema = schemas_.find(node))) break;
-      way.push_back(node);
-    }
-    for (const iNode* below : way) met_[below] = schema;
-    return schema;
-  }
-
- private:
-  const SchemaSet& schemas_;
-  std::unordered_map<const iNode*, const CWsdlParser::CSchema*> met_;
-};
+const wchar_t* orEmpty(const wchar_t* text) { return text ? text : L""; }
 
 // Puts a text on each element declaration that a query selects: textFor(schema around it).
 template <class TextFor>
-void annotate(const iNode* root, const wchar_t* query, SchemaFinder& finder, const wchar_t* property,
+void annotate(const iNode* root, const wchar_t* query, const SchemaSet& schemas, const wchar_t* property,
               TextFor&& textFor) {
   tovin::NodeReferenceSet selected;
   root->query(query, tovin::iXPathParser::elements, selected);
   for (size_t i = 0; i < selected.getSize(); ++i) {
-    if (const CWsdlParser::CSchema* schema = finder.around(selected[i])) {
+    if (const CWsdlParser::CSchema* schema = schemas.enclosing(selected[i])) {
       putText(selected[i], property, textFor(*schema));
     }
   }
@@ -66,11 +43,11 @@ void markGlobal(iNode* schemaNode) {
 // One query for the whole document rather than one for each schema, whose queries would all begin at its
 // root.
 void CWsdlParser::annotateElements(iNode* root) {
-  SchemaFinder finder(state_->schemas);
-  for (const CSchema& schema : state_->schemas.schemas()) markGlobal(schema.node.get());
-  annotate(root, requiredElements, finder, L"required", [](const CSchema&) { return L"true"; });
-  annotate(root, optionalElements, finder, L"required", [](const CSchema&) { return L"false"; });
-  annotate(root, formlessElements, finder, L"form", [](const CSchema& schema) {
+  const SchemaSet& schemas = state_->schemas;
+  for (const CSchema& schema : schemas.schemas()) markGlobal(schema.node.get());
+  annotate(root, requiredElements, schemas, L"required", [](const CSchema&) { return L"true"; });
+  annotate(root, optionalElements, schemas, L"required", [](const CSchema&) { return L"false"; });
+  annotate(root, formlessElements, schemas, L"form", [](const CSchema& schema) {
     return schema.getIsElementFormQualified() ? L"qualified" : L"unqualified";
   });
 }
@@ -81,7 +58,7 @@ void CWsdlParser::buildSchemas(iNode* types) {
   for (size_t i = 0; i < nodes.getSize(); ++i) loadExternalSchemata(state_->wsdlUrl, types, nodes[i]);
   nodes.clear();
   state_->search.findNodes(types, L"schema", nodes);
-  for (size_t i = 0; i < nodes.getSize(); ++i) state_->schemas.add(requireRoot(), nodes[i]);
+  state_->schemas.addAll(nodes);
   if (nodes.getSize() > 0) annotateElements(requireRoot());
 }
 
@@ -106,15 +83,9 @@ const tovin::Array<CWsdlParser::CSchema>& CWsdlParser::GetSchemaInfo() {
 
 const CWsdlParser::CSchema& CWsdlParser::GetSchemaByTargetNS(const wchar_t* uri) {
   return guarded({ClassName, "GetSchemaByTargetNS"}, [&]() -> const CSchema& {
-    const tovin::Array<CSchema>& schemas = GetSchemaInfo();
-    for (const bool exact : {true, false}) {
-      for (const CSchema& schema : schemas) {
-        const tovin::WideString own = state_->schemas.effectiveNamespace(requireRoot(), schema.node.get());
-        const bool same = exact ? own == uri : tovin::equalFolded(own.c_str(), uri);
-        if (same) return schema;
-      }
-    }
-    throw tovin::Exception(L"Can't find schema with targetNamespace=%ls", uri);
+    GetSchemaInfo();
+    if (const CSchema* schema = state_->schemas.findFirst(state_->schemas.placeOf(uri))) return *schema;
+    throw tovin::Exception(L"Can't find schema with targetNamespace=%ls", orEmpty(uri));
   });
 }
 
@@ -123,7 +94,8 @@ const CWsdlParser::CSchema& CWsdlParser::FindSchemaContainingElement(const wchar
   return guarded({ClassName, "FindSchemaContainingElement"}, [&]() -> const CSchema& {
     GetSchemaInfo();
     const SchemaSet& schemas = state_->schemas;
-    return *schemas.enclosing(requireDeclaredElement(schemas, schemas.placeOf(uri), name ? name : L"", name));
+    return *schemas.enclosing(
+        requireDeclaredElement(schemas, schemas.placeOf(uri), orEmpty(name), orEmpty(name)));
   });
 }
 
@@ -132,14 +104,15 @@ const CWsdlParser::CSchema& CWsdlParser::FindSchemaContainingCustomType(const wc
   return guarded({ClassName, "FindSchemaContainingCustomType"}, [&]() -> const CSchema& {
     GetSchemaInfo();
     const SchemaSet& schemas = state_->schemas;
-    return *schemas.enclosing(requireDeclaredType(schemas, schemas.placeOf(uri), name ? name : L"", name));
+    return *schemas.enclosing(
+        requireDeclaredType(schemas, schemas.placeOf(uri), orEmpty(name), orEmpty(name)));
   });
 }
 
 tovin::WideString CWsdlParser::FindDefiningNamespace(const iNode* node, const wchar_t* prefix) {
   return guarded({ClassName, "FindDefiningNamespace"}, [&] {
-    const std::wstring_view wanted = prefix ? prefix : L"";
-    const tovin::WideString uri = state_->schemas.boundAt(node ? node : requireRoot(), wanted);
+    const std::wstring_view wanted = orEmpty(prefix);
+    const tovin::WideString uri = state_->schemas.boundAt(node, wanted);
     if (uri.isNull() && !wanted.empty()) throw tovin::Exception(L"Can't find namespace %ls\n", prefix);
     return uri.isNull() ? tovin::WideString(L"") : uri;
   });
@@ -148,7 +121,7 @@ tovin::WideString CWsdlParser::FindDefiningNamespace(const iNode* node, const wc
 CWsdlParser::CNamespace CWsdlParser::FindNamespaceInDefinitions(const wchar_t* prefix) {
   return guarded({ClassName, "FindNamespaceInDefinitions"}, [&] {
     CNamespace space;
-    space.name = prefix ? prefix : L"";
+    space.name = orEmpty(prefix);
     const tovin::WideString uri = declaredOn(requireRoot(), space.name.view());
     if (uri.isNull()) throw tovin::Exception(L"Can't find namespace %ls\n", space.name);
     space.setUrl(uri);
@@ -158,37 +131,50 @@ CWsdlParser::CNamespace CWsdlParser::FindNamespaceInDefinitions(const wchar_t* p
 
 tovin::WideString CWsdlParser::FindTargetNamespace(const iNode* node) {
   return guarded({ClassName, "FindTargetNamespace"}, [&] {
-    const CSchema* schema = state_->schemas.enclosing(node);
-    const tovin::WideString uri =
-        state_->schemas.effectiveNamespace(requireRoot(), schema ? schema->node.get() : nullptr);
+    requireRoot();
+    const tovin::WideString uri = state_->schemas.namespacesAround(node).front();
     return uri.isNull() ? tovin::WideString(L"") : uri;
   });
 }
 
-iNode* CWsdlParser::requireElement(const CPart& part) {
+tovin::WideString CWsdlParser::FindTargetNamespace(const CCustomType& type) {
+  return guarded({ClassName, "FindTargetNamespace(type)"}, [&] {
+    for (const tovin::WideString& uri : state_->schemas.namespacesAround(type.node.get())) {
+      CNamespace space;
+      space.setUrl(uri);
+      if (!uri.isNull() && space == type.typeNamespace) return uri;
+    }
+    return FindTargetNamespace(type.node.get());
+  });
+}
+
+CWsdlParser::Definition CWsdlParser::requireElement(const CPart& part) {
   GetSchemaInfo();
   const QualifiedName name(part.element);
   if (!name.wellFormed) throw tovin::Exception(L"Can't understand custom type: \"%ls\"", name.text);
-  const iNode* where = part.node ? part.node.get() : requireRoot();
-  const SchemaSet::Place place = state_->schemas.placeOf(where, name);
-  return requireDeclaredElement(state_->schemas, place, name.local, name.text);
+  const SchemaSet::Place place = state_->schemas.placeOf(Origin::of(part), name);
+  return {requireDeclaredElement(state_->schemas, place, name.local, name.text), place.uri, {}};
 }
 
 CWsdlParser::CElement CWsdlParser::GetSchemaElement_Doc(const CPart& part) {
   return guarded({ClassName, "GetSchemaElement_Doc"},
-                 [&] { return elementValue(state_->schemas, requireElement(part)); });
+                 [&] { return elementValue(state_->schemas, requireElement(part).node); });
 }
 
 const CWsdlParser::CSchema& CWsdlParser::GetSchemaForPartDoc(const CPart& part) {
   return guarded({ClassName, "GetSchemaForPartDoc"},
-                 [&]() -> const CSchema& { return *state_->schemas.enclosing(requireElement(part)); });
+                 [&]() -> const CSchema& { return *state_->schemas.enclosing(requireElement(part).node); });
 }
 
 CWsdlParser::CElement CWsdlParser::GetMatchingSchemaElementDoc(const CSchema& schema, const wchar_t* name) {
   return guarded({ClassName, "GetMatchingSchemaElementDoc"}, [&] {
-    if (!schema.node) throw tovin::Exception(L"Cannot dereference a NULL pointer");
     const QualifiedName wanted{tovin::WideString(name)};
-    const SchemaSet::Place place = state_->schemas.placeOf(schema);
-    return elementValue(state_->schemas, requireDeclaredElement(state_->schemas, place, wanted.local, name));
+    requireSearchable(schema);
+    iNode* element = state_->schemas.findIn(schema, {Kind::element}, wanted.local);
+    if (!element) {
+      throw tovin::Exception(L"Cannot find a schema with targetNamespace = %ls and element = %ls",
+                             findAttrVal(schema.node.get(), L"targetNamespace"), orEmpty(name));
+    }
+    return elementValue(state_->schemas, element);
   });
 }

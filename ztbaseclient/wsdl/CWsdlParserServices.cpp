@@ -1,6 +1,7 @@
 // Services, ports, bindings, operations and messages.
 #include <string>
 #include <unordered_map>
+#include <unordered_set>
 #include <vector>
 
 #include "tovinCore/Guard.h"
@@ -133,12 +134,12 @@ void CWsdlParser::GetDefinitionsInfo(tovin::WideString& targetNamespace) {
 
 // The namespace of the SOAP 1.2 binding contains that of SOAP 1.1, so its prefixes are among them.
 void CWsdlParser::recordSoapPrefixes(const iNode* definitions) {
-  tovin::Array<tovin::WideString>& prefixes = state_->search.soapPrefixes();
-  prefixes.clear();
+  NodeSearch& search = state_->search;
+  search.clearSoapPrefixes();
   forDeclarations(definitions, [&](std::wstring_view prefix, const tovin::WideString& uri) {
-    if (contains(uri, wsdlnamespaces::WsdlSoap11)) prefixes.add(tovin::WideString(prefix));
+    if (contains(uri, wsdlnamespaces::WsdlSoap11)) search.addSoapPrefix(prefix);
   });
-  if (prefixes.isEmpty()) prefixes.add(L"soap");
+  if (!search.hasSoapPrefixes()) search.addSoapPrefix(L"soap");
 }
 
 void CWsdlParser::GetServiceInfo(tovin::WideString& serviceName, tovin::Array<CPort>& ports) {
@@ -149,29 +150,32 @@ void CWsdlParser::GetServiceInfo(tovin::WideString& serviceName, tovin::Array<CP
     ports.clear();
     tovin::NodeReferenceSet nodes;
     state_->search.findNodes(service, L"port", nodes);
-    for (size_t i = 0; i < nodes.getSize(); ++i) readPort(nodes[i], ports);
+    state_->shared.start();
+    std::unordered_set<std::wstring> bindings;
+    for (size_t i = 0; i < nodes.getSize(); ++i) readPort(nodes[i], ports, bindings);
     if (ports.isEmpty()) {
       throw tovin::Exception("Unable to find soap addresses. This WSDL may not have soap methods.");
     }
   });
 }
 
-void CWsdlParser::readPort(iNode* node, tovin::Array<CPort>& ports) {
+// The port is there before its binding is read: a binding that cannot be read leaves it without one.
+void CWsdlParser::readPort(iNode* node, tovin::Array<CPort>& ports,
+                           std::unordered_set<std::wstring>& bindings) {
   const tovin::NodeReferenceSet addresses = findAddresses(state_->search, node);
   if (addresses.isEmpty()) return;
   const tovin::WideString binding = findAttrVal(node, L"binding");
   const tovin::WideString name = findAttrVal(node, L"name");
-  if (!IsNewBinding(binding, ports)) {
+  if (!bindings.insert(folded(binding.view())).second) {
     tovin::Exception::warn(L"ignoring port %ls with shared binding %ls", name, binding);
     return;
   }
-  CPort port;
+  CPort& port = ports.add(CPort());
   port.node = tovin::Ptr<iNode>(node);
   port.name = name;
   port.soap11OrHttp = isSoap11OrHttp(requireRoot(), addresses[0]);
   port.address = findAttrVal(addresses[0], L"location");
   GetBindingInfo(binding, port);
-  ports.add(std::move(port));
 }
 
 bool CWsdlParser::IsNewBinding(const wchar_t* bindingName, const tovin::Array<CPort>& ports) {
@@ -184,7 +188,7 @@ bool CWsdlParser::IsNewBinding(const wchar_t* bindingName, const tovin::Array<CP
 void CWsdlParser::GetBindingInfo(const wchar_t* bindingName, CPort& port) {
   guarded({ClassName, "GetBindingInfo()"}, [&] {
     iNode* node = findDefinition(L"binding", bindingName);
-    if (!node) throw tovin::Exception(L"Can't find binding %ls", bindingName);
+    if (!node) throw tovin::Exception(L"Can't find binding %ls", bindingName ? bindingName : L"");
     CBinding& binding = port.binding;
     binding.node = tovin::Ptr<iNode>(node);
     binding.name = tovin::WideString(bindingName);
@@ -196,6 +200,8 @@ void CWsdlParser::GetBindingInfo(const wchar_t* bindingName, CPort& port) {
     binding.operations.clear();
     tovin::NodeReferenceSet operations;
     state_->search.findNodes(node, L"operation", operations);
+    const size_t texts = port.name.getLength() + port.address.getLength() + binding.type.getLength();
+    state_->shared.add(node, operations.getSize(), operations.getSize() * texts, binding.name);
     for (size_t i = 0; i < operations.getSize(); ++i) {
       binding.operations.add(readOperation(state_->search, port, operations[i]));
     }
@@ -210,6 +216,7 @@ void CWsdlParser::GetOperationInfoFromPortType(const tovin::WideString& portType
     tovin::NodeReferenceSet nodes;
     state_->search.findNodes(portType, L"operation", nodes);
     UnpairedOperations unpaired(operations);
+    state_->shared.start();
     for (size_t i = 0; i < nodes.getSize(); ++i) {
       COperation& operation = unpaired.take(findAttrVal(nodes[i], L"name"));
       pair(operation, nodes[i]);
@@ -224,6 +231,7 @@ void CWsdlParser::readMessage(const wchar_t* direction, tovin::WideString& name,
   const iNode* node = state_->search.findNode(operation.node.get(), direction);
   if (!node) return;
   GetMessageInfo(findAttrVal(node, L"message"), message);
+  state_->shared.add(message.node.get(), message.parts.getSize(), message.name.getLength(), message.name);
   name = findAttrVal(node, L"name");
 }
 
@@ -257,9 +265,11 @@ bool CWsdlParser::FindOperation(const wchar_t* portTypeName, const wchar_t* oper
     GetServiceInfo(text, ports);
     const bool anyMessages = !inputMessageName && !outputMessageName;
     for (CPort& port : ports) {
-      GetOperationInfoFromPortType(port.binding.type, port.binding.operations);
+      tovin::Array<COperation> operations;  // with their messages only as long as they are looked at
+      std::swap(operations, port.binding.operations);
+      GetOperationInfoFromPortType(port.binding.type, operations);
       if (!fits(port.binding.type, portTypeName)) continue;
-      for (const COperation& candidate : port.binding.operations) {
+      for (const COperation& candidate : operations) {
         if (!fits(candidate.name, operationName)) continue;
         if (!anyMessages &&
             !(fits(candidate.input.name, inputMessageName) && fits(candidate.output.name, outputMessageName)))

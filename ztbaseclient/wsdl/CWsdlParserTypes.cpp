@@ -29,8 +29,8 @@ bool isElement(const CWsdlParser::CElement& element) {
   return element.node && isNamed(element.node.get(), L"element");
 }
 
-tovin::WideString localName(const tovin::WideString& name) {
-  return tovin::WideString(QualifiedName(name).local);
+iNode* findType(const SchemaSet& schemas, const CWsdlParser::CSchema& schema, const tovin::WideString& name) {
+  return schemas.findIn(schema, {Kind::complexType, Kind::simpleType}, QualifiedName(name).local);
 }
 
 }  // namespace
@@ -48,29 +48,26 @@ bool CWsdlParser::isInAtomicTypeList(const wchar_t* localName) {
   return false;
 }
 
-bool CWsdlParser::isOfAtomicType(const iNode* where, const tovin::WideString& typeName) {
+bool CWsdlParser::isOfAtomicType(const Origin& origin, const tovin::WideString& typeName) {
   const QualifiedName name(typeName);
   if (!name.wellFormed) return false;
-  return isOfBuiltInTypes(state_->schemas.boundAt(where, name.prefix)) &&
+  return isOfBuiltInTypes(state_->schemas.boundAt(origin, name.prefix)) &&
          isInAtomicTypeList(name.local.c_str());
 }
 
 // The text of a member whose type is written inside it is no reference.
 bool CWsdlParser::IsOfAtomicType(const CElement& element, Style) {
   return guarded({ClassName, "IsOfAtomicType"}, [&] {
-    const iNode* where = element.node ? element.node.get() : requireRoot();
-    if (isElement(element) && attributeText(where, L"type").isEmpty()) return false;
-    return isOfAtomicType(where, element.type);
+    if (isElement(element) && attributeText(element.node.get(), L"type").isEmpty()) return false;
+    return isOfAtomicType(Origin::of(element), element.type);
   });
 }
 
 bool CWsdlParser::IsOfAtomicType(const CPart& part) {
   return guarded({ClassName, "IsOfAtomicType"}, [&] {
-    if (!part.element.isEmpty()) {
-      const iNode* element = requireElement(part);
-      return isOfAtomicType(element, attributeText(element, L"type"));
-    }
-    return isOfAtomicType(part.node ? part.node.get() : requireRoot(), part.type);
+    if (part.element.isEmpty()) return isOfAtomicType(Origin::of(part), part.type);
+    const iNode* element = requireElement(part).node;
+    return isOfAtomicType(element, attributeText(element, L"type"));
   });
 }
 
@@ -84,84 +81,115 @@ bool CWsdlParser::GetCustomTypeInfoDoc(const CPart& part, CCustomType& type) {
 
 bool CWsdlParser::resolvePart(Style style, const CPart& part, CCustomType& type) {
   state_->style = style;
-  if (!part.element.isEmpty()) return resolveElement(requireElement(part), type);
-  return resolveType(part.node ? part.node.get() : requireRoot(), part.type, type);
+  return resolve(definitionOf(part), type);
 }
 
 bool CWsdlParser::GetElementsCustomType(const CElement& element, CCustomType& type) {
   return guarded({ClassName, "GetElementsCustomType"}, [&] {
-    if (isElement(element)) return resolveElement(element.node.get(), type);
-    return resolveType(element.node ? element.node.get() : requireRoot(), element.type, type);
+    if (isElement(element)) return resolve(definitionOfElement(element.node.get(), {}), type);
+    return resolve(definitionOfType(Origin::of(element), element.type, {}), type);
   });
+}
+
+iNode* CWsdlParser::FindTypeDefinition(const CPart& part, CNamespace& typeNamespace) {
+  return guarded({ClassName, "FindTypeDefinition"}, [&] {
+    const Definition definition = definitionOf(part);
+    typeNamespace.setUrl(definition.node ? namespaceAround(definition) : definition.space);
+    return definition.node;
+  });
+}
+
+CWsdlParser::Definition CWsdlParser::definitionOf(const CPart& part) {
+  if (part.element.isEmpty()) return definitionOfType(Origin::of(part), part.type, {});
+  const Definition element = requireElement(part);
+  return definitionOfElement(element.node, element.space);
 }
 
 // The type that an element names, else the one that is written inside it; with neither it is a structure
 // without members.
-bool CWsdlParser::resolveElement(iNode* element, CCustomType& type) {
+CWsdlParser::Definition CWsdlParser::definitionOfElement(iNode* element, const tovin::WideString& space) {
   const tovin::WideString typeName = attributeText(element, L"type");
-  if (!typeName.isEmpty()) return resolveType(element, typeName, type);
+  if (!typeName.isEmpty()) return definitionOfType(element, typeName, space);
   iNode* inside = childNamed(element, L"complexType");
   if (!inside) inside = childNamed(element, L"simpleType");
-  build(inside ? inside : element, findAttrVal(element, L"name"), type);
-  return true;
+  return {inside ? inside : element, space, findAttrVal(element, L"name")};
 }
 
-bool CWsdlParser::resolveType(iNode* where, const tovin::WideString& typeName, CCustomType& type) {
+CWsdlParser::Definition CWsdlParser::definitionOfType(const Origin& origin, const tovin::WideString& typeName,
+                                                      const tovin::WideString& space) {
   tovin::WideString text = typeName.isNull() ? tovin::WideString(L"") : typeName;
   StripArrayFromTypeName(text);
   const QualifiedName name(text);
   if (!name.wellFormed) throw tovin::Exception(L"Can't understand custom type: \"%ls\"", text);
-  const tovin::WideString uri = state_->schemas.namespaceOf(where, name);
+  const tovin::WideString uri = state_->schemas.namespaceOf(origin, name);
   if (isOfBuiltInTypes(uri)) {
     if (!isInAtomicTypeList(name.local.c_str())) {
       throw tovin::Exception(L"Can't understand custom type: \"%ls\"", text);
     }
-    type = CCustomType();
-    type.name = state_->lastAtomicType;
-    type.kind = KindSimple;
-    type.typeNamespace.setUrl(uri);
-    return false;
+    return {nullptr, uri, state_->lastAtomicType};
   }
   if (GetSchemaInfo().isEmpty()) {
     throw tovin::Exception(L"Can't find <schema> node in wsdl, needed for definition of type %ls", text);
   }
-  const SchemaSet::Place place = state_->schemas.placeOf(where, name);
+  const SchemaSet::Place place = state_->schemas.placeOf(origin, name);
   iNode* definition = requireDeclaredType(state_->schemas, place, name.local, text);
-  build(definition, attributeText(definition, L"name"), type);
+  return {definition, place.uri.isNull() ? space : place.uri, attributeText(definition, L"name")};
+}
+
+bool CWsdlParser::resolve(const Definition& definition, CCustomType& type) {
+  CCustomType built;
+  if (!definition.node) {
+    built.name = definition.name;
+    built.kind = KindSimple;
+    built.typeNamespace.setUrl(definition.space);
+    type = std::move(built);
+    return false;
+  }
+  const bool arrays = state_->style == RPC || state_->backwardCompatible;
+  if (state_->root) GetSchemaInfo();
+  if (!state_->types) state_->types = std::make_unique<TypeBuilder>(state_->schemas);
+  built = state_->types->build(definition.node, definition.name, arrays);
+  const tovin::WideString uri = namespaceAround(definition);
+  if (uri.isEmpty()) throw tovin::Exception(L"Can't find target namespace for type %ls", definition.name);
+  built.typeNamespace.setUrl(uri);
+  if (const CSchema* schema = state_->schemas.enclosing(definition.node)) built.schema = *schema;
+  type = std::move(built);
   return true;
 }
 
-void CWsdlParser::build(iNode* definition, const tovin::WideString& name, CCustomType& type) {
-  const bool arrays = state_->style == RPC || state_->backwardCompatible;
-  CCustomType built = TypeBuilder(state_->schemas, arrays).build(definition, name);
-  const tovin::WideString uri = FindTargetNamespace(definition);
-  if (uri.isEmpty()) throw tovin::Exception(L"Can't find target namespace for type %ls", name);
-  built.typeNamespace.setUrl(uri);
-  if (const CSchema* schema = state_->schemas.enclosing(definition)) built.schema = *schema;
-  type = std::move(built);
+// The namespace that the definition was asked for in, where it belongs to that one among others.
+tovin::WideString CWsdlParser::namespaceAround(const Definition& definition) {
+  const std::vector<tovin::WideString> spaces = state_->schemas.namespacesAround(definition.node);
+  for (const tovin::WideString& space : spaces) {
+    if (tovin::equalFolded(space.c_str(), definition.space.c_str())) return space;
+  }
+  return spaces.front();
+}
+
+// Before a schema is searched: it may have been kept from a document that is gone.
+void CWsdlParser::requireSearchable(const CSchema& schema) {
+  if (!schema.node) throw tovin::Exception(L"Cannot dereference a NULL pointer");
+  if (state_->root) GetSchemaInfo();
 }
 
 void CWsdlParser::GetCustomTypeOutOfSchema(const CSchema& schema, const tovin::WideString& typeName,
                                            CCustomType& type) {
   guarded({ClassName, "GetCustomTypeOutOfSchema"}, [&] {
-    if (!schema.node) throw tovin::Exception(L"Cannot dereference a NULL pointer");
-    tovin::WideString text(typeName);
+    tovin::WideString text = typeName.isNull() ? tovin::WideString(L"") : typeName;
     StripArrayFromTypeName(text);
-    const SchemaSet::Place place = state_->schemas.placeOf(schema);
-    const tovin::WideString local = localName(text);
-    iNode* definition = state_->schemas.find(place, {Kind::complexType, Kind::simpleType}, local.view());
+    requireSearchable(schema);
+    iNode* definition = findType(state_->schemas, schema, text);
     if (!definition) throw tovin::Exception(L"Unknown node type defines type with name %ls", text);
-    build(definition, attributeText(definition, L"name"), type);
+    resolve({definition, {}, attributeText(definition, L"name")}, type);
+    type.schema = schema;
   });
 }
 
 bool CWsdlParser::IsCustomTypeInSchema(const CSchema& schema, tovin::WideString& typeName) {
   return guarded({ClassName, "IsCustomTypeInSchema"}, [&] {
-    if (!schema.node) throw tovin::Exception(L"Cannot dereference a NULL pointer");
+    requireSearchable(schema);
     StripArrayFromTypeName(typeName);
-    const SchemaSet::Place place = state_->schemas.placeOf(schema);
-    const tovin::WideString local = localName(typeName);
-    return state_->schemas.find(place, {Kind::complexType, Kind::simpleType}, local.view()) != nullptr;
+    return findType(state_->schemas, schema, typeName) != nullptr;
   });
 }
 
@@ -184,11 +212,10 @@ void CWsdlParser::StripArrayFromTypeName(tovin::WideString& typeName) {
 
 tovin::WideString CWsdlParser::FindTypeNamespace(const CElement& element) {
   return guarded({ClassName, "FindTypeNamespace"}, [&] {
-    const iNode* where = element.node ? element.node.get() : requireRoot();
-    const bool refers = !isElement(element) || !attributeText(where, L"type").isEmpty();
+    const bool refers = !isElement(element) || !attributeText(element.node.get(), L"type").isEmpty();
     const QualifiedName type(element.type);
-    const tovin::WideString uri =
-        refers && type.wellFormed ? state_->schemas.boundAt(where, type.prefix) : tovin::WideString();
+    if (!refers || !type.wellFormed) return tovin::WideString(L"");
+    const tovin::WideString uri = state_->schemas.boundAt(Origin::of(element), type.prefix);
     return uri.isNull() ? tovin::WideString(L"") : uri;
   });
 }

@@ -1,16 +1,11 @@
 #include "ztbaseclient/wsdl/Declarations.h"
 
-namespace {
-
-constexpr std::wstring_view blanks = L" \t\r\n";
-
 std::wstring_view trimmed(std::wstring_view text) {
+  constexpr std::wstring_view blanks = L" \t\r\n";
   const size_t from = text.find_first_not_of(blanks);
   if (from == std::wstring_view::npos) return {};
   return text.substr(from, text.find_last_not_of(blanks) + 1 - from);
 }
-
-}  // namespace
 
 tovin::Array<CWsdlParser::CNamespace> declarationsOn(const tovin::iNode* node) {
   tovin::Array<CWsdlParser::CNamespace> found;

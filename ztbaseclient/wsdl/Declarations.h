@@ -25,6 +25,9 @@ tovin::Array<CWsdlParser::CNamespace> declarationsOn(const tovin::iNode* node);
 /// What a node itself binds the prefix to, no prefix being the default namespace; null if nothing.
 tovin::WideString declaredOn(const tovin::iNode* node, std::wstring_view prefix);
 
+/// Without XML's blanks at its ends.
+std::wstring_view trimmed(std::wstring_view text);
+
 /// A reference to a type, element or group as an attribute writes it.
 struct QualifiedName {
   explicit QualifiedName(const tovin::WideString& written);

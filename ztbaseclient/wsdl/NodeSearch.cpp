@@ -22,11 +22,10 @@ NameParts::NameParts(std::wstring_view name) {
   local = hasPrefix ? name.substr(colon + 1) : name;
 }
 
+void NodeSearch::addSoapPrefix(std::wstring_view prefix) { soapPrefixes_.insert(folded(prefix)); }
+
 bool NodeSearch::isSoapPrefix(std::wstring_view prefix) const {
-  for (const tovin::WideString& known : soapPrefixes_) {
-    if (tovin::equalFolded(known.view(), prefix)) return true;
-  }
-  return false;
+  return soapPrefixes_.count(folded(prefix)) != 0;
 }
 
 bool NodeSearch::Equals_NS(const wchar_t* documentName, const wchar_t* name, NameMode mode) const {
@@ -34,7 +33,8 @@ bool NodeSearch::Equals_NS(const wchar_t* documentName, const wchar_t* name, Nam
   const NameParts b(viewOf(name));
   if (mode == NameMode::plain) return tovin::equalFolded(a.local, b.local);
   if (!holdsToken(documentName) && !holdsToken(name)) {
-    throw tovin::Exception(L"Invalid namespace comparison between '%ls' == '%ls'", documentName, name);
+    throw tovin::Exception(L"Invalid namespace comparison between '%ls' == '%ls'",
+                           std::wstring(viewOf(documentName)), std::wstring(viewOf(name)));
   }
   return tovin::equalFolded(a.local, b.local) && isSoapPrefix(holdsToken(name) ? a.prefix : b.prefix);
 }

@@ -3,6 +3,7 @@
 #include <string>
 #include <string_view>
 #include <unordered_map>
+#include <unordered_set>
 #include <vector>
 
 #include "tovin/Array.h"
@@ -29,7 +30,9 @@ class NodeSearch {
   static constexpr wchar_t Token[] = L"_WSDLSOAPNS_";
 
   /// The prefixes that the token stands for.
-  tovin::Array<tovin::WideString>& soapPrefixes() noexcept { return soapPrefixes_; }
+  void addSoapPrefix(std::wstring_view prefix);
+  bool hasSoapPrefixes() const noexcept { return !soapPrefixes_.empty(); }
+  void clearSoapPrefixes() noexcept { soapPrefixes_.clear(); }
 
   /// In token mode "Invalid namespace comparison between '%ls' == '%ls'" when neither name holds the token.
   bool Equals_NS(const wchar_t* documentName, const wchar_t* name, NameMode mode) const;
@@ -42,7 +45,8 @@ class NodeSearch {
  private:
   bool isSoapPrefix(std::wstring_view prefix) const;
 
-  tovin::Array<tovin::WideString> soapPrefixes_;
+  // Folded.
+  std::unordered_set<std::wstring> soapPrefixes_;
 };
 
 /// The first attribute whose local name matches; null if none.

@@ -43,6 +43,19 @@ CWsdlParser::CElement repeatedElement(const Member& member) {
   return element;
 }
 
+// The message of the exception that a body ends with; nothing when it ends well.
+template <class Body>
+std::optional<std::wstring> faultOf(Body&& body) {
+  try {
+    body();
+    return std::nullopt;
+  } catch (const tovin::MemoryException&) {
+    throw;
+  } catch (const tovin::Exception& e) {
+    return e.getMessage();
+  }
+}
+
 [[noreturn]] void refuseSimpleContent(const iNode* node) {
   throw tovin::Exception(L"<simpleType> with <%ls> types or restriction is not supported.", node->getName());
 }
@@ -51,7 +64,7 @@ CWsdlParser::CElement repeatedElement(const Member& member) {
 
 iNode* requireDeclaredType(const SchemaSet& schemas, const SchemaSet::Place& place, std::wstring_view name,
                            const wchar_t* text) {
-  if (!schemas.exists(place)) {
+  if (!schemas.findFirst(place)) {
     throw tovin::Exception(L"Can't find schema with targetNamespace=%ls", orEmpty(place.uri));
   }
   iNode* definition = schemas.find(place, {Kind::complexType, Kind::simpleType}, name);
@@ -64,7 +77,7 @@ iNode* requireDeclaredType(const SchemaSet& schemas, const SchemaSet::Place& pla
 
 iNode* requireDeclaredElement(const SchemaSet& schemas, const SchemaSet::Place& place, std::wstring_view name,
                               const wchar_t* text) {
-  if (!schemas.exists(place)) {
+  if (!schemas.findFirst(place)) {
     throw tovin::Exception(L"Can't find schema with targetNamespace=%ls", orEmpty(place.uri));
   }
   iNode* element = schemas.find(place, {Kind::element}, name);
@@ -75,10 +88,11 @@ iNode* requireDeclaredElement(const SchemaSet& schemas, const SchemaSet::Place& 
   return element;
 }
 
-CCustomType TypeBuilder::build(iNode* definition, const tovin::WideString& name) {
+CCustomType TypeBuilder::build(iNode* definition, const tovin::WideString& name, bool arrays) {
   type_ = CCustomType();
   type_.node = tovin::Ptr<iNode>(definition);
   type_.name = name;
+  arrays_ = arrays;
   if (isNamed(definition, L"simpleType"))
     processSimpleType(definition);
   else
@@ -93,33 +107,97 @@ void TypeBuilder::processComplexType(iNode* definition) {
     type_.kind = CWsdlParser::KindSimple;
     return;
   }
-  const std::vector<Level> levels = levelsOf(definition);
-  MemberCollector collector(schemas_, type_.name);
-  std::vector<Member> members;
-  for (size_t i = levels.size(); i > 0; --i) {
-    const Level& level = levels[i - 1];
-    refuseAttributes(level.content);
-    if (level.isArray)
-      members.push_back(arrayItem(level.content));
-    else
-      collector.collect(level.content, members);
+  Known& known = require(definition);
+  if (known.fault) throw tovin::Exception(known.fault->c_str());
+  if (!known.counted) countBorrowed(known.inheritedCount, type_.name);
+  known.counted = true;
+  if (isNamed(known.level.content, L"extension")) {
+    type_.superClass = orEmpty(attributeText(known.level.content, L"base"));
+  }
+  std::vector<const Known*> types;
+  for (const Known* type = &known; type; type = type->inherited) types.push_back(type);
+  std::vector<const Member*> members;
+  for (size_t i = types.size(); i > 0; --i) {
+    for (const Member& member : types[i - 1]->members) members.push_back(&member);
   }
   processMembers(members);
 }
 
-// The type and the types that it extends, itself first.
-std::vector<TypeBuilder::Level> TypeBuilder::levelsOf(iNode* definition) {
-  std::vector<Level> levels;
-  std::unordered_set<const iNode*> met;
-  for (iNode* type = definition; type; type = levels.back().base) {
-    // A type that inherits from itself has no end.
-    if (!met.insert(type).second) refuse(attributeText(levels.back().content, L"base"));
-    levels.push_back(levelOf(type));
-    if (type == definition && isNamed(levels.back().content, L"extension")) {
-      type_.superClass = orEmpty(attributeText(levels.back().content, L"base"));
-    }
+// Types that inherit from one another, or open the same groups, multiply: no real document comes near this.
+void TypeBuilder::countBorrowed(size_t count, const tovin::WideString& name) {
+  constexpr size_t mostBorrowed = 500'000;
+  if (count > mostBorrowed - borrowed_) {
+    throw tovin::Exception(L"Too many members are inherited or come out of groups, at type %ls", name);
   }
-  return levels;
+  borrowed_ += count;
+}
+
+// Reads the type and those that it extends, as far as they are not known.
+TypeBuilder::Known& TypeBuilder::require(iNode* definition) {
+  const auto found = known_.find(definition);
+  if (found != known_.end()) return found->second;
+  Levels levels;
+  const auto fault = findLevels(definition, levels);
+  if (fault) {
+    for (const auto& [type, level] : levels) learn(type, level, fault);
+  }
+  const iNode* last = levels.back().second.base;
+  if (!fault && last && !known_.count(last)) learnCircle(levels, last);
+  for (size_t i = levels.size(); i > 0; --i) {
+    const auto& [type, level] = levels[i - 1];
+    if (!known_.count(type)) learn(type, level, std::nullopt);
+  }
+  return known_.at(definition);
+}
+
+// The types outward up to one that is known or met again; the last one may have a fault.
+std::optional<std::wstring> TypeBuilder::findLevels(iNode* definition, Levels& levels) const {
+  std::unordered_set<const iNode*> met;
+  for (iNode* type = definition; type && !known_.count(type); type = levels.back().second.base) {
+    if (!met.insert(type).second) break;
+    levels.emplace_back(type, Level());
+    const auto fault = faultOf([&] { levels.back().second = levelOf(type); });
+    if (fault) return fault;
+  }
+  return std::nullopt;
+}
+
+// A type that inherits from itself has no end: each is told the name that leads back to where it was met
+// first.
+void TypeBuilder::learnCircle(const Levels& levels, const iNode* entry) {
+  bool inside = false;
+  for (size_t i = 0; i < levels.size(); ++i) {
+    const Level& back = inside ? levels[i - 1].second : levels.back().second;
+    inside = inside || levels[i].first == entry;
+    learn(levels[i].first, levels[i].second, faultOf([&] { refuse(attributeText(back.content, L"base")); }));
+  }
+}
+
+void TypeBuilder::learn(iNode* definition, const Level& level, const std::optional<std::wstring>& fault) {
+  Known known;
+  known.definition = tovin::Ptr<iNode>(definition);
+  known.level = level;
+  known.fault = fault;
+  if (level.base && !fault) {
+    const Known& base = known_.at(level.base);
+    known.fault = base.fault;
+    known.inherited = base.members.empty() ? base.inherited : &base;
+    known.inheritedCount = base.members.size() + base.inheritedCount;
+  }
+  const bool asked = type_.node.get() == definition;
+  const tovin::WideString name = asked ? type_.name : orEmpty(attributeText(definition, L"name"));
+  if (!known.fault) known.fault = faultOf([&] { readMembers(known, name); });
+  known_.emplace(definition, std::move(known));
+}
+
+void TypeBuilder::readMembers(Known& known, const tovin::WideString& name) {
+  iNode* content = known.level.content;
+  refuseAttributes(content);
+  MemberCollector collector(schemas_, name);
+  std::vector<Member> members = collector.collect(content);
+  countBorrowed(collector.opened(), name);
+  if (known.level.isArray) members = {arrayItem(content, std::move(members))};
+  known.members = std::move(members);
 }
 
 TypeBuilder::Level TypeBuilder::levelOf(iNode* type) const {
@@ -178,9 +256,7 @@ void TypeBuilder::refuseAttributes(iNode* content) const {
 }
 
 // The element that the array declares, else one of the type that its attribute "arrayType" names.
-Member TypeBuilder::arrayItem(iNode* restriction) const {
-  std::vector<Member> members;
-  MemberCollector(schemas_, type_.name).collect(restriction, members);
+Member TypeBuilder::arrayItem(iNode* restriction, std::vector<Member> members) const {
   if (members.empty()) {
     forChildren(restriction, [&](iNode* child) {
       const tovin::WideString type =
@@ -199,21 +275,20 @@ Member TypeBuilder::arrayItem(iNode* restriction) const {
 }
 
 // A type whose only member repeats is the wrapper of an array.
-void TypeBuilder::processMembers(std::vector<Member>& members) {
-  if (members.size() == 1 && members.front().repeats) return processArrayType(members.front());
+void TypeBuilder::processMembers(const std::vector<const Member*>& members) {
+  if (members.size() == 1 && members.front()->repeats) return processArrayType(*members.front());
   type_.kind = CWsdlParser::KindComplex;
   type_.elements.reserve(members.size());
-  for (const Member& member : members) type_.elements.add(repeatedElement(member));
+  for (const Member* member : members) type_.elements.add(repeatedElement(*member));
 }
 
 // As an array it has an item, which is there by its nature; as a structure it has a member with its own
 // bounds.
-void TypeBuilder::processArrayType(Member& item) {
+void TypeBuilder::processArrayType(const Member& item) {
   type_.kind = arrays_ ? CWsdlParser::KindArray : CWsdlParser::KindComplex;
   if (!arrays_) return static_cast<void>(type_.elements.add(repeatedElement(item)));
-  item.element.required = true;
   type_.itemName = item.element.name;
-  type_.elements.add(item.element);
+  type_.elements.add(item.element).required = true;
 }
 
 void TypeBuilder::processSimpleType(iNode* definition) {

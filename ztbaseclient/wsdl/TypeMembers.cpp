@@ -1,7 +1,9 @@
 #include "ztbaseclient/wsdl/TypeMembers.h"
 
 #include <algorithm>
+#include <optional>
 
+#include "tovin/xpath/XPathNumbers.h"
 #include "tovinCore/Units.h"
 
 using tovin::iNode;
@@ -16,8 +18,22 @@ bool isModel(const iNode* node) {
   return isNamed(node, L"sequence") || isNamed(node, L"all") || isNamed(node, L"choice");
 }
 
+// The significant digits of a whole number; nothing when it is none.
+std::optional<std::wstring_view> digitsOf(std::wstring_view text) {
+  if (text.starts_with(L'+')) text.remove_prefix(1);
+  if (text.empty() || text.find_first_not_of(L"0123456789") != std::wstring_view::npos) return std::nullopt;
+  return text.substr(std::min(text.find_first_not_of(L'0'), text.size()));
+}
+
+bool mayOccur(const iNode* particle) {
+  const tovin::WideString most = attributeText(particle, L"maxOccurs");
+  return digitsOf(trimmed(most.view())) != L"";
+}
+
 bool isParticle(const iNode* node) {
-  return isModel(node) || isNamed(node, L"element") || isNamed(node, L"group") || isNamed(node, L"any");
+  const bool particle =
+      isModel(node) || isNamed(node, L"element") || isNamed(node, L"group") || isNamed(node, L"any");
+  return particle && mayOccur(node);
 }
 
 bool areAlternatives(iNode* model) {
@@ -25,16 +41,6 @@ bool areAlternatives(iNode* model) {
   size_t particles = 0;
   forChildren(model, [&](const iNode* child) { particles += isParticle(child); });
   return particles > 1;
-}
-
-// The significant digits of a bound; null when it is no number.
-bool digitsOf(std::wstring_view text, std::wstring_view& digits) {
-  const size_t from = text.find_first_not_of(L" \t\r\n");
-  if (from == std::wstring_view::npos) return false;
-  digits = text.substr(from, text.find_last_not_of(L" \t\r\n") + 1 - from);
-  if (digits.find_first_not_of(L"0123456789") != std::wstring_view::npos) return false;
-  digits.remove_prefix(std::min(digits.find_first_not_of(L'0'), digits.size()));
-  return true;
 }
 
 tovin::WideString typeText(iNode* element, const tovin::WideString& name) {
@@ -68,15 +74,14 @@ iNode* childNamed(iNode* node, std::wstring_view localName) {
 
 bool mayRepeat(const iNode* particle) {
   const tovin::WideString most = attributeText(particle, L"maxOccurs");
-  if (tovin::equalFolded(most.view(), std::wstring_view(L"unbounded"))) return true;
-  std::wstring_view digits;
-  return digitsOf(most.view(), digits) && (digits.size() > 1 || digits > L"1");
+  const std::wstring_view bound = trimmed(most.view());
+  if (tovin::equalFolded(bound, std::wstring_view(L"unbounded"))) return true;
+  const auto digits = digitsOf(bound);
+  return digits && (digits->size() > 1 || *digits > L"1");
 }
 
 bool mayBeMissing(const iNode* particle) {
-  const tovin::WideString least = attributeText(particle, L"minOccurs");
-  std::wstring_view digits;
-  return digitsOf(least.view(), digits) && digits.empty();
+  return tovin::xpath::textToNumber(attributeText(particle, L"minOccurs").view()) < 1;
 }
 
 void placeAt(const SchemaSet& schemas, CWsdlParser::CElement& element, iNode* node) {
@@ -94,9 +99,8 @@ CWsdlParser::CElement elementValue(const SchemaSet& schemas, iNode* node) {
   return element;
 }
 
-void MemberCollector::collect(iNode* content, std::vector<Member>& members) {
-  members_ = &members;
-  models_.push_back({content, 0, false, false, false});
+std::vector<Member> MemberCollector::collect(iNode* content) {
+  open(content, false, false);
   while (!models_.empty()) {
     Model& model = models_.back();
     if (model.next < model.node->getNumberOfChildren()) {
@@ -107,14 +111,19 @@ void MemberCollector::collect(iNode* content, std::vector<Member>& members) {
       models_.pop_back();
     }
   }
+  return std::move(members_);
+}
+
+void MemberCollector::open(iNode* model, bool repeats, bool optional, bool isGroup) {
+  models_.push_back({model, 0, repeats, optional, isGroup, areAlternatives(model)});
 }
 
 void MemberCollector::visit(const Model& around, iNode* particle) {
   if (!isParticle(particle)) return;
   if (!openGroups_.empty()) countOpened();
-  const bool optional = around.optional || areAlternatives(around.node) || mayBeMissing(particle);
+  const bool optional = around.optional || around.areAlternatives || mayBeMissing(particle);
   if (isModel(particle)) {
-    models_.push_back({particle, 0, around.repeats || mayRepeat(particle), optional, false});
+    open(particle, around.repeats || mayRepeat(particle), optional);
   } else if (isNamed(particle, L"element")) {
     addMember(around, particle, optional);
   } else if (isNamed(particle, L"group")) {
@@ -133,7 +142,7 @@ void MemberCollector::openGroup(const Model& around, iNode* reference, bool opti
         L"imported.",
         name.text.isNull() ? L"" : name.text.c_str(), uri.isNull() ? L"" : uri.c_str());
   }
-  models_.push_back({group, 0, around.repeats || mayRepeat(reference), optional, true});
+  open(group, around.repeats || mayRepeat(reference), optional, true);
 }
 
 void MemberCollector::closeGroup(const Model& model) {
@@ -153,7 +162,7 @@ void MemberCollector::addMember(const Model& around, iNode* element, bool option
           name.text, uri.isNull() ? L"" : uri.c_str());
     }
   }
-  Member& member = members_->emplace_back();
+  Member& member = members_.emplace_back();
   member.element = elementValue(schemas_, declaration);
   member.element.required = !optional;
   member.repeats = around.repeats || mayRepeat(element);

@@ -24,6 +24,7 @@ CWsdlParser::CElement elementValue(const SchemaSet& schemas, tovin::iNode* eleme
 void placeAt(const SchemaSet& schemas, CWsdlParser::CElement& element, tovin::iNode* node);
 
 bool mayRepeat(const tovin::iNode* particle);
+/// A "minOccurs" below 1, read as path queries read numbers.
 bool mayBeMissing(const tovin::iNode* particle);
 
 tovin::iNode* childNamed(tovin::iNode* node, std::wstring_view localName);
@@ -34,8 +35,10 @@ class MemberCollector {
   MemberCollector(const SchemaSet& schemas, const tovin::WideString& typeName)
       : schemas_(schemas), typeName_(typeName) {}
 
-  /// Appends what a complex type, extension or restriction holds.
-  void collect(tovin::iNode* content, std::vector<Member>& members);
+  /// What a complex type, extension or restriction holds.
+  std::vector<Member> collect(tovin::iNode* content);
+  /// How much of it is not written there but in groups.
+  size_t opened() const noexcept { return opened_; }
 
  private:
   // A part of the content model whose children are being looked at.
@@ -45,8 +48,10 @@ class MemberCollector {
     bool repeats;
     bool optional;
     bool isGroup;
+    bool areAlternatives;
   };
 
+  void open(tovin::iNode* model, bool repeats, bool optional, bool isGroup = false);
   void visit(const Model& around, tovin::iNode* particle);
   void openGroup(const Model& around, tovin::iNode* reference, bool optional);
   void closeGroup(const Model& model);
@@ -56,7 +61,7 @@ class MemberCollector {
   const SchemaSet& schemas_;
   const tovin::WideString& typeName_;
   std::vector<Model> models_;
-  std::vector<Member>* members_ = nullptr;
+  std::vector<Member> members_;
   std::unordered_set<const tovin::iNode*> openGroups_;
   size_t opened_ = 0;
 };

@@ -2,13 +2,48 @@
 
 #include <memory>
 #include <string>
+#include <unordered_map>
 #include <unordered_set>
 
 #include "ztbaseclient/wsdl/CWsdlParser.h"
 #include "ztbaseclient/wsdl/ExternalSchemaRecord.h"
 #include "ztbaseclient/wsdl/NodeSearch.h"
 #include "ztbaseclient/wsdl/SchemaSet.h"
+#include "ztbaseclient/wsdl/TypeBuilder.h"
 #include "ztbaseclient/wsdl/XMLParser.h"
+
+// Roots of schema files by the folded names of the files.
+using FilesByName = std::unordered_map<std::wstring, tovin::Ptr<tovin::iNode>>;
+
+// An element or type of a schema, the namespace that it was asked for in (null if in none), and its name. An
+// atomic type has no node.
+struct CWsdlParser::Definition {
+  tovin::iNode* node;
+  tovin::WideString space;
+  tovin::WideString name;
+};
+
+// Counts what one question copies out of the same places of a document again and again: that multiplies, and
+// a small document could ask for any amount of memory.
+class SharedReading {
+ public:
+  void start() {
+    met_.clear();
+    count_ = 0;
+  }
+  /// \param items values read from the source, free the first time; \param characters copied into them.
+  void add(const tovin::iNode* source, size_t items, size_t characters, const tovin::WideString& name) {
+    constexpr size_t charactersAnItem = 256;
+    constexpr size_t most = 250'000;
+    const bool again = !met_.insert(source).second;
+    count_ += (again ? items : 0) + characters / charactersAnItem;
+    if (count_ > most) throw tovin::Exception(L"Too much is shared, at %ls", name);
+  }
+
+ private:
+  std::unordered_set<const tovin::iNode*> met_;
+  size_t count_ = 0;
+};
 
 // What the reader holds, its sources being several.
 struct CWsdlParser::State {
@@ -22,18 +57,23 @@ struct CWsdlParser::State {
   // Of the root; made when it is first asked for.
   std::unique_ptr<NamedChildren> definitions;
   tovin::Array<ExternalSchemaRecord> externalSchemas;
-  // The folded names of the files of these records.
-  std::unordered_set<std::wstring> heldFiles;
+  // The files of these records.
+  FilesByName heldFiles;
+  SharedReading shared;
   SchemaSet schemas;
+  // Of the schemas; made when they are first asked about.
+  std::unique_ptr<TypeBuilder> types;
   tovin::WideString lastAtomicType;
 
-  // All that was read from the document, before another one takes its place.
-  void forgetAnswers() {
-    search.soapPrefixes().clear();
+  // Forgets all that was read from the document; another one takes its place, or none.
+  void replaceDocument(tovin::iNode* next) {
+    search.clearSoapPrefixes();
     definitions.reset();
     externalSchemas.clear();
     heldFiles.clear();
-    schemas = SchemaSet();
     lastAtomicType = L"";
+    types.reset();
+    schemas = SchemaSet(next);
+    root = tovin::Ptr<tovin::iNode>(next);
   }
 };

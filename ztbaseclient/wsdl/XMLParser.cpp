@@ -6,6 +6,7 @@
 #include <climits>
 #include <cstring>
 #include <string>
+#include <utility>
 
 #include "tovinCore/Guard.h"
 #include "ztbaseclient/node/CBaseNode.h"
@@ -16,10 +17,11 @@ using tovin::guarded;
 
 namespace {
 
-// The first piece of a file; later ones double, so that a token over many pieces is not scanned again for
-// each.
-constexpr int firstPiece = 2048;
-constexpr int largestPiece = 1 << 20;
+// A file is read in pieces of this size. expat scans an incomplete token again only when it has grown by
+// half, so that small pieces cost nothing.
+constexpr int pieceSize = 2048;
+
+constexpr wchar_t nullPointer[] = L"Cannot dereference a NULL pointer";
 
 }  // namespace
 
@@ -32,13 +34,21 @@ class CWsdlParser::XMLParser::Builder {
     if (*attributes) {
       tovin::iPropertyCollection* properties = node->getProperties();
       for (; *attributes; attributes += 2) {
-        properties->define(widen(name_, attributes[0]), widen(text_, attributes[1]), 0);
+        define(*properties, widen(name_, attributes[0]), widen(text_, attributes[1]));
       }
     }
     return node.detachUncounted();
   }
 
  private:
+  // Names of attributes that differ by case only are one name to a collection: the first one stays.
+  static void define(tovin::iPropertyCollection& properties, const wchar_t* name, const wchar_t* text) {
+    if (properties.isDefined(name))
+      tovin::Exception::warn(L"ignoring attribute %ls, another one differs from it by case only", name);
+    else
+      properties.define(name, text, 0);
+  }
+
   // One wide character a byte: the document's encoding is not undone here.
   static const wchar_t* widen(std::wstring& room, const char* bytes) {
     const auto* first = reinterpret_cast<const unsigned char*>(bytes);
@@ -65,6 +75,9 @@ void CWsdlParser::XMLParser::reset() {
   root_.reset();
   raw_ = {};
   failure_ = nullptr;
+  added_ = 0;
+  addsTooMuch_ = false;
+  lastIndex_ = -1;
 }
 
 void CWsdlParser::XMLParser::prepare() {
@@ -79,16 +92,16 @@ void CWsdlParser::XMLParser::rethrowFailure() {
   if (failure_) std::rethrow_exception(std::exchange(failure_, nullptr));
 }
 
-// Feeds pieces until read(piece, size) gives none; what was read is kept.
+// Feeds pieces until read(piece, size) gives none; what expat took is kept.
 template <class Read>
 tovin::iNode* CWsdlParser::XMLParser::parsePieces(Read&& read) {
-  int size = firstPiece;
-  for (size_t count = 1; count > 0; size = std::min(size * 2, largestPiece)) {
-    auto* piece = static_cast<unsigned char*>(XML_GetBuffer(expat_, size));
-    count = piece ? read(piece, static_cast<unsigned>(size)) : 0;
+  for (size_t count = 1; count > 0;) {
+    auto* piece = static_cast<unsigned char*>(XML_GetBuffer(expat_, pieceSize));
+    count = piece ? read(piece, unsigned{pieceSize}) : 0;
     const XML_Status status =
         piece ? XML_ParseBuffer(expat_, static_cast<int>(count), count == 0) : XML_STATUS_ERROR;
     rethrowFailure();
+    if (addsTooMuch_) throw tovin::Exception(L"Parse error: definitions and entities add too much");
     if (status != XML_STATUS_OK) {
       throw tovin::Exception(L"Parse error: %hs", XML_ErrorString(XML_GetErrorCode(expat_)));
     }
@@ -153,7 +166,7 @@ bool CWsdlParser::XMLParser::getZippedWsdl(tovin::Array<unsigned char>& out) {
 template <class Body>
 void CWsdlParser::XMLParser::protect(Body&& body) {
   if (!expat_) return body();
-  if (failure_) return;
+  if (failure_ || addsTooMuch_) return;
   try {
     body();
   } catch (...) {
@@ -177,16 +190,36 @@ void CWsdlParser::XMLParser::charHandler(void* userData, const char* text, int l
 }
 
 void CWsdlParser::XMLParser::startElementImpl(const char* name, const char** attributes) {
+  if (root_ && !current_) throw tovin::Exception(nullPointer);
+  if (expat_ && addsTooMuch(name, attributes)) return static_cast<void>(XML_StopParser(expat_, false));
   const tovin::Ptr<tovin::iNode> node(builder_->makeNode(name, attributes));
   if (!root_)
     root_ = node;
-  else if (current_)
+  else
     current_->appendChild(node.get());
   current_ = node;
 }
 
+// What is not written but comes from definitions (default values of attributes) or out of entities
+// multiplies: a small document can ask for any amount of memory. Texts count, and what a property or a node
+// takes beside them. All that comes out of an entity stands where its reference does.
+bool CWsdlParser::XMLParser::addsTooMuch(const char* name, const char** attributes) {
+  constexpr size_t besideTexts = 32;
+  constexpr size_t alwaysAllowed = size_t{8} << 20;
+  constexpr size_t allowedForByte = 10;
+  const long long index = XML_GetCurrentByteIndex(expat_);
+  const bool written = index != std::exchange(lastIndex_, index);
+  const int specified = written ? XML_GetSpecifiedAttributeCount(expat_) : 0;
+  size_t size = written ? 0 : besideTexts + std::strlen(name);
+  for (int i = 0; attributes[i]; ++i) size += std::strlen(attributes[i]) + (i < specified ? 0 : besideTexts);
+  const size_t there = written ? static_cast<size_t>(XML_GetCurrentByteCount(expat_)) : 0;
+  if (size > there) added_ += size - there;
+  addsTooMuch_ = added_ > alwaysAllowed + allowedForByte * static_cast<size_t>(std::max(index, 0LL));
+  return addsTooMuch_;
+}
+
 void CWsdlParser::XMLParser::endElementImpl(const char*) {
-  if (!current_) throw tovin::Exception(L"Cannot dereference a NULL pointer");
+  if (!current_) throw tovin::Exception(nullPointer);
   current_ = tovin::Ptr<tovin::iNode>(current_->findParent());
 }
 

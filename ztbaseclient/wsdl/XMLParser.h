@@ -18,6 +18,9 @@ struct XML_ParserStruct;
 ///
 /// - Shape: names and attribute texts are the document's UTF-8, each byte one wide character.
 /// - Ownership: holds one reference to the root until reset(); parse() lends it.
+/// - Attributes whose names differ by ASCII case only are one: the first is kept, a warning tells of the
+/// others.
+/// - What is not written but comes from definitions and entities is bounded: beyond, the document is refused.
 /// - Errors: "Unable to open file", "Parse error: %hs" from a file. Bytes that are no XML raise nothing: what
 /// was
 ///   built before the fault is the answer, null if that is nothing.
@@ -39,7 +42,8 @@ class ZTBASECLIENT_API CWsdlParser::XMLParser {
   bool getZippedWsdl(tovin::Array<unsigned char>& out);
   void reset();
 
-  /// The bytes of the file that was read, in reading order; none after bytes were parsed.
+  /// The bytes of the file that was read, in reading order; none after bytes were parsed. After a fault the
+  /// pieces of 2048 bytes before it.
   const tovin::Array<unsigned char>& getRawBytes() const noexcept { return raw_; }
 
   static void startElement(void* userData, const char* name, const char** attributes);
@@ -56,6 +60,7 @@ class ZTBASECLIENT_API CWsdlParser::XMLParser {
   void rethrowFailure();
   template <class Body>
   void protect(Body&& body);
+  bool addsTooMuch(const char* name, const char** attributes);
   void startElementImpl(const char* name, const char** attributes);
   void endElementImpl(const char* name);
   void charHandlerImpl(const char* text, int length);
@@ -67,4 +72,8 @@ class ZTBASECLIENT_API CWsdlParser::XMLParser {
   std::unique_ptr<Builder> builder_;
   // What a callback threw: it must not pass through the C parser.
   std::exception_ptr failure_;
+  // About how many bytes of the document are not written in it, and where the last element stood.
+  size_t added_ = 0;
+  long long lastIndex_ = -1;
+  bool addsTooMuch_ = false;
 };

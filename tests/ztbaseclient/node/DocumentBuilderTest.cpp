@@ -101,13 +101,23 @@ TEST_F(DocumentBuilder, ASecondDocumentNeedsAReset) {
   EXPECT_EQ(fromFile("<c/>"), L"c");
 }
 
-TEST_F(DocumentBuilder, AttributesThatDifferOnlyInCaseAreRefused) {
-  expectMessage(L"Property ID already exists\n", [&] { fromBytes("<a id='1' ID='2'/>"); });
+// Prefixes of namespaces among them: to a collection they are one name.
+TEST_F(DocumentBuilder, TheFirstOfAttributesThatDifferOnlyInCaseIsKept) {
+  std::wstring warning;
+  auto before = tovin::Exception::setWarningHandler([&](const wchar_t* text) { warning += text; });
+  EXPECT_EQ(fromBytes("<a xmlns:b='u' id='1' xmlns:B='v' x='2'/>"), L"a[xmlns:b=u id=1 x=2]");
+  tovin::Exception::setWarningHandler(before);
+  EXPECT_EQ(warning, L"ignoring attribute xmlns:B, another one differs from it by case only");
 }
 
-TEST_F(DocumentBuilder, EndingAnElementThatNeverBeganIsRefused) {
-  expectMessage(L"Cannot dereference a NULL pointer",
-                [&] { CWsdlParser::XMLParser::endElement(&parser_, "a"); });
+TEST_F(DocumentBuilder, TagsOutsideOfARootAreRefused) {
+  const char* none[] = {nullptr};
+  const auto end = [&] { CWsdlParser::XMLParser::endElement(&parser_, "a"); };
+  const auto start = [&] { CWsdlParser::XMLParser::startElement(&parser_, "a", none); };
+  expectMessage(L"Cannot dereference a NULL pointer", end);
+  start();
+  end();
+  expectMessage(L"Cannot dereference a NULL pointer", start);
 }
 
 TEST_F(DocumentBuilder, EntityBombsAreRefused) {

@@ -5,7 +5,6 @@
 #include "tests/ztbaseclient/wsdl/Wsdl.h"
 #include "ztbaseclient/wsdl/ExternalSchemaRecord.h"
 #include "ztclient/Document.h"
-#include "ztclient/WsdlJson.h"
 
 namespace {
 
@@ -17,7 +16,7 @@ const fs::path data = fs::path(ZTB_TEST_DATA) / "wsdl";
 Json answer(CWsdlParser& parser, const std::string& file, bool types) {
   try {
     parser.Parse(tovin::WideString(tovin::utf8ToWide(file)));
-    return wsdlToJson(parser, types);
+    return wsdl::toJson(parser, types);
   } catch (const tovin::Exception& e) {
     return {{"error", bytesOf(e.getMessage())}};
   }
@@ -85,7 +84,7 @@ TEST(Documents, CutOffAnywhereAreAnsweredOrRefused) {
     CWsdlParser parser;
     wsdl::parse(parser, whole.substr(0, size));
     try {
-      wsdlToJson(parser, true);
+      wsdl::toJson(parser, true);
       ++answered;
     } catch (const tovin::Exception& e) {
       EXPECT_NE(*e.getMessage(), L'\0') << size;

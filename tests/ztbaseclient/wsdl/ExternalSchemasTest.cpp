@@ -71,6 +71,39 @@ TEST_F(ExternalSchemas, WithoutLeafAreTheDocumentsSibling) {
   EXPECT_EQ(records(), "main.xsd urn:m");
 }
 
+// Each includer has what the file declares; nobody else has, not even a name without a namespace.
+TEST_F(ExternalSchemas, WithoutNamespaceBelongToThoseThatIncludeThem) {
+  const auto typeT = [](const std::string& member) {
+    return "<xs:complexType name='T'><xs:all><xs:element name='" + member + "'/></xs:all></xs:complexType>";
+  };
+  write("service/c1.xsd", schemaFile("", import("deep.xsd", "include") + typeT("one")));
+  write("service/c2.xsd", schemaFile("", typeT("two") + "<xs:element name='e' type='T'/>"));
+  write("service/deep.xsd", schemaFile("", import("c1.xsd", "include") + "<xs:element name='d' type='T'/>"));
+  const std::string a = schema(import("c1.xsd", "include"), "targetNamespace='urn:a'");
+  const std::string b = schema(import("c2.xsd", "include"), "targetNamespace='urn:b'");
+  const std::string mine =
+      schema(typeT("mine") + "<xs:element xmlns='' name='e' type='T'/>", "targetNamespace='urn:b'");
+  struct {
+    std::string types;
+    const char* part;
+    const char* expected;
+  } const rows[] = {
+      {a + b, "element='n:e' xmlns:n='urn:b'", "complex T of urn:b {two:  of ''}"},
+      {a + mine, "element='n:e' xmlns:n='urn:b'", "complex T of urn:b {mine:  of ''}"},
+      {a + b, "type='T' xmlns=''", "Can't find schema with targetNamespace="},
+      // Read once, for the second namespace too, and where it was only imported before.
+      {a + b + schema(import("c1.xsd", "include")), "element='t:d'", "complex T {one:  of ''}"},
+      {a + schema(import("deep.xsd", "include"), "targetNamespace='urn:b'"), "element='n:d' xmlns:n='urn:b'",
+       "complex T of urn:b {one:  of ''}"},
+      {schema(import("c2.xsd"), "targetNamespace='urn:i'") + b, "type='n:T' xmlns:n='urn:b'",
+       "complex T of urn:b {two:  of ''}"},
+      {schema(import("c2.xsd"), "targetNamespace='urn:i'"), "type='T' xmlns=''", "complex T {two:  of ''}"}};
+  for (const auto& row : rows) {
+    read(row.types, row.part);
+    EXPECT_EQ(wsdl::resolved(parser_), row.expected) << row.types << row.part;
+  }
+}
+
 // What is no regular file would be fetched, waited for or read without end.
 TEST_F(ExternalSchemas, AreFilesOnly) {
   for (const char* location :

@@ -1,7 +1,7 @@
 #include <fstream>
 
 #include "tests/ztbaseclient/wsdl/Wsdl.h"
-#include "ztbaseclient/wsdl/NodeSearch.h"
+#include "ztbaseclient/wsdl/XMLParser.h"
 #include "ztcore/ztCompress.h"
 
 namespace {
@@ -38,6 +38,23 @@ TEST_F(Loading, AFileIsHandedOutAgainCompressed) {
   EXPECT_EQ(targetOf(second), L"a");
   EXPECT_FALSE(second.HasParsedWsdl());
   EXPECT_FALSE(second.GetZippedWsdl(bytes));
+}
+
+// In pieces of 2048 bytes: the one with the fault is not kept, nor what follows.
+TEST_F(Loading, AFaultKeepsThePiecesBeforeIt) {
+  const std::pair<size_t, size_t> rows[] = {{100, 0}, {2043, 0}, {2044, 2048}, {5000, 4096}, {8994, 8192}};
+  for (const auto& [faultAt, kept] : rows) {  // where the tag begins that is a fault at its end
+    std::string document = "<a>" + std::string(faultAt - 3, ' ') + "</bb>";
+    document.resize(9000, ' ');
+    write("bad.wsdl", document);
+    CWsdlParser::XMLParser parser;
+    expectMessage(L"Parse error: mismatched tag", [&] { parser.parse(path("bad.wsdl")); });
+    EXPECT_EQ(parser.getRawBytes().getSize(), kept) << faultAt;
+  }
+  write("bad.wsdl", "<a><");
+  CWsdlParser::XMLParser parser;
+  expectMessage(L"Parse error: unclosed token", [&] { parser.parse(path("bad.wsdl")); });
+  EXPECT_EQ(parser.getRawBytes().getSize(), 4u);
 }
 
 TEST_F(Loading, FailuresAreNamedOnce) {
@@ -80,28 +97,36 @@ TEST(LoadingBytes, OfNoXmlGiveWhatStoodBeforeTheFault) {
   }
 }
 
-TEST(LoadingBytes, KeepElementsAndAttributesOneCharacterAByte) {
-  CWsdlParser parser;
-  parse(parser,
-        "<d targetNamespace='\xC3\xA9'>text<!-- c --><?p i?><message name='\xE2\x82\xAC'>x</message></d>");
-  EXPECT_EQ(targetOf(parser), L"\xC3\xA9");
-  CWsdlParser::CMsg message;
-  parser.GetMessageInfo(L"\xE2\x82\xAC", message);
-  EXPECT_FALSE(message.node->hasChildren());
-  EXPECT_EQ(message.node->findParent()->getNumberOfChildren(), 1u);
-}
-
-TEST(LoadingBytes, OfEntityBombsAreCutOff) {
-  std::string bomb = "<!DOCTYPE d [<!ENTITY a0 'xxxxxxxxxx'>";
-  for (int i = 1; i < 12; ++i) {
-    const std::string inner = "&a" + std::to_string(i - 1) + ";";
-    bomb += "<!ENTITY a" + std::to_string(i) + " '";
-    for (int j = 0; j < 10; ++j) bomb += inner;
-    bomb += "'>";
+// Small documents whose definitions ask for much. A file is refused, of bytes the beginning is kept.
+TEST_F(Loading, OfDocumentsThatGrowIsCutOff) {
+  std::string elements, attributes, references;
+  for (int i = 0; i < 1000; ++i) {
+    elements += "<e/>";
+    attributes += " a" + std::to_string(i) + " CDATA 'x'";
+    references += "&e;";
   }
+  const std::pair<std::string, std::string> rows[] = {
+      {"<!ATTLIST e a CDATA '" + std::string(20'000, 'x') + "'>", elements},
+      {"<!ATTLIST e" + attributes + ">", elements},
+      {"<!ENTITY e '" + elements + "'>", references}};
+  for (const auto& [definitions, content] : rows) {
+    const std::string document =
+        "<!DOCTYPE d [" + definitions + "]><d targetNamespace='a'>" + content + "</d>";
+    write("grows.wsdl", document);
+    CWsdlParser parser;
+    expectMessage(L"Parse error: definitions and entities add too much",
+                  [&] { parser.Parse(path("grows.wsdl")); });
+    parser.Reset();
+    parse(parser, document);
+    EXPECT_EQ(targetOf(parser), L"a");
+  }
+  // In a long document little ones are no burden.
+  std::string text = "<!DOCTYPE d [<!ATTLIST e a CDATA 'xxxx'><!ENTITY x '<x/>'>]><d targetNamespace='a'>";
+  for (int i = 0; i < 300; ++i) text += elements + "<y/>&x;";
+  write("long.wsdl", text + "</d>");
   CWsdlParser parser;
-  parse(parser, bomb + "]><d targetNamespace='&a11;'/>");
-  expectMessage(nullPointer, [&] { targetOf(parser); });
+  parser.Parse(path("long.wsdl"));
+  EXPECT_EQ(targetOf(parser), L"a");
 }
 
 // A million levels of whatever is looked into: no answer may take stack or time by the depth squared.

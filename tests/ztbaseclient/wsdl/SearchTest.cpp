@@ -26,8 +26,8 @@ TEST(NodeSearch, NamesMatchByTheirLocalParts) {
 
 TEST(NodeSearch, TokenStandsForTheRecordedPrefixes) {
   NodeSearch search;
-  search.soapPrefixes().add(L"s");
-  search.soapPrefixes().add(L"soap12");
+  search.addSoapPrefix(L"s");
+  search.addSoapPrefix(L"soap12");
   const std::pair<const wchar_t*, bool> rows[] = {{L"s:body", true},
                                                   {L"SOAP12:Body", true},
                                                   {L"soap:body", false},

@@ -95,6 +95,8 @@ TEST_F(Services, MissingPartsHaveTheirMessages) {
   for (const Row& row : rows) expectMessage(row.message, [&] { read(row.inside, row.attributes); });
   EXPECT_EQ(wsdl::trailOf([&] { read(rows[3].inside); }),
             "CWsdlParser GetBindingInfo(), CWsdlParser GetServiceInfo");
+  ASSERT_EQ(ports_.getSize(), 1u);  // the port that was being read
+  EXPECT_EQ(ports_[0].name, L"p");
 }
 
 TEST_F(Services, StyleIsDocumentUnlessItSaysRpc) {
@@ -166,6 +168,8 @@ TEST_F(Services, OperationsOfOneNamePairInOrder) {
   read(overloads);
   tovin::Array<CWsdlParser::COperation>& operations = ports_[0].binding.operations;
   parser_.GetOperationInfoFromPortType(L"t:p", operations);
+  parser_.GetOperationInfoFromPortType(L"t:p", operations);  // the parts are not there twice
+  EXPECT_EQ(operations[0].input.parts.getSize(), 1u);
   EXPECT_EQ(operations[0].input.name, L"M1");
   EXPECT_EQ(operations[0].inputName, L"i1");
   EXPECT_EQ(operations[2].input.name, L"M2");
@@ -220,6 +224,24 @@ TEST_F(Services, PortTypesAndMessagesThatAreMissingAreNamed) {
   }
   EXPECT_EQ(wsdl::trailOf([&] { parser_.GetOperationInfoFromPortType(L"P", ports_[0].binding.operations); }),
             "CWsdlParser GetMessageInfo, CWsdlParser GetOperationInfoFromPortType");
+}
+
+// One message of many operations, one binding of many ports: small documents that ask for millions of values.
+TEST_F(Services, WhatIsSharedWithoutEndIsRefused) {
+  std::string parts, operations, inputs, ports;
+  for (int i = 0; i < 600; ++i) {
+    const std::string number = std::to_string(i);
+    parts += "<part/>";
+    operations += "<operation name='o" + number + "'/>";
+    inputs += "<operation name='o" + number + "'><input message='t:M'/></operation>";
+    ports += port("p", "p" + number + ":B", "<soap:address/>");
+  }
+  const std::string rest = binding("B", operations) + "<portType name='P'>" + inputs + "</portType>";
+  read("<service>" + port("p", "B", "<soap:address/>") + "</service><message name='M'>" + parts +
+       "</message>" + rest);
+  expectMessage(L"Too much is shared, at M",
+                [&] { parser_.GetOperationInfoFromPortType(L"P", ports_[0].binding.operations); });
+  expectMessage(L"Too much is shared, at p411:B", [&] { read("<service>" + ports + "</service>" + rest); });
 }
 
 TEST_F(Services, ValuesOutliveTheReader) {

@@ -1,5 +1,4 @@
 #include "tests/ztbaseclient/wsdl/Wsdl.h"
-#include "ztclient/WsdlJson.h"
 
 namespace {
 
@@ -105,10 +104,13 @@ TEST(TypeErrors, OfLookUpsInSchemas) {
   EXPECT_EQ(parser.GetMatchingSchemaElementDoc(found, L"e").name, L"e");
   EXPECT_EQ(&parser.FindSchemaContainingCustomType(L"urn:t", L"T"), &parser.GetSchemaInfo()[0]);
   expectMessage(L"Can't find schema with targetNamespace=x", [&] { parser.GetSchemaByTargetNS(L"x"); });
-  expectMessage(L"Cannot find a schema with targetNamespace = urn:S and element = x",
-                [&] { parser.FindSchemaContainingElement(L"urn:S", L"x"); });
-  expectMessage(L"Cannot find a schema with targetNamespace=urn:S and customType=x",
-                [&] { parser.FindSchemaContainingCustomType(L"urn:S", L"x"); });
+  for (const wchar_t* none : {L"x", static_cast<const wchar_t*>(nullptr)}) {
+    const std::wstring name = none ? none : L"";
+    expectMessage(L"Cannot find a schema with targetNamespace = urn:S and element = " + name,
+                  [&] { parser.FindSchemaContainingElement(L"urn:S", none); });
+    expectMessage(L"Cannot find a schema with targetNamespace=urn:S and customType=" + name,
+                  [&] { parser.FindSchemaContainingCustomType(L"urn:S", none); });
+  }
   CWsdlParser::CCustomType type;
   expectMessage(L"Unknown node type defines type with name x[]",
                 [&] { parser.GetCustomTypeOutOfSchema(found, L"x[][]", type); });
@@ -119,14 +121,11 @@ TEST(TypeErrors, OfLookUpsInSchemas) {
   EXPECT_EQ(name, L"t:T");
 }
 
-// Definitions without a target namespace leave a schema without one nowhere.
+// An empty target namespace of the definitions leaves a schema without one nowhere.
 TEST(TypeErrors, OfATypeWithoutNamespace) {
-  CWsdlParser parser;
-  wsdl::parse(parser, wsdl::definitions("<types><xs:schema>" + complexType("") + "</xs:schema></types>", ""));
-  CWsdlParser::CCustomType type;
-  const CWsdlParser::CSchema none = parser.GetSchemaInfo()[0];
-  expectMessage(L"Can't find target namespace for type T",
-                [&] { parser.GetCustomTypeOutOfSchema(none, L"T", type); });
+  std::string document = withPart("type='T' xmlns=''", "<xs:schema>" + complexType("") + "</xs:schema>");
+  document.replace(document.find("targetNamespace='urn:t'"), 23, "targetNamespace=''");
+  EXPECT_EQ(resolved(document), "Can't find target namespace for type T");
 }
 
 TEST(TypeErrors, OfGroupsThatMultiplyWithoutEnd) {
@@ -137,6 +136,47 @@ TEST(TypeErrors, OfGroupsThatMultiplyWithoutEnd) {
   }
   groups += "<xs:group name='g64'/>";
   EXPECT_EQ(resolved(withPart("type='t:T'", schema(groups))), "Can't understand custom type: \"T\"");
+}
+
+// Whatever was asked before: each type of a circle, and of a way into it, has its own answer.
+TEST(TypeErrors, OfCirclesDoNotDependOnTheOrderOfQuestions) {
+  const std::string types = complexType(extension("t:U"), "S") + complexType(extension("t:V"), "U") +
+                            complexType(extension("t:U"), "V") + complexType(extension("t:none"), "X") +
+                            complexType(extension("t:X"), "Y");
+  const std::pair<const wchar_t*, const wchar_t*> rows[] = {
+      {L"S", L"Can't understand custom type: \"t:U\""},
+      {L"U", L"Can't understand custom type: \"t:U\""},
+      {L"V", L"Can't understand custom type: \"t:V\""},
+      {L"Y", L"Cannot find a schema with targetNamespace=urn:t and customType=t:none"},
+      {L"X", L"Cannot find a schema with targetNamespace=urn:t and customType=t:none"}};
+  for (const bool backwards : {false, true}) {
+    CWsdlParser parser;
+    wsdl::parse(parser, withPart("", schema(types)));
+    for (size_t i = 0; i < std::size(rows); ++i) {
+      const auto& [name, message] = rows[backwards ? std::size(rows) - 1 - i : i];
+      CWsdlParser::CCustomType type;
+      expectMessage(message, [&, asked = name] {
+        parser.GetCustomTypeOutOfSchema(parser.GetSchemaInfo()[0], asked, type);
+      });
+    }
+  }
+}
+
+TEST(TypeErrors, OfMembersThatAreInheritedWithoutEnd) {
+  std::string members;
+  for (int i = 0; i < 100'000; ++i) members += "<xs:element name='m'/>";
+  std::string types = complexType(member(members), "T0");
+  for (int i = 1; i < 7; ++i) types += complexType(extension("t:T0"), "T" + std::to_string(i));
+  CWsdlParser parser;
+  wsdl::parse(parser, withPart("", schema(types)));
+  CWsdlParser::CCustomType type;
+  const CWsdlParser::CSchema& own = parser.GetSchemaInfo()[0];
+  for (const wchar_t* name : {L"T1", L"T2", L"T1", L"T3", L"T4", L"T5", L"T0", L"T5"}) {
+    parser.GetCustomTypeOutOfSchema(own, name, type);
+    EXPECT_EQ(type.elements.getSize(), 100'000u);
+  }
+  expectMessage(L"Too many members are inherited or come out of groups, at type T6",
+                [&] { parser.GetCustomTypeOutOfSchema(own, L"T6", type); });
 }
 
 // As long as its author likes, without taking stack.

@@ -43,6 +43,16 @@ TEST(Types, MembersStandInDocumentOrder) {
       {MEMBERS("<xs:sequence><xs:element name='a' type='xs:int' maxOccurs='01' minOccurs='00'/>" A
                "</xs:sequence>"),
        "complex T {a: xs:int optional, a: xs:int}"},
+      // Bounds are numbers with blanks around them; what may not occur is no member and no alternative.
+      {MEMBERS("<xs:sequence minOccurs='-1'>" A
+               "<xs:element name='u' maxOccurs=' unbounded '/></xs:sequence>"),
+       "complex T {a: xs:int optional, u:  of '' optional}"},
+      {MEMBERS("<xs:all><xs:element name='a' type='t:T' minOccurs=' 0.5 ' maxOccurs=' +2 '/><xs:element "
+               "name='b' type='t:T' minOccurs='+0'/></xs:all>"),
+       "complex T {a: t:T[] optional, b: t:T}"},
+      {MEMBERS("<xs:choice>" A "<xs:element ref='t:none' maxOccurs='0'/><xs:sequence maxOccurs=' +00 '>" B
+               "</xs:sequence></xs:choice>"),
+       "complex T {a: xs:int}"},
       {MEMBERS("<xs:sequence><xs:element name='a' maxOccurs='99999999999999999999'/>" A "</xs:sequence>"),
        "complex T {a:  of '', a: xs:int}"},
       {MEMBERS("<xs:sequence><xs:element name='a'><xs:simpleType/></xs:element>" A "</xs:sequence>"),
@@ -54,29 +64,18 @@ TEST(Types, MembersStandInDocumentOrder) {
   expectAll("type='t:T'", rows);
 }
 
+#define GROUP(name, inside) "<xs:group name='" name "'>" inside "</xs:group>"
+#define SEQUENCE(inside) "<xs:sequence>" inside "</xs:sequence>"
+
 TEST(Types, ReferencesAreFollowedInPlace) {
   const Row rows[] = {
-      {MEMBERS("<xs:sequence><xs:element ref='t:g' minOccurs='0' maxOccurs='9'/>" A
-               "</xs:sequence>") "<xs:element name='g' type='xs:long' nillable='true'/>",
+      {MEMBERS(SEQUENCE("<xs:element ref='t:g' minOccurs='0' maxOccurs='9'/>" A))  //
+       "<xs:element name='g' type='xs:long' nillable='true'/>",
        "complex T {g: xs:long[] optional, a: xs:int}"},
-      {MEMBERS("<xs:sequence>" A
-               "<xs:group ref='t:g' minOccurs='0' maxOccurs='2'/></xs:sequence>") "<xs:group "
-                                                                                  "name='g'><xs:sequence>" A
-                                                                                  "<xs:group "
-                                                                                  "ref='t:h'/></"
-                                                                                  "xs:sequence></xs:group>"
-                                                                                  "<xs:group "
-                                                                                  "name='h'><xs:choice>" A B
-                                                                                  "</xs:choice></xs:group>",
-       "complex T {a: xs:int, a: xs:int[] optional, a: xs:int[] optional, b: t:B[] optional}"},
-      {MEMBERS("<xs:group ref='t:g'/>") "<xs:group name='g'><xs:all>" A A "</xs:all></xs:group>",
-       "complex T {a: xs:int, a: xs:int}"},
-      {MEMBERS(
-           "<xs:sequence><xs:group ref='t:g'/><xs:group ref='t:g'/></xs:sequence>") "<xs:group "
-                                                                                    "name='g'><xs:sequence>" A
-                                                                                    "</xs:sequence></"
-                                                                                    "xs:group>",
-       "complex T {a: xs:int, a: xs:int}"}};
+      {MEMBERS(SEQUENCE(A "<xs:group ref='t:g' minOccurs='0' maxOccurs='2'/><xs:group ref='t:h'/>"))  //
+       GROUP("g", SEQUENCE(A "<xs:group ref='t:h'/>")) GROUP("h", "<xs:choice>" A B "</xs:choice>"),
+       "complex T {a: xs:int, a: xs:int[] optional, a: xs:int[] optional, b: t:B[] optional, "
+       "a: xs:int optional, b: t:B optional}"}};
   expectAll("type='t:T'", rows);
 }
 
@@ -86,20 +85,17 @@ TEST(Types, ReferencesAreFollowedInPlace) {
   "<xs:complexContent><xs:restriction base='enc:Array'>" inside "</xs:restriction></xs:complexContent>"
 #define ARRAY_TYPE(type) ARRAY("<xs:attribute ref='enc:arrayType' w:arrayType='" type "'/>")
 
+#define TYPE(name, inside) "<xs:complexType name='" name "'>" inside "</xs:complexType>"
+
 TEST(Types, ExtensionsBeginWithTheirBase) {
   const Row rows[] = {
-      {MEMBERS(EXTENSION("t:U", "<xs:sequence>" B "</xs:sequence>")) "<xs:complexType name='U'>" EXTENSION(
-           "t:V",
-           "<xs:sequence>" A "</xs:sequence>") "</xs:complexType>"
-                                               "<xs:complexType name='V'><xs:sequence><xs:element name='v' "
-                                               "type='xs:int'/></xs:sequence></xs:complexType>",
+      {MEMBERS(EXTENSION("t:U", SEQUENCE(B))) TYPE("U", EXTENSION("t:W", SEQUENCE(A)))  //
+       TYPE("W", EXTENSION("t:V", "")) TYPE("V", SEQUENCE("<xs:element name='v' type='xs:int'/>")),
        "complex T : t:U {v: xs:int, a: xs:int, b: t:B optional}"},
-      {MEMBERS(EXTENSION("xs:anyType", "<xs:sequence>" A "</xs:sequence>")),
-       "complex T : xs:anyType {a: xs:int}"},
-      {MEMBERS(EXTENSION("t:U", "")) "<xs:complexType name='U'>" ARRAY_TYPE("xs:int[]") "</xs:complexType>",
+      {MEMBERS(EXTENSION("xs:anyType", SEQUENCE(A))), "complex T : xs:anyType {a: xs:int}"},
+      {MEMBERS(EXTENSION("t:U", "")) TYPE("U", ARRAY_TYPE("xs:int[]")),
        "array T item item : t:U {item: xs:int}"},
-      {MEMBERS(EXTENSION("t:U", "<xs:sequence>" A "</xs:sequence>")) "<xs:complexType name='U'>" ARRAY_TYPE(
-           "xs:int[]") "</xs:complexType>",
+      {MEMBERS(EXTENSION("t:U", SEQUENCE(A))) TYPE("U", ARRAY_TYPE("xs:int[]")),
        "complex T : t:U {item: xs:int[], a: xs:int}"}};
   expectAll("type='t:T'", rows);
 }
@@ -230,6 +226,64 @@ TEST(Types, OfMembersAreAskedOneByOne) {
   CWsdlParser::CElement foreign;
   foreign.type = L"t:M[]";
   EXPECT_TRUE(parser.GetElementsCustomType(foreign, member));
+}
+
+// A value's own namespaces count after its node, and before the definitions when it has none.
+TEST(Types, OfValuesUseTheirOwnNamespaces) {
+  CWsdlParser parser;
+  wsdl::parse(parser, wsdl::definitions("<types>" + schema("<xs:simpleType name='T'/>") + "</types>"));
+  CWsdlParser::CPart part;
+  CWsdlParser::CElement member;
+  CWsdlParser::CCustomType type;
+  const auto bind = [](auto& value, const wchar_t* prefix, const wchar_t* uri) {
+    CWsdlParser::CNamespace& space = value.namespaces.add(CWsdlParser::CNamespace());
+    space.name = prefix;
+    space.setUrl(uri);
+  };
+  part.type = L"k:int";
+  member.type = L"K:T[]";
+  EXPECT_FALSE(parser.IsOfAtomicType(part));
+  bind(part, L"k", L"http://www.w3.org/2001/XMLSchema");
+  bind(member, L"k", L"urn:t");
+  EXPECT_TRUE(parser.IsOfAtomicType(part));
+  EXPECT_TRUE(parser.GetElementsCustomType(member, type));
+  EXPECT_EQ(parser.FindTypeNamespace(member), L"urn:t");
+  // Beside a node that does not bind the prefix, and against definitions that do.
+  part.node = tovin::Ptr<tovin::iNode>(type.node);
+  EXPECT_TRUE(parser.IsOfAtomicType(part));
+  part.node.reset();
+  part.type = L"t:int";
+  bind(part, L"t", L"http://www.w3.org/2001/XMLSchema");
+  EXPECT_TRUE(parser.IsOfAtomicType(part));
+  part.node = type.node;
+  EXPECT_FALSE(parser.IsOfAtomicType(part));
+}
+
+// Kept over a reset, from another reader, or before this one was asked for its schemas.
+TEST(Types, OfSchemasThatAreNotInTheSetAreSearchedThere) {
+  const std::string document =
+      wsdl::definitions("<types>" +
+                        schema("<xs:simpleType name='t'/><xs:simpleType name='T'/><xs:complexType name='T'/>"
+                               "<xs:element name='T'/>") +
+                        "</types>");
+  CWsdlParser parser;
+  wsdl::parse(parser, document);
+  const CWsdlParser::CSchema kept = parser.GetSchemaInfo()[0];
+  CWsdlParser none;
+  for (CWsdlParser* asked : {&parser, &none}) {
+    CWsdlParser::CCustomType type;
+    asked->Reset();
+    for (const auto& [name, kind] :
+         {std::pair(L"T", CWsdlParser::KindComplex), std::pair(L"t", CWsdlParser::KindSimple)}) {
+      asked->GetCustomTypeOutOfSchema(kept, name, type);
+      EXPECT_EQ(type.kind, kind);
+      EXPECT_EQ(type.schema.node, kept.node);
+      EXPECT_EQ(type.typeNamespace.getUrl(), std::wstring(L"urn:t"));
+    }
+    EXPECT_EQ(asked->GetMatchingSchemaElementDoc(kept, L"t").name, L"T");
+    tovin::WideString name(L"element");
+    EXPECT_FALSE(asked->IsCustomTypeInSchema(kept, name));
+  }
 }
 
 TEST(Types, ArraySuffixIsTakenOffOnce) {

@@ -1,6 +1,7 @@
 #include "tests/ztbaseclient/wsdl/Wsdl.h"
 
 #include <fstream>
+#include <sstream>
 
 #include "tests/support/System.h"
 #include "ztclient/WsdlJson.h"
@@ -56,8 +57,14 @@ std::string shortForm(const Json& type) {
 
 }  // namespace
 
+Json toJson(CWsdlParser& parser, bool types) {
+  std::stringstream text;
+  writeWsdlJson(parser, types, text);
+  return Json::parse(text);
+}
+
 std::string resolved(CWsdlParser& parser) {
-  const Json json = wsdlToJson(parser, true);
+  const Json json = toJson(parser, true);
   return shortForm(json["ports"][0]["binding"]["operations"][0]["input"]["parts"][0]["resolved"]);
 }
 

@@ -28,6 +28,8 @@ std::string schema(const std::string& inside, const std::string& attributes = "t
 tovin::Array<unsigned char> bytesOf(const std::string& text);
 void parse(CWsdlParser& parser, const std::string& document);
 
+/// What the command prints as JSON.
+Json toJson(CWsdlParser& parser, bool types);
 /// What the part of withPart resolves to, in short: "complex T : base {a: xs:int, b: t:B[] optional}", or the
 /// error.
 std::string resolved(CWsdlParser& parser);
