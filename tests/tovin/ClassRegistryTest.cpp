@@ -85,11 +85,4 @@ TEST(FrameworkClass, AFailingConstructorHasOneText) {
   Plain::fails = false;
 }
 
-TEST(Value, RefusesAValueOfAnotherClass) {
-  tovin::StringValue text;
-  EXPECT_EQ(tovin::seek<tovin::Value>(static_cast<tovin::Object*>(&text)), &text);
-  const tovin::Ptr<Plain> plain(Plain::allocate());
-  EXPECT_EQ(tovin::seek<tovin::Value>(static_cast<tovin::Object*>(plain.get())), nullptr);
-}
-
 }  // namespace
