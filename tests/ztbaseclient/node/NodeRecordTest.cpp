@@ -11,6 +11,7 @@ namespace {
 using testsupport::bytesOf;
 using testsupport::expectMessage;
 using testsupport::hex;
+using testsupport::messageOf;
 using testsupport::Reader;
 using testsupport::unhexFile;
 using testsupport::Writer;
@@ -71,6 +72,9 @@ TEST(NodeRecord, CutAnywhereIsRefusedAndCanBeReleased) {
       const tovin::Ptr<CBaseNode> root(CBaseNode::allocate());
       Reader in(record.substr(0, length), version);
       EXPECT_THROW(root->deserialize(in), tovin::Exception) << length;
+      if (version < 3 || length + 1 < record.size()) continue;
+      EXPECT_STREQ(root->getName(), L"a:b") << "what was read is kept";
+      EXPECT_EQ(root->getNumberOfChildren(), 2u);
     }
   }
 }
@@ -83,19 +87,13 @@ TEST(NodeRecord, WithAnyByteChangedIsReadOrRefused) {
       damaged[at] = static_cast<char>(damaged[at] ^ mask);
       const tovin::Ptr<CBaseNode> root(CBaseNode::allocate());
       Reader in(damaged, 3);
-      try {
-        root->deserialize(in);
-      } catch (const tovin::Exception&) {
-      }
+      messageOf([&] { root->deserialize(in); });
     }
   }
 }
 
 TEST(NodeRecord, RefusesOtherVersionsAndClasses) {
-  const struct {
-    const char* bytes;
-    const wchar_t* message;
-  } rows[] = {
+  const std::pair<const char*, const wchar_t*> rows[] = {
       {"02 86 23", L"Deserialization version mismatch (9094 , 9095)"},
       {"02 87 23 01 7D", L"Deserialization version mismatch (125 , 126)"},
       {"02 87 23 01 7E 00 00 00", L"EOF reading bool"},
@@ -105,17 +103,9 @@ TEST(NodeRecord, RefusesOtherVersionsAndClasses) {
       {"02 87 23 01 7E 00 00 00 00 04 00", L"Unknown class (null)"},
       {"02 87 23 01 7E 00 00 00 00 04 01 16 44 72 61 56 6F 6C 69 6E 2E 76 61 6C 75 65 2E 44 6F 75 62 6C 65",
        L"Class DraVolin.value.Double is not a node class"}};
-  for (const auto& row : rows) {
-    const tovin::Ptr<CBaseNode> root(CBaseNode::allocate());
-    Reader in(row.bytes);
-    expectMessage(row.message, [&] { root->deserialize(in); });
-  }
-}
-
-TEST(NodeRecord, LaterCoreVersionsAreReadAlike) {
-  const auto root = readBase(Reader("02 87 23 01 7F 08 61 00 00 00 00"));
-  EXPECT_STREQ(root->getName(), L"a");
-  EXPECT_FALSE(root->hasChildren());
+  for (const auto& [bytes, message] : rows)
+    expectMessage(message, [bytes = bytes] { readBase(Reader(bytes)); });
+  EXPECT_STREQ(readBase(Reader("02 87 23 01 7F 08 61 00 00 00 00"))->getName(), L"a") << "a later core";
 }
 
 TEST(NodeRecord, TheOlderTransportVersionHasTwoMoreBytes) {
@@ -139,15 +129,6 @@ TEST(NodeRecord, ReadingDropsTheObjectHeldBeforeWithoutReleasingIt) {
   EXPECT_EQ(carrier->GetObject(), nullptr);
   EXPECT_EQ(held->getRefCount(), 2);
   held->release();
-}
-
-TEST(NodeRecord, AFailureKeepsWhatWasRead) {
-  const std::string record = golden(3);
-  const tovin::Ptr<CBaseNode> root(CBaseNode::allocate());
-  Reader in(record.substr(0, record.size() - 1), 3);
-  EXPECT_THROW(root->deserialize(in), tovin::Exception);
-  EXPECT_STREQ(root->getName(), L"a:b");
-  EXPECT_EQ(root->getNumberOfChildren(), 2u);
 }
 
 TEST(DeepTree, IsBuiltWrittenReadClonedAndReleased) {
