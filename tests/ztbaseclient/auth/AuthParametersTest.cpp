@@ -29,30 +29,25 @@ TEST(AuthParameters, AreTakenFromACollectionByName) {
 
 TEST(AuthParameters, KeepThePasswordEnciphered) {
   // Made apart from the library, as the credentials strings of the test data were.
-  const struct {
-    const wchar_t* password;
-    const wchar_t* cipher;
-  } rows[] = {{L"", L""}, {L"s3cret", L"adkOkarhYFU="}, {L"\u20AC uro", L"nJKC3ip7s1crHYXWTnPfFw=="}};
-  for (const auto& row : rows) {
-    CAuthParameters parameters;
-    parameters.SetPassword(row.password);
-    EXPECT_STREQ(parameters.GetEncipheredPassword(), row.cipher);
-    CAuthParameters other;
-    other.SetEncipheredPassword(row.cipher);
-    EXPECT_EQ(passwordOf(other), row.password);
+  const std::pair<const wchar_t*, const wchar_t*> rows[] = {
+      {L"", L""}, {L"s3cret", L"adkOkarhYFU="}, {L"\u20AC uro", L"nJKC3ip7s1crHYXWTnPfFw=="}};
+  for (const auto& [password, cipher] : rows) {
+    CAuthParameters parameters, other;
+    parameters.SetPassword(password);
+    EXPECT_STREQ(parameters.GetEncipheredPassword(), cipher);
+    other.SetEncipheredPassword(cipher);
+    EXPECT_EQ(passwordOf(other), password);
   }
 }
 
 TEST(AuthParameters, RefuseWhatIsNoEncipheredPassword) {
-  const struct {
-    const wchar_t* cipher;
-    const wchar_t* message;
-  } rows[] = {{L"?", L"Error decoding"}, {L"AAAA", L"Decrypt failed"}, {L"AAAAAAAAAAA=", L"Decode failed"}};
-  for (const auto& row : rows) {
+  const std::pair<const wchar_t*, const wchar_t*> rows[] = {
+      {L"?", L"Error decoding"}, {L"AAAA", L"Decrypt failed"}, {L"AAAAAAAAAAA=", L"Decode failed"}};
+  for (const auto& [cipher, message] : rows) {
     CAuthParameters parameters;
-    parameters.SetEncipheredPassword(row.cipher);
+    parameters.SetEncipheredPassword(cipher);
     tovin::WideString password(L"before");
-    expectMessage(row.message, [&] { parameters.GetPassword(password); });
+    expectMessage(message, [&] { parameters.GetPassword(password); });
     EXPECT_EQ(password, L"before");
   }
 }

@@ -16,10 +16,10 @@ constexpr char key[] = "7m4q90215x8d36vtk";
 std::map<std::string, std::wstring> readGolden() {
   std::map<std::string, std::wstring> strings;
   std::ifstream in(ZTB_TEST_DATA "/credentials/strings.txt");
-  for (std::string line; std::getline(in, line);) {
+  for (std::string line, name, text; std::getline(in, line);) {
     if (line.empty() || line[0] == '#') continue;
-    const size_t blank = line.find(' ');
-    strings[line.substr(0, blank)] = std::wstring(line.begin() + static_cast<long>(blank) + 1, line.end());
+    std::istringstream(line) >> name >> text;
+    strings[name] = std::wstring(text.begin(), text.end());
   }
   return strings;
 }
@@ -68,9 +68,20 @@ std::string describe(const CCredentials& c) {
                               c.GetClientMachineName(), c.GetClientVersion(), c.GetDomain(),
                               c.GetXMLDBEndPoint(), c.GetLogEndPoint(), c.GetLocatorEndPoint()})
     out << tovin::wideToUtf8(text) << '\n';
-  const tovin::BitsetValue& bits = c.GetRoles().GetRoleBits();
-  out << bits.getNumBits() << ": " << tovin::wideToUtf8(bits.getText().view());
-  return out.str();
+  return out.str() + bitsOf(c.GetRoles());
+}
+
+std::string bitsOf(const CAuthRoles& roles) {
+  const tovin::BitsetValue& bits = roles.GetRoleBits();
+  return std::to_string(bits.getNumBits()) + ": " + tovin::wideToUtf8(bits.getText().view());
+}
+
+CAuthRoles rolesOf(unsigned count, std::initializer_list<unsigned> on) {
+  tovin::BitsetValue bits(count);
+  for (unsigned bit : on) bits.setOn(bit);
+  CAuthRoles roles;
+  roles.SetRoleBits(bits);
+  return roles;
 }
 
 std::wstring generate(CCredentials& credentials) {

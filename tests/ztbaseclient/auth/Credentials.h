@@ -22,7 +22,11 @@ std::wstring sealText(unsigned char version, const std::string& text);
 
 /// Every field of the body, one a line.
 std::string describe(const CCredentials& credentials);
+/// How many roles, and the bits that are on: "43: 0 7 8 42".
+std::string bitsOf(const CAuthRoles& roles);
 
 std::wstring generate(CCredentials& credentials);
+
+CAuthRoles rolesOf(unsigned count, std::initializer_list<unsigned> on);
 
 }  // namespace credentialstest
