@@ -2,18 +2,22 @@
 
 #include <gtest/gtest.h>
 
+#include "tovinCore/Format.h"
+
 namespace {
 
 using tovin::WideString;
 
-struct Given {
-  const wchar_t *name, *value;
-};
+using Given = std::vector<std::pair<const wchar_t*, const wchar_t*>>;
 
-CCacheRequest::Arguments toArguments(const std::vector<Given>& given) {
+// Takes them, and returns the error, "" for none.
+std::wstring populate(CCacheRequest& request, const Given& given, unsigned required = 0) {
   CCacheRequest::Arguments arguments;
-  for (const Given& each : given) arguments.put(WideString(each.name), WideString(each.value));
-  return arguments;
+  for (const auto& [name, value] : given) arguments.put(WideString(name), WideString(value));
+  WideString error;
+  const bool accepted = request.PopulateFromArguments(arguments, required, error);
+  EXPECT_EQ(accepted, error.isEmpty());
+  return std::wstring(error.view());
 }
 
 std::wstring parameters(const CCacheRequest& request, unsigned mask) {
@@ -23,14 +27,10 @@ std::wstring parameters(const CCacheRequest& request, unsigned mask) {
 }
 
 TEST(CacheRequest, ArgumentsAreCheckedAgainstTheRequired) {
-  const struct {
-    std::vector<Given> given;
-    unsigned required;
-    const wchar_t* error;  // null: accepted
-  } rows[] = {
-      {{}, 0, nullptr},
-      {{{L"USER", L"alice"}, {L"JobID", L"7"}}, 0x3, nullptr},
-      {{{L"unknown", L""}, {nullptr, L"x"}}, 0, nullptr},
+  const std::tuple<Given, unsigned, const wchar_t*> rows[] = {
+      {{}, 0, L""},
+      {{{L"USER", L"alice"}, {L"JobID", L"7"}}, 0x3, L""},
+      {{{L"unknown", L""}, {nullptr, L"x"}}, 0, L""},
       {{{L"user", L""}}, 0, L"The user name is empty"},
       {{{L"user", nullptr}}, 0, L"The user name is empty"},
       {{{L"jobid", L""}, {L"user", L""}}, 0, L"The job id is empty"},
@@ -40,36 +40,32 @@ TEST(CacheRequest, ArgumentsAreCheckedAgainstTheRequired) {
       {{{L"compattr", L""}}, 0, L"The component attributes are empty"},
       {{{L"displayattr", L""}}, 0, L"The display attributes are empty"},
       {{{L"recordtype", L""}}, 0, L"The record type is empty"},
-      {{{L"node", L""}, {L"DISPLAYEDRECS", L""}}, 0x100, nullptr},
+      {{{L"node", L""}, {L"DISPLAYEDRECS", L""}}, 0x100, L""},
       {{{L"user", L"a"}}, 0x43, L"Missing argument(s): jobid recnum"},
       {{}, 0x777, L"Missing argument(s): user jobid cacheid recnum node displayattr compattr recordtype"},
       // These have no name in the list.
       {{}, 0x200, L"Missing argument(s):"},
       {{{L"prop", L"0"}}, 0x208, L"Missing argument(s):"}};
-  for (const auto& row : rows) {
+  for (const auto& [given, required, error] : rows) {
     CCacheRequest request;
-    WideString error;
-    EXPECT_EQ(request.PopulateFromArguments(toArguments(row.given), row.required, error), !row.error);
-    EXPECT_EQ(std::wstring(error.view()), row.error ? row.error : L"");
+    EXPECT_EQ(populate(request, given, required), error);
   }
 }
 
 TEST(CacheRequest, ParametersKeepTheirOrderAndAreEncoded) {
   CCacheRequest request;
-  WideString error;
-  ASSERT_TRUE(request.PopulateFromArguments(toArguments({{L"prop", L"-3"},
-                                                         {L"node", L"0,1"},
-                                                         {L"recnum", L"12x"},
-                                                         {L"displayattr", L"2;4"},
-                                                         {L"compattr", L"c 1;3;5:6;t"},
-                                                         {L"cacheid", L"c&d"},
-                                                         {L"jobid", L"7"},
-                                                         {L"user", L"\xE9"}}),
-                                            0, error));
+  ASSERT_EQ(populate(request, {{L"prop", L"-3"},
+                               {L"node", L"0,1"},
+                               {L"recnum", L"12x"},
+                               {L"displayattr", L"2;4"},
+                               {L"compattr", L"c 1;3;5:6;t"},
+                               {L"cacheid", L"c&d"},
+                               {L"jobid", L"7"},
+                               {L"user", L"\xE9"}}),
+            L"");
   EXPECT_EQ(parameters(request, ~0u),
-            L"?user=%C3%A9&jobid=7&cacheid=c%26d&compattr=c%201%3B3%3B5%3A6%3Bt&displayattr=2%3B4&recnum=12&"
-            L"node=0%2C1"
-            L"&prop=-3");
+            L"?user=%C3%A9&jobid=7&cacheid=c%26d&compattr=c%201%3B3%3B5%3A6%3Bt&displayattr=2%3B4&recnum=12"
+            L"&node=0%2C1&prop=-3");
   EXPECT_EQ(parameters(request, CCacheRequest::JobID | CCacheRequest::Property), L"?&jobid=7&prop=-3");
   EXPECT_EQ(parameters(request, 0), L"?");
   EXPECT_TRUE(request.GetJobParams() == L"user=%C3%A9&jobid=7&cacheid=c%26d");
@@ -77,71 +73,52 @@ TEST(CacheRequest, ParametersKeepTheirOrderAndAreEncoded) {
 
 TEST(CacheRequest, WhatWasTakenBeforeTheErrorStays) {
   CCacheRequest request;
-  WideString error;
-  EXPECT_FALSE(request.PopulateFromArguments(
-      toArguments({{L"user", L"a"}, {L"jobid", L""}, {L"cacheid", L"c"}}), 0, error));
+  populate(request, {{L"user", L"a"}, {L"jobid", L""}, {L"cacheid", L"c"}});
   EXPECT_EQ(request.GetArguments(), CCacheRequest::User);
   EXPECT_STREQ(request.GetUserNameW(), L"a");
   EXPECT_EQ(request.GetCacheID(), nullptr);
 }
 
 TEST(CacheRequest, ComponentAttributesAreReadAsFarAsTheyGo) {
-  const struct {
-    const wchar_t *text, *id;
-    bool pass, fail;
-    int passSize, failSize;
-    const wchar_t* tag;
-  } rows[] = {{L"c1;3;5:6;t;u", L"c1", true, true, 5, 6, L"t;u"},
-              {L"c1;2;:6", L"c1", false, true, 0, 6, L""},
-              {L"c1", L"c1", false, false, 0, 0, L""},
-              {L";;;", L"", false, false, 0, 0, L""}};
-  for (const auto& row : rows) {
+  // Identifier, pass and fail port, sizes of their records, tag.
+  const std::pair<const wchar_t*, const wchar_t*> rows[] = {{L"c1;3;5:6;t;u", L"c1 1 1 5 6 t;u"},
+                                                            {L"c1;2;:6", L"c1 0 1 0 6 "},
+                                                            {L"c1", L"c1 0 0 0 0 "},
+                                                            {L";;;", L" 0 0 0 0 "}};
+  for (const auto& [text, fields] : rows) {
     CCacheComponentAttr attr;
-    attr.Parse(row.text);
-    EXPECT_STREQ(attr.Serialize(), row.text);
-    EXPECT_STREQ(attr.GetRunTimeID(), row.id);
-    EXPECT_EQ(attr.HasPassPort(), row.pass);
-    EXPECT_EQ(attr.HasFailPort(), row.fail);
-    EXPECT_EQ(attr.GetPassRecordSize(), row.passSize);
-    EXPECT_EQ(attr.GetFailRecordSize(), row.failSize);
-    EXPECT_STREQ(attr.GetTagProp(), row.tag);
+    attr.Parse(text);
+    EXPECT_STREQ(attr.Serialize(), text);
+    EXPECT_EQ(
+        tovin::format(L"%ls %d %d %d %d %ls", attr.GetRunTimeID(), attr.HasPassPort(), attr.HasFailPort(),
+                      attr.GetPassRecordSize(), attr.GetFailRecordSize(), attr.GetTagProp()),
+        fields);
   }
 }
 
 TEST(DisplayAttr, FieldsAreTakenAsFarAsTheyGo) {
-  const struct {
-    const wchar_t* text;
-    int view, group, pageSize, page, image;
-    bool passOnly, failOnly, globals;
-  } rows[] = {{nullptr, 1, 2, 10, 1, 1, true, false, false},
-              {L"", 1, 2, 10, 1, 1, true, false, false},
-              {L"2;4", 2, 4, 10, 1, 1, false, true, false},
-              {L"3;8;20;4;text;7;9", 3, 8, 20, 4, 7, true, true, true},
-              {L";", 0, 0, 10, 1, 1, true, true, false},
-              {L"1;6;x;-2;;", 1, 6, 0, -2, 0, false, false, false},
-              {L"99999999999", 2147483647, 2, 10, 1, 1, true, false, false}};
+  // View type, data group, page size, page, image state; whether only pass or fail data or globals are shown.
+  const std::pair<const wchar_t*, const wchar_t*> rows[] = {{nullptr, L"1 2 10 1 1 1 0 0"},
+                                                            {L"", L"1 2 10 1 1 1 0 0"},
+                                                            {L"2;4", L"2 4 10 1 1 0 1 0"},
+                                                            {L"3;8;20;4;text;7;9", L"3 8 20 4 7 1 1 1"},
+                                                            {L";", L"0 0 10 1 1 1 1 0"},
+                                                            {L"1;6;x;-2;;", L"1 6 0 -2 0 0 0 0"},
+                                                            {L"99999999999", L"2147483647 2 10 1 1 1 0 0"}};
   CCacheDisplayAttr attr;
-  for (const auto& row : rows) {
-    attr.SetDisplayAttr(row.text);
-    EXPECT_STREQ(attr.Serialize(), row.text);
-    EXPECT_EQ(attr.GetViewType(), row.view);
-    EXPECT_EQ(attr.GetDataGroup(), row.group);
-    EXPECT_EQ(attr.GetPageSize(), row.pageSize);
-    EXPECT_EQ(attr.GetDisplayPageNum(), row.page);
-    EXPECT_EQ(attr.GetImageState(), row.image);
-    EXPECT_EQ(attr.DisplayPassDataOnly(), row.passOnly);
-    EXPECT_EQ(attr.DisplayFailDataOnly(), row.failOnly);
-    EXPECT_EQ(attr.DisplayGlobals(), row.globals);
+  for (const auto& [text, fields] : rows) {
+    attr.SetDisplayAttr(text);
+    EXPECT_STREQ(attr.Serialize(), text);
+    EXPECT_EQ(tovin::format(L"%d %d %d %d %d %d %d %d", attr.GetViewType(), attr.GetDataGroup(),
+                            attr.GetPageSize(), attr.GetDisplayPageNum(), attr.GetImageState(),
+                            attr.DisplayPassDataOnly(), attr.DisplayFailDataOnly(), attr.DisplayGlobals()),
+              fields);
   }
-  attr.SetDisplayAttr(L"5");
   attr.SetDisplayAttr(attr.Serialize());
-  EXPECT_STREQ(attr.Serialize(), L"5");
-}
-
-TEST(DisplayAttr, DefaultTextShowsAllData) {
-  WideString text;
-  CCacheDisplayAttr::GetDefaultDisplayAttr(25, text);
-  EXPECT_TRUE(text == L"1;6;25;1;;1");
+  EXPECT_STREQ(attr.Serialize(), L"99999999999") << "out of itself";
+  WideString all;
+  CCacheDisplayAttr::GetDefaultDisplayAttr(25, all);
+  EXPECT_EQ(all, L"1;6;25;1;;1");
 }
 
 }  // namespace
