@@ -33,15 +33,34 @@ class Reader : private std::string, public ztMemoryByteInputStream {
   explicit Reader(const Writer& out) : Reader(bytesOf(out), out.getSerializationVersion()) {}
 };
 
+/// The message of the framework exception that the body raises.
+template <class Body>
+std::string messageOf(Body&& body) {
+  try {
+    body();
+  } catch (const tovin::Exception& e) {
+    return tovin::wideToUtf8(e.getMessage());
+  }
+  return "nothing was raised";
+}
+
 /// Expects a framework exception with exactly this text.
 template <class Body>
 void expectMessage(const std::wstring& message, Body&& body) {
+  EXPECT_EQ(testsupport::messageOf(std::forward<Body>(body)), tovin::wideToUtf8(message));
+}
+
+/// The calls that the exception passed, as "Class.method Class.method ".
+template <class Body>
+std::string trailOf(Body&& body) {
+  std::string trail;
   try {
     body();
-    ADD_FAILURE() << "nothing was raised, expected: " << tovin::wideToUtf8(message);
   } catch (const tovin::Exception& e) {
-    EXPECT_EQ(tovin::wideToUtf8(e.getMessage()), tovin::wideToUtf8(message));
+    for (const tovin::CatchEntry& entry : e.getTrail())
+      trail += std::string(entry.className) + "." + entry.method + " ";
   }
+  return trail;
 }
 
 }  // namespace testsupport
