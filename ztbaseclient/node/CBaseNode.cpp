@@ -18,6 +18,12 @@ CBaseNode::CBaseNode(const CBaseNode& other)
   guarded({ClassName, ClassName}, [&] { AssignFrom(static_cast<const tovin::iNode*>(&other), true); });
 }
 
+CBaseNode& CBaseNode::operator=(const CBaseNode& other) {
+  const tovin::Held<const CBaseNode> held(&other);  // it may be below the children that go
+  FrameworkClass::operator=(other);
+  return *this;
+}
+
 CBaseNode::~CBaseNode() = default;
 
 tovin::Object* CBaseNode::clone() const { return cloneNode(true); }

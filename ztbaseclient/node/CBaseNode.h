@@ -25,7 +25,7 @@ class ZTBASECLIENT_API CBaseNode
 
   CBaseNode() = default;
   CBaseNode(const CBaseNode& other);
-  CBaseNode& operator=(const CBaseNode& other) = default;
+  CBaseNode& operator=(const CBaseNode& other);
   ~CBaseNode() override;
 
   /// A deep copy.

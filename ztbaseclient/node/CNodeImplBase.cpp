@@ -33,8 +33,7 @@ CNodeImplBase::CNodeImplBase(const CNodeImplBase&) : CNodeImplBase() {}
 
 CNodeImplBase& CNodeImplBase::operator=(const CNodeImplBase& other) {
   if (this == &other) return *this;
-  // The other may be below the children that go; they leave it without a parent.
-  const tovin::Held<iNode> held(other.inode());
+  // First: the other may be below the children that go, and they leave it without a parent.
   if (children_ != other.children_ && children_.use_count() == 1) ClearChildren();
   parser_ = other.parser_;
   classTag_ = other.classTag_;

@@ -39,7 +39,7 @@ class ZTBASECLIENT_API CNodeImplBase {
   /// whole.
   CNodeImplBase(const CNodeImplBase& other);
   /// Shallow, on purpose: both nodes then share parser, child array and collection, and no child gets a
-  /// reference.
+  /// reference. A node class holds the other one meanwhile, until its last base is assigned.
   CNodeImplBase& operator=(const CNodeImplBase& other);
 
   // What a node class writes ahead of the core record, and reads back. False, the default: the class has a

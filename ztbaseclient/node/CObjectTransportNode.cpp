@@ -56,6 +56,7 @@ CObjectTransportNode::CObjectTransportNode(const CObjectTransportNode& other)
 
 CObjectTransportNode& CObjectTransportNode::operator=(const CObjectTransportNode& other) {
   guarded({ClassName, "operator="}, [&] {
+    const tovin::Held<const CObjectTransportNode> held(&other);  // it may be below the children that go
     FrameworkClass::operator=(other);
     copyObject(other);
   });
