@@ -26,10 +26,23 @@ void requireUtf8(const std::vector<std::string>& given) {
   }
 }
 
+void setExpressionApart(const CLI::App& app, std::vector<std::string>& arguments) {
+  if (arguments.empty() || arguments[0] != "query" || std::ranges::count(arguments, "--")) return;
+  const CLI::App* query = app.get_subcommand("query");
+  const auto expression = std::ranges::find_if(arguments, [query](const std::string& argument) {
+    return argument.size() > 1 && argument[0] == '-' && argument[1] != '-' &&
+           !query->get_option_no_throw(argument);
+  });
+  if (expression == arguments.end()) return;
+  std::rotate(expression, expression + 1, arguments.end());
+  arguments.insert(arguments.end() - 1, "--");
+}
+
 }  // namespace
 
-std::vector<std::string> arguments::forParser(std::vector<std::string> given) {
+std::vector<std::string> arguments::forParser(const CLI::App& app, std::vector<std::string> given) {
   requireUtf8(given);
+  setExpressionApart(app, given);
   const bool takesTexts = !given.empty() && given.front() == "checksum";
   std::vector<std::string> out;
   bool options = true;

@@ -18,8 +18,6 @@ void addAll(CLI::App& app, int& status);
 
 void addCredentials(CLI::App& app, int& status);
 void addQuery(CLI::App& app, int& status);
-/// Lets the expression of a query begin with '-': what is no option's name goes to the end, behind a "--".
-void setExpressionApart(const CLI::App& app, std::vector<std::string>& arguments);
 void addChecksum(CLI::App& app, int& status);
 void addDiff(CLI::App& app, int& status);
 void addLog(CLI::App& app, int& status);

@@ -27,7 +27,7 @@ class TemporaryFile {
     std::filesystem::path name;
     for (int i = 0; i < attempts && handle_ == -1; ++i) {
       name = std::filesystem::temp_directory_path() / ("ztclient-" + std::to_string(random()));
-      handle_ = platform::openFile(tovin::utf8ToWide(name.string()).c_str(), platform::OpenMode::create);
+      handle_ = platform::openFile(platform::wideOf(name).c_str(), platform::OpenMode::create);
     }
     if (handle_ == -1) refuse();
     path = name;
@@ -83,7 +83,7 @@ InputFile::InputFile(const std::string& given) : name_(tovin::utf8ToWide(given))
     removeKept();
     throw;
   }
-  name_ = tovin::utf8ToWide(kept_.string());
+  name_ = platform::wideOf(kept_);
 }
 
 InputFile::~InputFile() { removeKept(); }

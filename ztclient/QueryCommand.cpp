@@ -93,18 +93,6 @@ int run(const Options& options) {
 
 }  // namespace
 
-void commands::setExpressionApart(const CLI::App& app, std::vector<std::string>& arguments) {
-  if (arguments.empty() || arguments[0] != "query" || std::ranges::count(arguments, "--")) return;
-  const CLI::App* query = app.get_subcommand("query");
-  const auto expression = std::ranges::find_if(arguments, [query](const std::string& argument) {
-    return argument.size() > 1 && argument[0] == '-' && argument[1] != '-' &&
-           !query->get_option_no_throw(argument);
-  });
-  if (expression == arguments.end()) return;
-  std::rotate(expression, expression + 1, arguments.end());
-  arguments.insert(arguments.end() - 1, "--");
-}
-
 void commands::addQuery(CLI::App& app, int& status) {
   auto options = std::make_shared<Options>();
   CLI::App* query = app.add_subcommand("query", "Run a path query on an XML document or a node record");

@@ -3,17 +3,12 @@
 #include <random>
 
 #include "tovinCore/Exception.h"
-#include "tovinCore/Utf8.h"
+#include "tovinCore/platform/Paths.h"
 #include "ztcore/ztFile.h"
 
 namespace {
 
 constexpr int attempts = 100;
-
-std::wstring wide(const std::filesystem::path& path) {
-  const std::u8string text = path.u8string();
-  return tovin::utf8ToWide(std::string(text.begin(), text.end()));
-}
 
 }  // namespace
 
@@ -32,7 +27,7 @@ ScratchFolder::~ScratchFolder() {
 }
 
 std::wstring ScratchFolder::write(const std::string& name, std::string_view bytes) const {
-  std::wstring path = wide(folder_ / name);
+  std::wstring path = tovin::platform::wideOf(folder_ / name);
   ztFile file;
   if (!file.Open(path.c_str(), ztFile::ForWriting)) throw tovin::Exception(L"Unable to write file %ls", path);
   file.Write(bytes.data(), bytes.size());
@@ -40,7 +35,7 @@ std::wstring ScratchFolder::write(const std::string& name, std::string_view byte
 }
 
 std::wstring ScratchFolder::shown(std::wstring message) const {
-  const std::wstring before = wide(folder_ / "");
+  const std::wstring before = tovin::platform::wideOf(folder_ / "");
   for (size_t at = 0; (at = message.find(before, at)) != std::wstring::npos;)
     message.erase(at, before.size());
   return message;

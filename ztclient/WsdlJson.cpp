@@ -12,26 +12,10 @@
 #include "ztbaseclient/wsdl/CCustomType.h"
 #include "ztbaseclient/wsdl/CPort.h"
 #include "ztclient/Document.h"
+#include "ztclient/WarningScope.h"
 #include "ztcore/ztMemoryStreams.h"
 
 namespace {
-
-// Collects warnings as long as it lives.
-class Warnings {
- public:
-  Warnings()
-      : before_(tovin::Exception::setWarningHandler(
-            [this](const wchar_t* message) { texts_.push_back(bytesOf(message)); })) {}
-  Warnings(const Warnings&) = delete;
-  Warnings& operator=(const Warnings&) = delete;
-  ~Warnings() { tovin::Exception::setWarningHandler(before_); }
-
-  const Json& texts() const { return texts_; }
-
- private:
-  Json texts_ = Json::array();
-  tovin::Exception::WarningHandler before_;
-};
 
 const char* kindName(CWsdlParser::CustomTypeKind kind) {
   constexpr const char* names[] = {"array", "complex", "enumeration", "simple"};
@@ -276,7 +260,8 @@ tovin::Array<CWsdlParser::COperation> completeOperations(CWsdlParser& parser,
 }  // namespace
 
 void visitWsdl(CWsdlParser& parser, bool types, WsdlVisitor& visitor) {
-  const Warnings warnings;
+  Json warnings = Json::array();
+  const WarningScope scope([&](const wchar_t* message) { warnings.push_back(bytesOf(message)); });
   tovin::WideString targetNamespace;
   tovin::WideString service;
   tovin::Array<CWsdlParser::CPort> ports;
@@ -294,7 +279,7 @@ void visitWsdl(CWsdlParser& parser, bool types, WsdlVisitor& visitor) {
       visitMessage("output", operation.output, resolved, visitor);
     }
   }
-  visitor.onEnd(warnings.texts());
+  visitor.onEnd(warnings);
 }
 
 void writeWsdlJson(CWsdlParser& parser, bool types, std::ostream& out) {

@@ -8,6 +8,7 @@
 #include "ztclient/Commands.h"
 #include "ztclient/Suggestion.h"
 #include "ztclient/Terminal.h"
+#include "ztclient/WarningScope.h"
 
 namespace {
 
@@ -26,18 +27,6 @@ int report(const CLI::App& app, const std::string& message) {
   return commands::trouble;
 }
 
-// Warnings of the library are said like errors, for as long as the command runs.
-class Warnings {
- public:
-  explicit Warnings(const CLI::App& app) {
-    tovin::Exception::setWarningHandler(
-        [&app](const wchar_t* message) { say(app, tovin::wideToUtf8(message)); });
-  }
-  Warnings(const Warnings&) = delete;
-  Warnings& operator=(const Warnings&) = delete;
-  ~Warnings() { tovin::Exception::setWarningHandler(nullptr); }
-};
-
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -46,11 +35,10 @@ int main(int argc, char** argv) {
   int status = commands::done;
   CLI::App app("", "ztclient");
   commands::addAll(app, status);
-  const Warnings warnings(app);
+  // The library's warnings are said like errors.
+  const WarningScope warnings([&app](const wchar_t* message) { say(app, tovin::wideToUtf8(message)); });
   try {
-    std::vector<std::string> given = tovin::platform::programArguments(argc, argv);
-    commands::setExpressionApart(app, given);
-    app.parse(arguments::forParser(std::move(given)));
+    app.parse(arguments::forParser(app, tovin::platform::programArguments(argc, argv)));
     std::cout.flush();
     return std::cout ? status : report(app, "cannot write to standard output");
   } catch (const CLI::Success& e) {

@@ -10,6 +10,7 @@ namespace {
 using testing::HasSubstr;
 using testsupport::Connection;
 using testsupport::expectMessage;
+using testsupport::messageOf;
 using testsupport::SocketServer;
 
 const std::string done = "HTTP/1.1 200 OK\r\nContent-Length: 4\r\n\r\ndone";
@@ -61,17 +62,6 @@ std::string bodyOf(const CHttp& http) {
   tovin::WideString body;
   http.GetErrorMessageBody(body);
   return tovin::wideToUtf8(body.view());
-}
-
-// The message of the exception that the body raises.
-template <class Body>
-std::string messageOf(Body&& body) {
-  try {
-    body();
-  } catch (const tovin::Exception& e) {
-    return tovin::wideToUtf8(e.getMessage());
-  }
-  return "nothing was raised";
 }
 
 class Http : public testing::Test {
