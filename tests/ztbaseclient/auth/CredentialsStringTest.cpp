@@ -21,7 +21,8 @@ constexpr void (C::*setters[])(const wchar_t*) = {
     &C::SetXMLDBEndPoint,     &C::SetLogEndPoint,   &C::SetLocatorEndPoint};
 
 void setTexts(CCredentials& c, const wchar_t* const (&texts)[9]) {
-  for (size_t i = 0; i < 9; ++i) (c.*setters[i])(texts[i]);
+  const wchar_t* const* text = texts;
+  for (const auto setter : setters) (c.*setter)(*text++);
 }
 
 CCredentials fullRecord(int64_t loginTime, const CAuthRoles& roles = {}) {
