@@ -7,6 +7,7 @@
 #include "ztbaseclient/tools/CDiffFiles.h"
 #include "ztclient/Commands.h"
 #include "ztclient/InputFile.h"
+#include "ztclient/ProgressBar.h"
 
 namespace {
 
@@ -15,6 +16,19 @@ struct Options {
   std::string file2;
   int tolerance = CDiffFiles::DefaultTolerance;
   bool binary = false;
+};
+
+// Shows how far the comparison is.
+class WatchedDiff : public CDiffFiles {
+ public:
+  explicit WatchedDiff(const InputFile& file1) : length_(file1.length()) {}
+
+ protected:
+  void Compared(int64_t done) const override { bar_.show(static_cast<uint64_t>(done), length_); }
+
+ private:
+  uint64_t length_;
+  mutable ProgressBar bar_;
 };
 
 void print(const std::wstring& message) {
@@ -26,8 +40,8 @@ int run(const Options& options) {
     throw tovin::Exception(L"Standard input can be only one of the files");
   }
   const InputFile file1(options.file1), file2(options.file2);
-  CDiffFiles files;
   try {
+    WatchedDiff files(file1);  // its bar is gone before anything is printed
     if (options.binary)
       files.CompareFilesBinary(file1.name(), file2.name());
     else

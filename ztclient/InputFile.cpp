@@ -70,6 +70,11 @@ bool isPipe(const std::string& name) {
 
 }  // namespace
 
+int64_t lengthOf(const wchar_t* name) {
+  ztFile file;
+  return file.Open(name, ztFile::ForReading) ? file.GetLength() : 0;
+}
+
 InputFile::InputFile(const std::string& given) : name_(tovin::utf8ToWide(given)), shown_(name_) {
   const bool standardInput = given == "-";
   if (!standardInput && !isPipe(given)) return;
@@ -85,6 +90,8 @@ InputFile::InputFile(const std::string& given) : name_(tovin::utf8ToWide(given))
   }
   name_ = platform::wideOf(kept_);
 }
+
+uint64_t InputFile::length() const { return static_cast<uint64_t>(lengthOf(name())); }
 
 InputFile::~InputFile() { removeKept(); }
 

@@ -1,7 +1,11 @@
 #pragma once
 
+#include <cstdint>
 #include <filesystem>
 #include <string>
+
+/// In bytes; 0 for a file that is not there.
+int64_t lengthOf(const wchar_t* name);
 
 /// A file that the command was given, by a name that the library can open: standard input, "-", and a pipe
 /// are kept in a file of their own meanwhile, which nobody else may read.
@@ -13,6 +17,7 @@ class InputFile {
   ~InputFile();
 
   const wchar_t* name() const noexcept { return name_.c_str(); }
+  uint64_t length() const;
   /// A message with the name as it was given.
   std::wstring shown(std::wstring message) const;
 

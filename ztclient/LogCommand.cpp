@@ -14,7 +14,6 @@
 #include "ztclient/InputFile.h"
 #include "ztclient/Json.h"
 #include "ztclient/ProgressBar.h"
-#include "ztcore/ztFile.h"
 
 namespace {
 
@@ -74,16 +73,10 @@ std::unique_ptr<CConsoleReader> open(const wchar_t* name, int64_t position) {
   return reader;
 }
 
-// 0 for a log that is not there, which may be about to begin anew.
-int64_t lengthOf(const wchar_t* name) {
-  ztFile file;
-  return file.Open(name, ztFile::ForReading) ? file.GetLength() : 0;
-}
-
 void show(const Options& options) {
   const InputFile file(options.file);
   const auto reader = open(file.name(), options.position);
-  const auto length = static_cast<uint64_t>(lengthOf(file.name()));
+  const uint64_t length = file.length();
   std::optional<ProgressBar> bar;
   if (!tovin::platform::isOutputTerminal())
     bar.emplace();  // else the entries themselves are to be seen there
@@ -102,7 +95,7 @@ void printComplete(CConsoleReader& reader, bool json) {
   reader.Resume();
 }
 
-// Until the program is stopped. A log that has become shorter has begun anew.
+// Until the program is stopped. A log that has become shorter, or is not there for a while, has begun anew.
 void follow(const Options& options) {
   if (options.file == "-") throw tovin::Exception(L"Standard input cannot be followed");
   const std::wstring name = tovin::utf8ToWide(options.file);

@@ -27,16 +27,19 @@ std::wstring timeOf(double seconds) {
 
 }  // namespace
 
-ProgressBar::ProgressBar() : visible_(tovin::platform::isErrorTerminal()), start_(Clock::now()) {}
+ProgressBar::ProgressBar()
+    : visible_(tovin::platform::isErrorTerminal()), start_(Clock::now()), last_(start_) {}
 
 ProgressBar::~ProgressBar() {
-  if (visible_) std::cerr << wipe << std::flush;
+  if (shown_) std::cerr << wipe << std::flush;
 }
 
 void ProgressBar::show(uint64_t done, uint64_t length) {
+  if (!visible_) return;
   const auto now = Clock::now();
-  if (!visible_ || now - last_ < interval) return;
+  if (now - last_ < interval) return;
   last_ = now;
+  shown_ = true;
   const double seconds = std::max(std::chrono::duration<double>(now - start_).count(), 1e-3);
   const double bytes = static_cast<double>(done);
   const double total = static_cast<double>(length);

@@ -3,8 +3,8 @@
 #include <chrono>
 #include <cstdint>
 
-/// One line on standard error that follows a long task: share done, bytes, rate, time left. Silent where
-/// standard error is no terminal. The line goes when the bar dies.
+/// One line on standard error that follows a long task: share done, bytes, rate, time left. Silent for
+/// short tasks, and where standard error is no terminal. The line goes when the bar dies.
 class ProgressBar {
  public:
   ProgressBar();
@@ -20,5 +20,6 @@ class ProgressBar {
 
   bool visible_;
   Clock::time_point start_;
-  Clock::time_point last_{};
+  Clock::time_point last_;
+  bool shown_ = false;
 };

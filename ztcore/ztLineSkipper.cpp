@@ -96,6 +96,7 @@ bool ztLineSkipper::passUnlikeEnds(size_t equal) {
 
 // The shorter window is equal to the beginning of the other: reads on behind it.
 bool ztLineSkipper::fillExhausted() {
+  if (watch_) watch_(a_.GetPosition());
   const size_t sizeA = a_.GetWindow().size(), sizeB = b_.GetWindow().size();
   const bool moreA = sizeA <= sizeB && a_.Fill();
   const bool moreB = sizeB <= sizeA && b_.Fill();

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 
 #include "ztcore/ztFastReadFile.h"
 
@@ -12,7 +13,11 @@
 // difference that they have not, everything behind the ASCII beginning is given back.
 class ztLineSkipper {
  public:
-  ztLineSkipper(ztFastReadFile& a, ztFastReadFile& b) noexcept : a_(a), b_(b) {}
+  // Told, a piece of the files at a time, how many bytes of the first are passed.
+  using Watch = std::function<void(int64_t)>;
+
+  ztLineSkipper(ztFastReadFile& a, ztFastReadFile& b, const Watch& watch) noexcept
+      : a_(a), b_(b), watch_(watch) {}
 
   // How many lines of each were passed over.
   int64_t skip();
@@ -31,6 +36,7 @@ class ztLineSkipper {
 
   ztFastReadFile& a_;
   ztFastReadFile& b_;
+  const Watch& watch_;
   int64_t lines_ = 0;
   bool asciiOnly_ = false;
   // The beginning of a line that is too long to be kept is passed over before its end is seen.

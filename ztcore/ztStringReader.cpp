@@ -70,9 +70,10 @@ void ztStringReader::Seek(int64_t position) {
   if (file_) file_->Seek(position);
 }
 
-int64_t ztStringReader::SkipEqualLines(ztStringReader& a, ztStringReader& b) {
+int64_t ztStringReader::SkipEqualLines(ztStringReader& a, ztStringReader& b,
+                                       const std::function<void(int64_t)>& watch) {
   if (!a.file_ || !b.file_) return 0;
-  const int64_t count = ztLineSkipper(*a.file_, *b.file_).skip();
+  const int64_t count = ztLineSkipper(*a.file_, *b.file_, watch).skip();
   if (count == 0) return 0;
   a.position_ = a.file_->GetPosition();
   b.position_ = b.file_->GetPosition();

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <memory>
 
 #include "ztcore/ztFastReadFile.h"
@@ -42,8 +43,10 @@ class ZTCORE_API ztStringReader {
   /// Passes over the lines that both have in common from here on, at the speed of memory where they are the
   /// same bytes; stops, at the latest, before the first pair of lines that differ. What it does not pass over
   /// is not therefore different.
+  /// \param watch told now and then where the first one is.
   /// \return how many lines of each.
-  static int64_t SkipEqualLines(ztStringReader& a, ztStringReader& b);
+  static int64_t SkipEqualLines(ztStringReader& a, ztStringReader& b,
+                                const std::function<void(int64_t position)>& watch = {});
 
   /// Passes over lines that do not hold a text, which is ASCII without a line feed, at the speed of memory
   /// where it can; never over a last line without an end. What it does not pass over may be without it too.

@@ -81,17 +81,21 @@ bool CDiffFiles::FileIsBinary(const wchar_t* path) {
   });
 }
 
+void CDiffFiles::Compared(int64_t) const {}
+
 // Equal lines leave no trace but their number, so they are skipped without being looked at.
 void CDiffFiles::compareText(const wchar_t* file1, const wchar_t* file2, int tolerance) const {
   ztStringReader reader1(file1), reader2(file2);
   tovin::WideString line1, line2;
   DiffInfo worst;
   bool differ = false;
+  const auto watch = [this](int64_t done) { Compared(done); };
   for (int64_t lines = 0;;) {
-    lines += ztStringReader::SkipEqualLines(reader1, reader2);
+    lines += ztStringReader::SkipEqualLines(reader1, reader2, watch);
     if (!reader1.GetLine(line1)) break;
     if (!reader2.GetLine(line2)) throw DiffErrorException(L"File %ls is longer than %ls", file1, file2);
     const int lineNo = static_cast<int>(++lines);
+    Compared(reader1.GetPosition());
     if (compareIgnoringEOL(line1, line2)) continue;
     differ = true;
     if (tolerance != 0) {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 
 #include "ztbaseclient/Export.h"
 
@@ -59,6 +60,8 @@ class ZTBASECLIENT_API CDiffFiles {
  protected:
   /// Whether a zero byte stands near the beginning of what is no 16-bit text.
   bool FileIsBinary(const wchar_t* path);
+  /// Called now and then with how many bytes of the first file were compared; for those who show progress.
+  virtual void Compared(int64_t done) const;
 
  private:
   struct Walk;

@@ -85,6 +85,7 @@ bool CDiffFiles::CompareFilesBinary(const wchar_t* file1, const wchar_t* file2) 
       piece2.read(in2);
       if (!same(piece1, piece2)) fail(findingIn(piece1, piece2, offset), file1, file2);
       if (piece1.size == 0) return true;
+      Compared(offset + piece1.size);
     }
   });
 }
