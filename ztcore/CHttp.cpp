@@ -89,7 +89,7 @@ class CHttp::Transfer {
   std::string boundary_;
   std::wstring url_;
   HttpTarget target_;
-  bool withCredentials_ = false;
+  unsigned long authentication_ = CURLAUTH_NONE;
   int restarts_ = 0;
 };
 
@@ -101,11 +101,11 @@ void CHttp::Transfer::open(const wchar_t* url, int64_t size) {
   if (target_.url.empty() || url_ != (url ? url : L"")) {
     target_ = HttpTarget::parse(url);
     url_ = url;
-    withCredentials_ = false;
+    authentication_ = CURLAUTH_NONE;
     restarts_ = 0;
   }
   boundary_ = makeBoundary();
-  http_.open({target_, withCredentials_, "multipart/form-data; boundary=" + boundary_,
+  http_.open({target_, authentication_, "multipart/form-data; boundary=" + boundary_,
               size == ChunkedAfterContinue, connectTimeout});
 }
 
@@ -147,7 +147,7 @@ CHttp::ResponseResult CHttp::Transfer::judgeAnswer() {
   const long status = http_.status();
   if (keepsMethod(status) && !http_.redirection().empty()) return followRedirection();
   if (canAnswerChallenge()) {
-    withCredentials_ = true;
+    authentication_ = http_.challenge();
     return startAgain();
   }
   if (!isSuccess(status)) refuse();
@@ -161,7 +161,8 @@ CHttp::ResponseResult CHttp::Transfer::judgeAnswer() {
 
 bool CHttp::Transfer::canAnswerChallenge() const {
   const bool hasCredentials = !target_.user.empty() || !target_.password.empty();
-  return http_.status() == 401 && hasCredentials && !withCredentials_ && http_.offersBasic();
+  return http_.status() == 401 && hasCredentials && authentication_ == CURLAUTH_NONE &&
+         http_.challenge() != CURLAUTH_NONE;
 }
 
 CHttp::ResponseResult CHttp::Transfer::startAgain() {
@@ -182,7 +183,7 @@ CHttp::ResponseResult CHttp::Transfer::followRedirection() {
   const bool sameServer = next.origin() == target_.origin();
   next.user = sameServer ? target_.user : std::string();
   next.password = sameServer ? target_.password : std::string();
-  withCredentials_ = withCredentials_ && sameServer;
+  if (!sameServer) authentication_ = CURLAUTH_NONE;
   target_ = next;
   return startAgain();
 }

@@ -18,14 +18,14 @@
 ///     } while (result == CHttp::StartAgain);
 ///
 /// - Results: Success; StartAgain when the whole request is to be sent anew, beginning with OpenConnect:
-/// after a
-///   redirection that keeps the method (307, 308), a 401 that the user and password in the URL answer
-///   (Basic), or when a kept connection died before any answer. Any call of a request may give it.
+///   after a redirection that keeps the method (307, 308), a 401 that the user and password in the URL answer
+///   (Digest or Basic), or when a kept connection died before any answer. Any call of a request may give it.
 /// - Errors: every failure is an exception that tells what the server answered or what went wrong: an answer
 ///   that is no success, a connection that fails or dies, TLS, time-outs, more than 5 new starts.
 /// - TLS: certificates and host names are verified against the system's authorities, or those in the file
-/// that
-///   the environment variable SSL_CERT_FILE names. A redirection never leads from HTTPS to HTTP.
+///   that the environment variable SSL_CERT_FILE names. A redirection never leads from HTTPS to HTTP.
+/// - Proxies: those of the environment variables http_proxy, https_proxy and no_proxy, with the user and
+///   password in them.
 /// - A section's content ends with "\r\n" from the caller: the line end that belongs to the boundary.
 /// - Units: milliseconds. Ownership: borrows pieces until the call returns. Threads: one at a time.
 class ZTCORE_API CHttp {

@@ -90,8 +90,8 @@ void HttpTransfer::setOptions(const Request& request) {
   set(easy, CURLOPT_WRITEDATA, this);
   const std::string authorities = tovin::wideToUtf8(tovin::platform::environmentVariable("SSL_CERT_FILE"));
   if (!authorities.empty()) set(easy, CURLOPT_CAINFO, authorities.c_str());
-  if (request.withCredentials) {
-    set(easy, CURLOPT_HTTPAUTH, CURLAUTH_BASIC);
+  if (request.authentication != CURLAUTH_NONE) {
+    set(easy, CURLOPT_HTTPAUTH, request.authentication);
     set(easy, CURLOPT_USERNAME, request.target.user.c_str());
     set(easy, CURLOPT_PASSWORD, request.target.password.c_str());
   }
@@ -148,7 +148,7 @@ size_t HttpTransfer::onHeader(char* line, size_t one, size_t count, void* self) 
 }
 
 // A status line ("HTTP/1.1 403 Forbidden") begins an answer, an empty line ends its head; "100 Continue"
-// comes before the real one.
+// comes before the real one, and so does the challenge that curl, for Digest, asks for with an empty request.
 bool HttpTransfer::takeHeader(std::string_view line) {
   while (!line.empty() && (line.back() == '\n' || line.back() == '\r')) line.remove_suffix(1);
   if (line.empty()) headComplete_ = status_ >= 200;
@@ -158,6 +158,7 @@ bool HttpTransfer::takeHeader(std::string_view line) {
   std::from_chars(line.data(), line.data() + line.size(), status_);
   reason_ = line.substr(std::min(line.find(' '), line.size()));
   body_.clear();
+  headComplete_ = false;
   return true;
 }
 
@@ -265,8 +266,11 @@ std::string HttpTransfer::redirection() const {
   return url ? url : std::string();
 }
 
-bool HttpTransfer::offersBasic() const {
+unsigned long HttpTransfer::challenge() const {
   long offered = 0;
   curl_easy_getinfo(easy_.get(), CURLINFO_HTTPAUTH_AVAIL, &offered);
-  return (static_cast<unsigned long>(offered) & CURLAUTH_BASIC) != 0;
+  for (const unsigned long scheme : {CURLAUTH_DIGEST, CURLAUTH_BASIC}) {
+    if ((static_cast<unsigned long>(offered) & scheme) != 0) return scheme;
+  }
+  return CURLAUTH_NONE;
 }

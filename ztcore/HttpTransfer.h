@@ -18,7 +18,8 @@ class HttpTransfer {
  public:
   struct Request {
     HttpTarget target;
-    bool withCredentials;
+    // How the credentials of the target go along: a CURLAUTH_ bit, or CURLAUTH_NONE.
+    unsigned long authentication;
     std::string contentType;
     bool afterContinue;
     unsigned connectTimeout;
@@ -57,7 +58,8 @@ class HttpTransfer {
   const std::string& body() const noexcept { return body_; }
   // Empty unless the answer redirects.
   std::string redirection() const;
-  bool offersBasic() const;
+  // What the answer's challenge takes: the best of Digest and Basic, or CURLAUTH_NONE.
+  unsigned long challenge() const;
 
  private:
   using Clock = std::chrono::steady_clock;

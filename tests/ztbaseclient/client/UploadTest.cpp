@@ -192,6 +192,23 @@ TEST_F(Upload, NewStartSendsTheWholeFileAgain) {
   EXPECT_EQ(server.report(), "FileName 6E616D65\nSID 73\n" + fileLine(file, digest));
 }
 
+TEST_F(Upload, ChallengesAreAnsweredFromTheUrl) {
+  const std::string file = folder_.write("file", "x"), users = folder_.write("users", "al:s3:c\n");
+  for (const std::string method : {"basic", "digest"}) {
+    const WebServer server(
+        "server.modules += (\"mod_auth\", \"mod_authn_file\")\nauth.backend = \"plain\"\n"
+        "auth.backend.plain.userfile = \"" +
+        testsupport::shellPath(users) + "\"\nauth.require = (\"\" => (\"method\" => \"" + method +
+        "\", \"realm\" => \"r\", \"require\" => \"valid-user\"))\n");
+    const std::wstring url = tovin::utf8ToWide(server.url()).insert(std::strlen("http://"), L"al:WRONG@");
+    EXPECT_THAT(upload(file, url), HasSubstr("<title>401 Unauthorized"));
+    EXPECT_EQ(server.report(), "");
+    EXPECT_EQ(upload(file, std::wstring(url).replace(url.find(L"WRONG"), 5, L"s3:c")), "") << method;
+    EXPECT_THAT(server.report(),
+                HasSubstr(" 1 2d711642b726b04401627ca9fbac32f5c8530fb1903cc4db02258717921a4881"));
+  }
+}
+
 TEST_F(Upload, ProgressCountsTheFile) {
   const WebServer server;
   const std::string file = folder_.write("a", std::string(300'000, 'x'));
