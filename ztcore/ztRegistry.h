@@ -18,9 +18,8 @@
 /// - Names fold ASCII case; a value has one, it is never a key's nameless default.
 /// - Writing: the file is replaced in one step; comments and lines that mean nothing stay as they are.
 /// - Errors: what is not there is a false result. Of the registry "Unable to write settings value %ls"; of
-/// the
-///   file "Unable to read settings file %ls" for one that cannot be read or is a folder, "Settings file %ls
-///   is longer than %d bytes", "Unable to write settings file %ls"; names and values with line breaks are
+///   the file "Unable to read settings file %ls" for one that cannot be read or is a folder, "Settings file
+///   %ls is longer than %d bytes", "Unable to write settings file %ls"; names and values with line breaks are
 ///   refused.
 class ZTCORE_API ztRegistry {
  public:

@@ -1,24 +1,22 @@
+#include "ztcore/ztRegistry.h"
+
 #include "tovinCore/Exception.h"
 #include "tovinCore/Guard.h"
-#include "tovinCore/platform/Environment.h"
-#include "ztcore/IniText.h"
-#include "ztcore/ztRegistry.h"
+#include "ztcore/Settings.h"
 
 using tovin::guarded;
 
 namespace {
 
 constexpr const char* ClassName = "ztRegistry";
-constexpr const wchar_t* fileName = L"/dravolin/settings.ini";
 
-std::wstring_view viewOf(const wchar_t* text) { return text ? std::wstring_view(text) : std::wstring_view(); }
+std::wstring textOf(const wchar_t* text) { return text ? std::wstring(text) : std::wstring(); }
 
 }  // namespace
 
 bool ztRegistry::Connect(Hive) {
   return guarded({ClassName, "Connect"}, [&] {
-    const std::wstring folder = tovin::platform::settingsFolder();
-    store_ = folder.empty() ? folder : folder + fileName;
+    store_ = settings::place();
     key_.clear();
     return !store_.empty();
   });
@@ -27,7 +25,7 @@ bool ztRegistry::Connect(Hive) {
 bool ztRegistry::Open(const wchar_t* key) {
   return guarded({ClassName, "Open"}, [&] {
     key_.clear();
-    if (!Create(key) || IniText::load(store_).hasSection(key_)) return !key_.empty();
+    if (!Create(key) || settings::hasKey(store_, key_)) return !key_.empty();
     key_.clear();
     return false;
   });
@@ -35,25 +33,23 @@ bool ztRegistry::Open(const wchar_t* key) {
 
 bool ztRegistry::Create(const wchar_t* key) {
   return guarded({ClassName, "Create"}, [&] {
-    key_ = store_.empty() ? std::wstring_view() : viewOf(key);
+    key_ = store_.empty() ? std::wstring() : textOf(key);
     return !key_.empty();
   });
 }
 
 bool ztRegistry::GetValue(const wchar_t* name, tovin::WideString& value) const {
   return guarded({ClassName, "GetValue"}, [&] {
-    if (key_.empty()) return false;
-    const auto found = IniText::load(store_).find(key_, viewOf(name));
-    if (found) value = *found;
-    return found.has_value();
+    std::wstring text;
+    if (key_.empty() || !settings::read(store_, key_, textOf(name), text)) return false;
+    value = text;
+    return true;
   });
 }
 
 void ztRegistry::SetValue(const wchar_t* name, const wchar_t* value) {
   guarded({ClassName, "SetValue"}, [&] {
     if (key_.empty()) throw tovin::Exception(L"No settings key is open");
-    IniText text = IniText::load(store_);
-    text.set(key_, viewOf(name), viewOf(value));
-    text.save(store_);
+    settings::write(store_, key_, textOf(name), textOf(value));
   });
 }
