@@ -21,7 +21,7 @@ namespace tovin {
 ///     if (!name.isNull()) use(name.c_str());
 ///
 /// - Ownership: owns its characters; copies copy them. One pointer in size: length and capacity stand before
-/// the text.
+///   the text.
 /// - Shape: C is wchar_t (UTF-16 units) or char; the length counts elements without the terminator.
 /// - Errors: MemoryException; InvalidIndexException(index, length - 1) from the checked operator[].
 template <class C>
@@ -153,7 +153,11 @@ class BaseString {
   }
 
   void grow(size_t length) {
-    if (text_ && capacity() >= length) return;
+    if (!text_ || header()->capacity < length) enlarge(length);
+  }
+
+  // Apart from grow, which is to be small enough to stand where it is called.
+  [[gnu::noinline]] void enlarge(size_t length) {
     if (length > (SIZE_MAX / 2 - sizeof(Header)) / sizeof(C))
       throw MemoryException(sizeof(C), static_cast<long long>(length));
     void* block = AllocBase::_alloc(sizeof(Header) + (length + 1) * sizeof(C));

@@ -225,11 +225,15 @@ void readWideBody(iByteInputStream& stream, WideString& text, int32_t count) {
   text.clear();
   if (count == 0) return;
   requireKnownVersion(stream.getSerializationVersion());
+  size_t room = 0;
   for (int32_t done = 0; done < count;) {
     const int32_t piece = std::min(count - done, chunkUnits);
-    // Doubling keeps long texts linear; the first piece is all that a count alone can claim.
     const size_t reached = static_cast<size_t>(done) + static_cast<size_t>(piece);
-    text.reserve(std::min(static_cast<size_t>(count), std::max(reached, static_cast<size_t>(done) * 2)));
+    if (reached > room) {
+      // Doubling keeps long texts linear; the first piece is all that a count alone can claim.
+      room = std::min(static_cast<size_t>(count), std::max(reached, room * 2));
+      text.reserve(room);
+    }
     readUnits(stream, text.data() + done, piece, {done, count});
     done += piece;
     text.setLength(static_cast<size_t>(done));

@@ -106,9 +106,14 @@ size_t asciiPrefix(std::string_view bytes) noexcept {
     for (uint64_t word : words) bits |= word;
     if (bits & 0x8080808080808080) break;
   }
-  for (uint64_t word; bytes.size() - at >= sizeof word; at += sizeof word) {
+  uint64_t word;
+  for (; bytes.size() - at >= sizeof word; at += sizeof word) {
     std::memcpy(&word, bytes.data() + at, sizeof word);
     if (word & 0x8080808080808080) break;
+  }
+  if (bytes.size() >= sizeof word && bytes.size() - at < sizeof word) {  // the rest, with some once more
+    std::memcpy(&word, bytes.data() + bytes.size() - sizeof word, sizeof word);
+    if (!(word & 0x8080808080808080)) return bytes.size();
   }
   while (at < bytes.size() && static_cast<unsigned char>(bytes[at]) < 0x80) ++at;
   return at;

@@ -26,13 +26,18 @@ bool ztStringReader::getFileLine(tovin::WideString& line) {
     position_ = std::max(position_, file_->GetPosition());  // behind a mark without text
     return false;
   }
-  if (file_->GetEncoding() == ztFile::Encoding::Unknown && tovin::asciiPrefix(text) < text.size()) {
-    file_->DetermineEncoding();
-  }
-  lines::decode(text, file_->GetEncoding(), line);
+  lines::decode(text, encodingOf(text), line);
   file_->Consume(length);
   position_ = file_->GetPosition();
   return true;
+}
+
+// ASCII is the same in all encodings of which it is still unknown which one it is.
+ztFile::Encoding ztStringReader::encodingOf(std::string_view text) {
+  if (file_->GetEncoding() != ztFile::Encoding::Unknown) return file_->GetEncoding();
+  if (tovin::asciiPrefix(text) == text.size()) return ztFile::Encoding::Bytes;
+  file_->DetermineEncoding();
+  return file_->GetEncoding();
 }
 
 // The next line in the window: its text without an end, and how many bytes it takes with it.

@@ -55,6 +55,7 @@ class ZTCORE_API ztStringReader {
  private:
   bool getFileLine(tovin::WideString& line);
   bool getMemoryLine(tovin::WideString& line);
+  ztFile::Encoding encodingOf(std::string_view text);
   bool findLine(std::string_view& text, size_t& length);
 
   std::unique_ptr<ztFastReadFile> file_;

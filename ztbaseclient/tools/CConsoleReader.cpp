@@ -40,16 +40,17 @@ wchar_t unescaped(wchar_t letter) {
 }
 
 void decode(std::wstring_view text, tovin::WideString& out) {
-  out.reserve(text.size());
-  out.clear();
+  out.setLength(text.size());
+  wchar_t* to = out.data();
   for (size_t at = 0; at < text.size();) {
     const size_t sign = std::min(text.find(L'%', at), text.size());
-    out += text.substr(at, sign - at);
-    if (sign == text.size()) return;
+    to = std::copy(text.data() + at, text.data() + sign, to);
+    if (sign == text.size()) break;
     const wchar_t escape = sign + 1 < text.size() ? unescaped(text[sign + 1]) : L'\0';
-    out += escape ? escape : L'%';
+    *to++ = escape ? escape : L'%';
     at = sign + (escape ? 2 : 1);
   }
+  out.setLength(static_cast<size_t>(to - out.data()));
 }
 
 const std::wstring_view beginText = tovin::DRV_ConsoleEntryBegin, endText = tovin::DRV_ConsoleEntryEnd;
