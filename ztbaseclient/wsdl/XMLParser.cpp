@@ -34,21 +34,13 @@ class CWsdlParser::XMLParser::Builder {
     if (*attributes) {
       tovin::iPropertyCollection* properties = node->getProperties();
       for (; *attributes; attributes += 2) {
-        define(*properties, widen(name_, attributes[0]), widen(text_, attributes[1]));
+        properties->define(widen(name_, attributes[0]), widen(text_, attributes[1]), 0);
       }
     }
     return node.detachUncounted();
   }
 
  private:
-  // Names of attributes that differ by case only are one name to a collection: the first one stays.
-  static void define(tovin::iPropertyCollection& properties, const wchar_t* name, const wchar_t* text) {
-    if (properties.isDefined(name))
-      tovin::Exception::warn(L"ignoring attribute %ls, another one differs from it by case only", name);
-    else
-      properties.define(name, text, 0);
-  }
-
   // One wide character a byte: the document's encoding is not undone here.
   static const wchar_t* widen(std::wstring& room, const char* bytes) {
     const auto* first = reinterpret_cast<const unsigned char*>(bytes);

@@ -95,13 +95,11 @@ TEST_F(DocumentBuilder, ASecondDocumentNeedsAReset) {
   EXPECT_EQ(fromFile("<c/>"), L"c");
 }
 
-// Prefixes of namespaces among them: to a collection they are one name.
-TEST_F(DocumentBuilder, TheFirstOfAttributesThatDifferOnlyInCaseIsKept) {
-  std::wstring warning;
-  auto before = tovin::Exception::setWarningHandler([&](const wchar_t* text) { warning += text; });
-  EXPECT_EQ(fromBytes("<a xmlns:b='u' id='1' xmlns:B='v' x='2'/>"), L"a[xmlns:b=u id=1 x=2]");
-  tovin::Exception::setWarningHandler(before);
-  EXPECT_EQ(warning, L"ignoring attribute xmlns:B, another one differs from it by case only");
+// To a collection they are one name.
+TEST_F(DocumentBuilder, AttributesThatDifferOnlyInCaseAreRefused) {
+  expectMessage(L"Property xmlns:B already exists\n", [&] { fromBytes("<a xmlns:b='u' xmlns:B='v'/>"); });
+  parser_.reset();
+  expectMessage(L"Property ID already exists\n", [&] { fromFile("<a><b id='1' ID='2'/></a>"); });
 }
 
 TEST_F(DocumentBuilder, TagsOutsideOfARootAreRefused) {
