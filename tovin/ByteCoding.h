@@ -10,8 +10,7 @@
 /// The byte coding that every record is built from. All multi-byte fields are little-endian.
 ///
 /// - Errors: a stream that ends early has one of the "EOF reading …" messages; a count that no writer can
-/// have
-///   written is refused by name. What was read before stays read.
+///   have written is refused by name. What was read before stays read.
 /// - Memory: a count never sizes an allocation by itself; room grows with the bytes that arrive.
 namespace tovin::coding {
 

@@ -14,7 +14,7 @@ class Object;
 /// A class's registration object: found by the class's tag, makes instances.
 ///
 /// - Ownership: a static object of its class, kept in the process-wide registry; borrows its tag and leak
-/// detector.
+///   detector.
 /// - Errors: registering a class whose hash (of either kind) belongs to another name is an exception at load.
 /// - Threads: finding a class takes no lock.
 class TOVIN_API Class {

@@ -36,7 +36,7 @@ class LeakRegistration {
 ///     PooledObject> { … };
 ///
 /// - T supplies ClassName, Tag, m_leakDetector and m_class (ClassImp or PooledClassImp), defined in its
-/// source.
+///   source.
 /// - Bases are its framework bases, asked for a class identity in this order after T's own tag.
 template <class T, class... Bases>
 class FrameworkClass : public Bases... {

@@ -53,8 +53,8 @@ constexpr uint32_t primeFrom(uint32_t n) {
 /// - Ownership: owns keys and values. References into it are good until the next put, remove or resize.
 /// - Errors: a table made with 0 buckets refuses find, put and remove, each with a message of its own.
 /// - Speed: entries lie in one block, with their hashes; chains are indexes into it. A chain as long as
-/// chance never makes it shows keys that were chosen to meet: from then on, until clear(), the table hashes
-/// under the process's key.
+///   chance never makes it shows keys that were chosen to meet: from then on, until clear(), the table hashes
+///   under the process's key.
 template <class K, class V, class Traits = HashTraits<K>>
 class HashMap {
  public:

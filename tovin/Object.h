@@ -94,7 +94,7 @@ class TOVIN_API CountedObject : public virtual Object {
 /// An object that is recycled through its class's pool.
 ///
 /// - Ownership: one made with plain `new` is given back like any other, and is then destroyed. One that is a
-/// variable or a member dies with that and cannot be given back.
+///   variable or a member dies with that and cannot be given back.
 class TOVIN_API PooledObject : public virtual Object {
  public:
   PooledObject() : origin_(originOf(this)) {}

@@ -13,8 +13,8 @@ class iProperty;
 /// An ordered list of counted references: what a query selects.
 ///
 /// - Ownership: holds one reference to each object that is counted when it comes in; one that its tree gives
-/// up meanwhile lives on for the set. An object that nobody counts (a root node as it was allocated) stays
-/// its maker's, who outlives the set's use of it.
+///   up meanwhile lives on for the set. An object that nobody counts (a root node as it was allocated) stays
+///   its maker's, who outlives the set's use of it.
 template <class T>
 class ReferenceSetImpl {
  public:

@@ -8,8 +8,7 @@ namespace tovin {
 /// A named, ordered set of properties.
 ///
 /// - Names: equal with A to Z folded. Where a node owns the collection, a name that begins with '/' also
-/// leads to
-///   properties of other nodes of its tree.
+///   leads to properties of other nodes of its tree.
 /// - Ownership: counted; owns its properties.
 class TOVIN_API iPropertyCollection : public virtual CountedObject {
  public:

@@ -30,7 +30,7 @@ struct CatchEntry {
 /// - Shape: message as wide text; what() is the message and the trail as UTF-8, a line an entry.
 /// - Ownership: copies share one state until one of them changes; copying never throws.
 /// - Threads: one thread at a time, like any exception object; the warning handler may be set from any
-/// thread.
+///   thread.
 class TOVINCORE_API Exception : public std::exception {
  public:
   Exception();

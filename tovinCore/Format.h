@@ -66,7 +66,7 @@ class FormatArg {
 /// - Conversions: %d %i %u %x %X %c %s %ls %hs %f %e %g %%, with flags "-0+ #", width and precision; length
 ///   modifiers are accepted and passed over, because every argument brings its own width.
 /// - A null text prints as "(null)"; a 32-bit %x of a negative number prints 32 bits; reals print `nan` and
-/// `inf`.
+///   `inf`.
 /// - Narrow texts are UTF-8. An argument that is missing or of another kind prints as "(?)".
 TOVINCORE_API std::wstring format(const wchar_t* pattern, std::span<const FormatArg> args);
 

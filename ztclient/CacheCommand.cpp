@@ -4,6 +4,7 @@
 
 #include "tovinCore/Utf8.h"
 #include "ztbaseclient/client/CCacheRequest.h"
+#include "ztclient/Arguments.h"
 #include "ztclient/Commands.h"
 #include "ztclient/NameValue.h"
 
@@ -43,8 +44,10 @@ void commands::addCache(CLI::App& app, int& status) {
   CLI::App* cache =
       app.add_subcommand("cache", "Check the arguments of a cache request and write them as URL");
   addNameValues(*cache, "--arg", options->arguments, "An argument: user, jobid, cacheid, recnum, node, …");
-  cache->add_option("--require", options->required, "Mask of the arguments that must be there, as 3 or 0x3");
-  cache->add_option("--mask", options->mask, "Mask of the parameters to print; those given unless said");
+  arguments::addNumber(*cache, "--require", options->required,
+                       "Mask of the arguments that must be there, as 3 or 0x3");
+  arguments::addNumber(*cache, "--mask", options->mask,
+                       "Mask of the parameters to print; those given unless said");
   cache->footer("Example: ztclient cache --arg user=alice --arg jobid=7 --require 0x3");
   cache->callback([options, &status] { status = run(*options); });
 }

@@ -7,6 +7,7 @@
 #include "tovinCore/Utf8.h"
 #include "tovinCore/Wipe.h"
 #include "ztbaseclient/auth/CCredentials.h"
+#include "ztclient/Arguments.h"
 #include "ztclient/Commands.h"
 #include "ztclient/Document.h"
 #include "ztclient/Json.h"
@@ -177,13 +178,16 @@ void addMake(CLI::App& credentials, int& status) {
                   "File whose first line is the password; - for standard input");
   app->add_option("--server-ip", options->serverIP, "IPv4 address of the server");
   app->add_option("--client-ip", options->clientIP, "IPv4 address of the client");
-  app->add_option("--login-time", options->loginTime, "Time of the login, a number of 64 bits with its sign");
-  app->add_option("--body-flags", options->bodyFlags, "Flags that are enciphered");
-  app->add_option("--header-flags", options->headerFlags, "Flags that are not");
-  app->add_option("--role-bit", options->roleBits, "Number of a role that the user has; may be repeated")
+  arguments::addNumber(*app, "--login-time", options->loginTime,
+                       "Time of the login, a number of 64 bits with its sign");
+  arguments::addNumber(*app, "--body-flags", options->bodyFlags, "Flags that are enciphered");
+  arguments::addNumber(*app, "--header-flags", options->headerFlags, "Flags that are not");
+  arguments::addNumber(*app, "--role-bit", options->roleBits,
+                       "Number of a role that the user has; may be repeated")
+      ->check(CLI::Range(uint32_t{0}, UINT32_MAX - 1))
       ->expected(1)
       ->take_all();
-  app->add_option("--role-bits", options->roleBitCount, "How many roles there are");
+  arguments::addNumber(*app, "--role-bits", options->roleBitCount, "How many roles there are");
   app->footer(
       "Example: ztclient credentials make --user ann --password-file - --role-bit 3 --role-bits 16\n"
       "The string hides the password from the eye, not from an attacker: send it over HTTPS only.");

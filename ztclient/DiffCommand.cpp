@@ -5,6 +5,7 @@
 #include "tovinCore/Exception.h"
 #include "tovinCore/Utf8.h"
 #include "ztbaseclient/tools/CDiffFiles.h"
+#include "ztclient/Arguments.h"
 #include "ztclient/Commands.h"
 #include "ztclient/InputFile.h"
 #include "ztclient/ProgressBar.h"
@@ -51,7 +52,7 @@ int run(const Options& options) {
     print(e.getMessage());
     return commands::done;
   } catch (const tovin::DiffErrorException& e) {
-    print(file1.shown(file2.shown(e.getMessage())));
+    print(InputFile::asGiven(e.getMessage()));
     return commands::negative;
   }
 }
@@ -63,8 +64,8 @@ void commands::addDiff(CLI::App& app, int& status) {
   CLI::App* diff = app.add_subcommand("diff", "Compare two result files");
   diff->add_option("FILE1", options->file1, "A file; - for standard input")->required();
   diff->add_option("FILE2", options->file2, "The file to compare it with")->required();
-  diff->add_option("--tolerance", options->tolerance,
-                   "How many significant digits of decimal numbers must agree; 0 for all")
+  arguments::addNumber(*diff, "--tolerance", options->tolerance,
+                       "How many significant digits of decimal numbers must agree; 0 for all")
       ->capture_default_str();
   diff->add_flag("--binary", options->binary, "Compare byte by byte");
   diff->footer("Example: ztclient diff expected.txt result.txt --tolerance 4");

@@ -78,7 +78,8 @@ std::string bytesOf(std::wstring_view text) {
 }
 
 std::string Document::utf8(std::wstring_view text) const {
-  const std::string bytes = bytesAsCharacters ? bytesOf(text) : tovin::wideToUtf8(text);
+  if (!bytesAsCharacters) return tovin::wideToUtf8(text);
+  const std::string bytes = bytesOf(text);
   bool cutShort = false;
   return tovin::isValidUtf8(bytes, cutShort) ? bytes : repaired(bytes);
 }

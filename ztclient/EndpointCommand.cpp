@@ -4,6 +4,7 @@
 
 #include "tovinCore/Utf8.h"
 #include "ztbaseclient/client/LocatorEndpointIdentity.h"
+#include "ztclient/Arguments.h"
 #include "ztclient/Commands.h"
 
 namespace {
@@ -33,7 +34,8 @@ void commands::addEndpoint(CLI::App& app, int& status) {
   CLI::App* endpoint =
       app.add_subcommand("endpoint", "Turn a server's host text into its end point, or back");
   endpoint->add_option("TEXT", options->text, "Host, host:port or URL")->required();
-  endpoint->add_option("--release", options->release, "The server's release number")->capture_default_str();
+  arguments::addNumber(*endpoint, "--release", options->release, "The server's release number")
+      ->capture_default_str();
   endpoint->add_flag("--reverse", options->reverse, "From the end point back to the host text");
   endpoint->footer("Example: ztclient endpoint atlas --release 403");
   endpoint->callback([options, &status] {

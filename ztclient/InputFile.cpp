@@ -3,6 +3,8 @@
 #include <cstdio>
 #include <filesystem>
 #include <random>
+#include <utility>
+#include <vector>
 
 #include "tovinCore/Exception.h"
 #include "tovinCore/Utf8.h"
@@ -68,6 +70,12 @@ bool isPipe(const std::string& name) {
   return std::filesystem::is_fifo(platform::pathOf(name), ignored);
 }
 
+// Of the files that are kept, and as they were given.
+std::vector<std::pair<std::wstring, std::wstring>>& names() {
+  static std::vector<std::pair<std::wstring, std::wstring>> names;
+  return names;
+}
+
 }  // namespace
 
 int64_t lengthOf(const wchar_t* name) {
@@ -75,7 +83,7 @@ int64_t lengthOf(const wchar_t* name) {
   return file.Open(name, ztFile::ForReading) ? file.GetLength() : 0;
 }
 
-InputFile::InputFile(const std::string& given) : name_(tovin::utf8ToWide(given)), shown_(name_) {
+InputFile::InputFile(const std::string& given) : name_(tovin::utf8ToWide(given)) {
   const bool standardInput = given == "-";
   if (!standardInput && !isPipe(given)) return;
   try {
@@ -89,6 +97,7 @@ InputFile::InputFile(const std::string& given) : name_(tovin::utf8ToWide(given))
     throw;
   }
   name_ = platform::wideOf(kept_);
+  names().emplace_back(name_, tovin::utf8ToWide(given));
 }
 
 uint64_t InputFile::length() const { return static_cast<uint64_t>(lengthOf(name())); }
@@ -100,10 +109,11 @@ void InputFile::removeKept() const noexcept {
   if (!kept_.empty()) std::filesystem::remove(kept_, ignored);
 }
 
-std::wstring InputFile::shown(std::wstring message) const {
-  if (kept_.empty()) return message;
-  for (size_t at = 0; (at = message.find(name_, at)) != std::wstring::npos; ++at) {
-    message.replace(at, name_.size(), shown_);
+std::wstring InputFile::asGiven(std::wstring message) {
+  for (const auto& [kept, given] : names()) {
+    for (size_t at = 0; (at = message.find(kept, at)) != std::wstring::npos; ++at) {
+      message.replace(at, kept.size(), given);
+    }
   }
   return message;
 }

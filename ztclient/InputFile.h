@@ -18,13 +18,12 @@ class InputFile {
 
   const wchar_t* name() const noexcept { return name_.c_str(); }
   uint64_t length() const;
-  /// A message with the name as it was given.
-  std::wstring shown(std::wstring message) const;
+  /// A message in which the files that are kept, all that there were, have the names that were given.
+  static std::wstring asGiven(std::wstring message);
 
  private:
   void removeKept() const noexcept;
 
   std::filesystem::path kept_;
   std::wstring name_;
-  std::wstring shown_;
 };

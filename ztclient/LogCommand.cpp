@@ -10,6 +10,7 @@
 #include "tovinCore/platform/Console.h"
 #include "ztbaseclient/tools/CConsoleEntry.h"
 #include "ztbaseclient/tools/CConsoleReader.h"
+#include "ztclient/Arguments.h"
 #include "ztclient/Commands.h"
 #include "ztclient/InputFile.h"
 #include "ztclient/Json.h"
@@ -116,7 +117,7 @@ void commands::addLog(CLI::App& app, int& status) {
   auto options = std::make_shared<Options>();
   CLI::App* log = app.add_subcommand("log", "Show the entries of a job's console log");
   log->add_option("FILE", options->file, "The log; - for standard input")->required();
-  log->add_option("--position", options->position, "Begin at this byte");
+  arguments::addNumber(*log, "--position", options->position, "Begin at this byte");
   log->add_flag("--json", options->json, "One JSON object an entry, each on its own line");
   log->add_flag("--follow", options->follow, "Go on with what is still written; only complete entries");
   log->footer("Example: ztclient log job.log --json --follow");

@@ -6,6 +6,7 @@
 #include "tovinCore/platform/Console.h"
 #include "ztclient/Arguments.h"
 #include "ztclient/Commands.h"
+#include "ztclient/InputFile.h"
 #include "ztclient/Suggestion.h"
 #include "ztclient/Terminal.h"
 #include "ztclient/WarningScope.h"
@@ -46,7 +47,7 @@ int main(int argc, char** argv) {
   } catch (const CLI::ParseError& e) {
     return report(app, explain(app, e));
   } catch (const tovin::Exception& e) {
-    return report(app, tovin::wideToUtf8(e.getMessage()));
+    return report(app, tovin::wideToUtf8(InputFile::asGiven(e.getMessage())));
   } catch (const std::exception& e) {
     return report(app, e.what());
   }

@@ -14,7 +14,7 @@
 /// - Names: UTF-16; UTF-8 towards the system where that speaks bytes. Folders are no files.
 /// - Ownership: owns the open file, closes it when it dies.
 /// - Errors: Open tells by its result; later failures raise "Unable to read file %ls", "Unable to write file
-/// %ls".
+///   %ls".
 class ZTCORE_API ztFile {
  public:
   enum Mode { ForReading = 1, ForWriting = 2, ForAppending = 3 };

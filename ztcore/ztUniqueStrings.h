@@ -10,8 +10,7 @@
 ///     name = ztUniqueStrings::GetUniqueString(nullptr, name, nullptr);    // only gives up
 ///
 /// - Ownership: each pointer handed out counts one reference; the copy dies with its last reference. A count
-/// that
-///   reaches its limit stays there, and the text with it.
+///   that reaches its limit stays there, and the text with it.
 /// - Shape: texts are compared exactly, case and all.
 /// - Threads: any; the table has 16 parts, each with a lock of its own.
 class ZTCORE_API ztUniqueStrings {

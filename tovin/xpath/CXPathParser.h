@@ -15,8 +15,7 @@ namespace tovin {
 /// - Shape: elements are nodes and attributes their properties, but for the node's own value, which only its
 ///   name selects; a document root above the tree is part of paths and of no result.
 /// - Results: node sets and property sets in document order, nothing twice. Numbers are cut to integers,
-/// those out
-///   of range to the nearest limit; what is no number gives 0 and false.
+///   those out of range to the nearest limit; what is no number gives 0 and false.
 /// - Errors: "Query \"%ls\": … at position %d" for a text that is no query, or gives no node set where one is
 ///   asked for.
 /// - Threads: one thread at a time, like the tree; compiled queries are shared between all.

@@ -61,7 +61,9 @@ int64_t writeFile(intptr_t handle, const void* bytes, size_t count) noexcept {
 }
 
 bool seekFile(intptr_t handle, int64_t position) noexcept {
-  return ::lseek(descriptor(handle), position, SEEK_SET) >= 0;
+  if (::lseek(descriptor(handle), position, SEEK_SET) >= 0) return true;
+  // A place that the file system has not got: no file reaches it, and there is nothing to read.
+  return position > 0 && errno == EINVAL && ::lseek(descriptor(handle), 0, SEEK_END) >= 0;
 }
 
 int64_t fileLength(intptr_t handle) noexcept {

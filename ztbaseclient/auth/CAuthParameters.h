@@ -17,7 +17,7 @@
 /// - Ownership: owns its texts.
 /// - Shape: texts never null; the enciphered password is UTF-8 in Base64, enciphered, in Base64 again.
 /// - Errors: "Property %ls does not exist"; "Error decoding", "Decrypt failed" or "Decode failed" for an
-/// enciphered password that is none. A failure changes nothing.
+///   enciphered password that is none. A failure changes nothing.
 class ZTBASECLIENT_API CAuthParameters : public tovin::FrameworkClass<CAuthParameters, tovin::Object> {
  public:
   static constexpr const char* ClassName = "CAuthParameters";

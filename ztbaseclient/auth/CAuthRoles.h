@@ -16,7 +16,7 @@
 /// - Ownership: owns its bits; the cache is counted and may be null.
 /// - Shape: the bits may be fewer than the roles of the cache; a bit beyond their end is off.
 /// - Errors: whatever takes or gives names refuses without a cache; SetRoles and AddToRole refuse a name that
-/// the cache does not know.
+///   the cache does not know.
 class ZTBASECLIENT_API CAuthRoles : public tovin::FrameworkClass<CAuthRoles, tovin::Object> {
  public:
   static constexpr const char* ClassName = "CAuthRoles";

@@ -26,9 +26,9 @@
 ///
 /// - Ownership: owns its texts, which are wiped when they are cleared or die; the roles' cache is counted.
 /// - Shape: texts of up to 255 UTF-16 units, never null; addresses in network order; strings as in
-/// docs/formats.md. One whose UTF-8 form exceeds 255 bytes is written with a length byte that wraps.
+///   docs/formats.md. One whose UTF-8 form exceeds 255 bytes is written with a length byte that wraps.
 /// - Errors: "String too long", "Empty Credentials", "Error decoding", "Decrypt failed", "Decode failed"; a
-/// failed DecryptBody changes no field. A wrong checksum is no error: ask VerifyChecksum.
+///   failed DecryptBody changes no field. A wrong checksum is no error: ask VerifyChecksum.
 /// - Threads: one thread at a time a record.
 class ZTBASECLIENT_API CCredentials : public tovin::FrameworkClass<CCredentials, tovin::Object> {
  public:

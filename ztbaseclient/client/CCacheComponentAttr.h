@@ -7,7 +7,7 @@
 /// records left it by each, and the property that tags them, as "id;ports;pass:fail;tag".
 ///
 /// - Shape: a plain value. The text is kept and written back as it came; fields that are missing are empty or
-/// 0.
+///   0.
 /// - Errors: none of its own.
 class ZTBASECLIENT_API CCacheComponentAttr {
  public:

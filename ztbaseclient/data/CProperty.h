@@ -13,11 +13,10 @@
 ///     size->setValue(2.5);
 ///
 /// - Ownership: owns its value; the parent is a back pointer. Counted: a collection holds one reference; one
-/// that
-///   nobody holds is given back with deleteInstance().
+///   that nobody holds is given back with deleteInstance().
 /// - Shape: name wide text, null allowed; value any class of the Value family; record as in docs/formats.md.
 /// - Names: shared unique strings, but for names that begin with '_', of which each property keeps a copy of
-/// its own.
+///   its own.
 /// - Errors: PropertyAccessException when read-only.
 /// - Threads: one thread at a time; only the pool is locked.
 class ZTBASECLIENT_API CProperty

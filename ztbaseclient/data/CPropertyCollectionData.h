@@ -15,10 +15,9 @@
 /// on.
 ///
 /// - Lookup: names are equal with A to Z folded. With duplicates, up to nine properties answer with the first
-/// of
-///   them, ten and more with the last.
+///   of them, ten and more with the last.
 /// - Ownership: holds one reference to each property; the owner, which new properties get as parent, is
-/// borrowed.
+///   borrowed.
 /// - Errors: InvalidIndexException(index, number of properties - 1).
 class ZTBASECLIENT_API CPropertyCollectionData
     : public tovin::FrameworkClass<CPropertyCollectionData, tovin::PooledObject> {

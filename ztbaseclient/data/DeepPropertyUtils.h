@@ -10,7 +10,7 @@
 ///     DeepPropertyUtils::NodeLocation(node, true, path);   // "/root/child[2]/"
 ///
 /// - Shape: a location is a path query from the root, each step closed by '/'; a property is an attribute of
-/// its node.
+///   its node.
 namespace DeepPropertyUtils {
 
 /// The path that leads to a node: by names, with a position where siblings share one, or by positions only.

@@ -6,12 +6,11 @@
 /// A node that carries one framework object, so that the object can ride inside a tree.
 ///
 /// - Ownership: one reference to a counted object; any other object is owned outright and given back when it
-/// goes.
+///   goes.
 /// - Shape: record as in docs/formats.md. Carried objects that hold carriers again go 1,000 deep and no
-/// further.
+///   further.
 /// - Irregular on purpose: cloneNode copies by way of the record when an object is carried, always deep, and
-/// copies
-///   nothing at all when none is; operator= and reading leave the object held before as it was.
+///   copies nothing at all when none is; operator= and reading leave the object held before as it was.
 class ZTBASECLIENT_API CObjectTransportNode
     : public tovin::FrameworkClass<CObjectTransportNode, NodeImpl<CObjectTransportNode, tovin::iNode>,
                                    tovin::PooledObject> {

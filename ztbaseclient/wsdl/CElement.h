@@ -6,10 +6,9 @@
 /// One member of a type, the item of an array, or one value of an enumeration.
 ///
 /// - Shape: the type as the schema writes it, with its prefix, ending in "[]" where it may occur more than
-/// once;
-///   the member's own name where the type is written inside it; empty where neither says one.
+///   once; the member's own name where the type is written inside it; empty where neither says one.
 /// - Occurrence bounds and nillable are properties of the node; a reference has the node of what it refers
-/// to.
+///   to.
 class ZTBASECLIENT_API CWsdlParser::CElement : public CWsdlParser::CNamespaceHolder,
                                                public CWsdlParser::CNodeHolder {
  public:

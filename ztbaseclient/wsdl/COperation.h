@@ -5,8 +5,7 @@
 /// An operation: how and where it is called, and what goes in and out.
 ///
 /// - The node is the binding's operation first and the port type's once that was read; both carry the
-/// property
-///   "encoding", the "use" of the input's SOAP body.
+///   property "encoding", the "use" of the input's SOAP body.
 class ZTBASECLIENT_API CWsdlParser::COperation : public CWsdlParser::CNodeHolder {
  public:
   static constexpr const char* ClassName = "COperation";

@@ -29,14 +29,11 @@ struct Origin;
 /// - Order: a parse, the definitions, everything else; Reset() before the next document.
 /// - Ownership: owns the document; values that were read share its nodes and may outlive the reader.
 /// - Shape: texts are the document's UTF-8, each byte one wide character. The document must not be changed
-/// while
-///   it is asked.
+///   while it is asked.
 /// - External schemas are files; nothing is fetched. The first question that needs schemas loads them; when
-/// that
-///   fails, every later one fails alike.
+///   that fails, every later one fails alike.
 /// - Errors: framework exceptions with the texts told at the methods; "Cannot dereference a NULL pointer"
-/// when
-///   there is no document.
+///   when there is no document.
 /// - Threads: one thread at a time.
 class ZTBASECLIENT_API CWsdlParser {
  public:

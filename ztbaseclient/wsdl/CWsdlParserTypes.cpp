@@ -213,7 +213,9 @@ void CWsdlParser::StripArrayFromTypeName(tovin::WideString& typeName) {
 tovin::WideString CWsdlParser::FindTypeNamespace(const CElement& element) {
   return guarded({ClassName, "FindTypeNamespace"}, [&] {
     const bool refers = !isElement(element) || !attributeText(element.node.get(), L"type").isEmpty();
-    const QualifiedName type(element.type);
+    tovin::WideString text = element.type;
+    StripArrayFromTypeName(text);
+    const QualifiedName type(text);
     if (!refers || !type.wellFormed) return tovin::WideString(L"");
     const tovin::WideString uri = state_->schemas.boundAt(Origin::of(element), type.prefix);
     return uri.isNull() ? tovin::WideString(L"") : uri;

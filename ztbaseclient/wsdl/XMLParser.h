@@ -19,11 +19,10 @@ struct XML_ParserStruct;
 /// - Shape: names and attribute texts are the document's UTF-8, each byte one wide character.
 /// - Ownership: holds one reference to the root until reset(); parse() lends it.
 /// - Attributes whose names differ by ASCII case only are one: the first is kept, a warning tells of the
-/// others.
+///   others.
 /// - What is not written but comes from definitions and entities is bounded: beyond, the document is refused.
 /// - Errors: "Unable to open file", "Parse error: %hs" from a file. Bytes that are no XML raise nothing: what
-/// was
-///   built before the fault is the answer, null if that is nothing.
+///   was built before the fault is the answer, null if that is nothing.
 /// - One document: a second parse needs a reset() in between.
 class ZTBASECLIENT_API CWsdlParser::XMLParser {
  public:
