@@ -62,7 +62,15 @@ TEST(ExitStatus, OfOneLineCommandsComesWithTheirAnswer) {
          {"ztclient cache --arg user=ann --arg jobid=7 --require 0x3", 0, "user=ann&jobid=7\n", ""},
          {"ztclient cache --arg user=ann --require 3", 1, "", "ztclient cache: Missing argument(s): jobid\n"},
          {"[[ $(ztclient checksum user server) == $(ztclient checksum --lines lines) ]]", 0, "", ""},
+         {"ztclient endpoint atlas --release 0403", 0, "https://atlas:9945/dravolin/locator\n", ""},
+         {"ztclient credentials make --login-time 9223372036854775808", 2, "",
+          "ztclient credentials: --login-time: 9223372036854775808 is out of range; "
+          "see ztclient credentials make --help\n"},
          {"ztclient log log", 0, "name: a\tb\n\n", ""},
+         {"ztclient log log --position 9223372036854775807", 0, "", ""},
+         {"printf 'a\\n' | ztclient diff - missing", 2, "", "ztclient diff: Unable to open file missing\n"},
+         {"printf 'a\\n' | ztclient diff - log", 1,
+          "Files not equal at line 1\n\tFile1: -\n\tFile2: log\n\t1: a\n\t2: <<<ConsoleEntry\n\t   ^^\n", ""},
          {"ztclient log missing", 2, "", "ztclient log: Unable to open file missing\n"},
          {"ztclient checksum a >/dev/full", 2, "", "ztclient checksum: cannot write to standard output\n"}});
 }

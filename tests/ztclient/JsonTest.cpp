@@ -47,6 +47,9 @@ TEST(Json, OfATreeALogAndCredentialsHasItsKeysInOrder) {
   EXPECT_EQ(keysIn(shell.run("ztclient tree --json a.xml")), "depth class name properties ");
   EXPECT_EQ(keysOf(Json::parse(shell.run("ztclient tree --json a.xml").out)["properties"][0]),
             "name type value flags ");
+  const std::string record = R"(\x02\x87\x23\x01\x7e\x10\x41\xed\xa0\x80\x42\x00\x00\x00\x00)";
+  EXPECT_EQ(shell.run("printf '" + record + "' | ztclient tree --json -").out,
+            "{\"depth\":0,\"class\":\"DraVolin.data.BaseNode\",\"name\":\"A\\ud800B\",\"properties\":[]}\n");
   EXPECT_EQ(keysIn(shell.run("ztclient log --json log")), "values position ");
   EXPECT_EQ(Json::parse(shell.run("ztclient log --json log").out)["values"][0][1], "\"v\\");
   const std::string header =

@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <cmath>
 #include <random>
 #include <vector>
@@ -123,6 +124,30 @@ TEST_F(DiffSkipping, LinesOfUnlikeEndsAreCountedOnce) {
   EXPECT_EQ(compare(unix, windows, 0), "equal");
   const std::string outcome = compare(unix + "a\n", windows + "b\r\n", 0);
   EXPECT_TRUE(outcome.starts_with("error: Files not equal at line 40001\n")) << outcome;
+}
+
+// Tells how far it is.
+class WatchedDiff : public CDiffFiles {
+ public:
+  const std::vector<int64_t>& told() const { return told_; }
+
+ protected:
+  void Compared(int64_t done) const override { told_.push_back(done); }
+
+ private:
+  mutable std::vector<int64_t> told_;
+};
+
+TEST_F(DiffSkipping, ProgressReachesTheEndHoweverTheFilesAreCompared) {
+  const std::string equal(3 * ztFastReadFile::PieceSize, '\n'), differing = "1.5\n1.5\n",
+                                                                zeros(500'000, '\0');
+  for (const std::string& text : {equal, differing, zeros}) {
+    const std::wstring file1 = file("1", text), file2 = file("2", text == differing ? "1.50\n1.500\n" : text);
+    WatchedDiff watched;
+    outcomeOf([&] { return watched.CompareFiles(file1.c_str(), file2.c_str(), 1); });
+    EXPECT_TRUE(std::is_sorted(watched.told().begin(), watched.told().end()));
+    EXPECT_EQ(watched.told().back(), static_cast<int64_t>(text.size()));
+  }
 }
 
 }  // namespace
