@@ -7,11 +7,7 @@
 namespace {
 
 namespace coding = tovin::coding;
-using testsupport::expectMessage;
-using testsupport::hex;
-using testsupport::Reader;
-using testsupport::unhex;
-using testsupport::Writer;
+using namespace testsupport;
 
 TEST(CompactInt, HasTheseBytes) {
   const std::pair<int, const char*> rows[] = {{0, "00"},

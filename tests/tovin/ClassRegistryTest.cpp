@@ -9,7 +9,7 @@
 
 namespace {
 
-using testsupport::expectMessage;
+using namespace testsupport;
 using tovin::ClassTag;
 
 // A class of the test's own, counted and without a pool.
@@ -74,7 +74,7 @@ TEST(FrameworkClass, MakesAndClonesInstances) {
   EXPECT_EQ(copy->getRefCount(), 1);
   EXPECT_EQ(&object->getClass(), &Plain::m_class);
   expectMessage(L"Class test.Plain has no record", [&] {
-    testsupport::Writer out;
+    Writer out;
     object->serialize(out);
   });
 }

@@ -10,7 +10,7 @@
 
 namespace {
 
-using testsupport::expectMessage;
+using namespace testsupport;
 
 template <class T>
 class Recycled : public tovin::FrameworkClass<T, tovin::PooledObject> {

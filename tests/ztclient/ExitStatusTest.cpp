@@ -85,7 +85,8 @@ TEST(Colours, AreForTerminalsWithoutNoColor) {
   const testsupport::Shell shell;
   const std::string red = "\x1b[1;31mztclient:\x1b[0m no command";
   // Some shells drop a function that they are to hand on.
-  const std::string onTerminal = "export SHELL=$BASH; export -f ztclient; script -qec 'ztclient quary' /dev/null";
+  const std::string onTerminal =
+      "export SHELL=$BASH; export -f ztclient; script -qec 'ztclient quary' /dev/null";
   EXPECT_NE(shell.run("unset NO_COLOR; " + onTerminal).out.find(red), std::string::npos);
   EXPECT_EQ(shell.run("export NO_COLOR=1; " + onTerminal).out.find('\x1b'), std::string::npos);
   EXPECT_EQ(shell.run("ztclient quary").err, "ztclient: no command \"quary\"; did you mean \"query\"?\n");

@@ -8,10 +8,7 @@
 namespace {
 
 using testing::HasSubstr;
-using testsupport::Connection;
-using testsupport::expectMessage;
-using testsupport::messageOf;
-using testsupport::SocketServer;
+using namespace testsupport;
 
 const std::string done = "HTTP/1.1 200 OK\r\nContent-Length: 4\r\n\r\ndone";
 
@@ -68,7 +65,7 @@ class Http : public testing::Test {
  protected:
   CHttp http_{1};
   // No proxy of the machine gets any of this.
-  testsupport::ScopedVariable noProxy_{"no_proxy", "*"};
+  ScopedVariable noProxy_{"no_proxy", "*"};
 };
 
 TEST_F(Http, FormIsFramedAsMultipart) {

@@ -7,11 +7,11 @@
 
 namespace {
 
-using testsupport::ScopedVariable;
+using namespace testsupport;
 
 TEST(ServerConfig, IsWhereTheVariableSays) {
-  const testsupport::OwnSettings own;
-  const testsupport::TempFolder& folder = own.folder();
+  const OwnSettings own;
+  const TempFolder& folder = own.folder();
   const ScopedVariable none("DRAVOLIN_SERVER_CONFIG", nullptr);
   tovin::WideString value;
   EXPECT_FALSE(ztServerConfig::GetParameter(L"a", value));

@@ -7,7 +7,7 @@
 
 namespace {
 
-using testsupport::ScopedVariable;
+using namespace testsupport;
 using tovin::WideString;
 
 class Settings : public testing::Test {
@@ -27,8 +27,8 @@ class Settings : public testing::Test {
     return registry.GetValue(name, value) ? std::wstring(value.view()) : L"-";
   }
 
-  testsupport::OwnSettings own_;
-  const testsupport::TempFolder& folder_ = own_.folder();
+  OwnSettings own_;
+  const TempFolder& folder_ = own_.folder();
 };
 
 TEST_F(Settings, ValuesAreFoundUnderTheirKeys) {
@@ -95,14 +95,14 @@ TEST_F(Settings, FileThatCannotBeReadIsToldAndNeverReplaced) {
   const std::string path = folder_.write(file, std::string((1 << 20) + 1, 'x'));
   ztRegistry registry;
   ASSERT_TRUE(registry.Connect(ztRegistry::CurrentUser));
-  testsupport::expectMessage(L"Settings file " + tovin::utf8ToWide(path) + L" is longer than 1048576 bytes",
-                             [&] { registry.Open(L"k"); });
+  expectMessage(L"Settings file " + tovin::utf8ToWide(path) + L" is longer than 1048576 bytes",
+                [&] { registry.Open(L"k"); });
   std::filesystem::remove(path);
   std::filesystem::create_directory(path);
   const std::wstring unreadable = L"Unable to read settings file " + tovin::utf8ToWide(path);
-  testsupport::expectMessage(unreadable, [&] { registry.Open(L"k"); });
+  expectMessage(unreadable, [&] { registry.Open(L"k"); });
   ASSERT_TRUE(registry.Create(L"k"));
-  testsupport::expectMessage(unreadable, [&] { registry.SetValue(L"n", L"1"); });
+  expectMessage(unreadable, [&] { registry.SetValue(L"n", L"1"); });
 }
 
 TEST_F(Settings, LinkedFileIsReplacedWhereItLies) {

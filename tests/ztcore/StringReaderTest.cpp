@@ -3,17 +3,16 @@
 #include <vector>
 
 #include "tests/support/Bytes.h"
-#include "tests/support/TemporaryFolder.h"
+#include "tests/support/TempFolder.h"
 #include "ztcore/ztMemoryStringFile.h"
 
 namespace {
 
-using testsupport::expectMessage;
-using testsupport::utf16;
+using namespace testsupport;
 using namespace std::string_literals;
 using Encoding = ztFile::Encoding;
 
-struct Lines : testsupport::TemporaryFolder {
+struct Lines : FolderTest {
   static std::wstring rest(ztStringReader& reader) {
     std::wstring text;
     tovin::WideString line;
@@ -121,12 +120,12 @@ TEST_F(Lines, WhatIsWrittenLaterIsFound) {
   const std::wstring name = file("log", "");
   ztStringReader reader(name.c_str(), ztStringReader::Ending::Growing);
   EXPECT_EQ(rest(reader), L"");
-  append("log", "\xFF\xFE" + utf16(L"one\ntw"));
+  folder_.append("log", "\xFF\xFE" + utf16(L"one\ntw"));
   EXPECT_EQ(rest(reader), L"[one\n][tw\n]");
   EXPECT_FALSE(reader.HadLineEnd());
-  append("log", utf16(L"o\n"));
+  folder_.append("log", utf16(L"o\n"));
   EXPECT_EQ(rest(reader), L"[o\n]");
-  std::filesystem::resize_file(folder_ / "log", 4);
+  std::filesystem::resize_file(folder_.path("log"), 4);
   EXPECT_EQ(rest(reader), L"");
 
   ztMemoryStringFile memory(L"a\r\nb");

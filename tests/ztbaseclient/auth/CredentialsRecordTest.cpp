@@ -2,7 +2,7 @@
 #include "tovin/Constants.h"
 
 using namespace credentialstest;
-using testsupport::expectMessage;
+using namespace testsupport;
 
 namespace {
 

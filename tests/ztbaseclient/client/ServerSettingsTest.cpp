@@ -8,7 +8,7 @@
 
 namespace {
 
-using testsupport::ScopedVariable;
+using namespace testsupport;
 using tovin::WideString;
 
 class ServerSettings : public testing::Test {
@@ -35,7 +35,7 @@ class ServerSettings : public testing::Test {
 
   static constexpr const wchar_t* key = L"Software\\DraVolin\\Corvanta_8_0_1";
 
-  testsupport::OwnSettings own_;
+  OwnSettings own_;
   ScopedVariable config_{"DRAVOLIN_SERVER_CONFIG", nullptr};
 };
 

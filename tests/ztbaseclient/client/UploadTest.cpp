@@ -15,16 +15,12 @@ namespace {
 using testing::EndsWith;
 using testing::HasSubstr;
 using testing::StartsWith;
-using testsupport::Connection;
-using testsupport::ScopedVariable;
-using testsupport::SocketServer;
-using testsupport::strangeName;
-using testsupport::WebServer;
+using namespace testsupport;
 
 const char* const wrapped = "\nztSoapUtils::UploadViaCGI: Corvanta exception caught";
 
 std::string hexOf(const std::string& bytes) {
-  std::string text = testsupport::hex(reinterpret_cast<const unsigned char*>(bytes.data()), bytes.size());
+  std::string text = hex(bytes);
   std::erase(text, ' ');
   for (char& c : text) c = static_cast<char>(std::toupper(static_cast<unsigned char>(c)));
   return text;
@@ -61,7 +57,7 @@ struct Names {
 class Upload : public testing::Test {
  protected:
   void SetUp() override {
-    if (!testsupport::hasShell()) GTEST_SKIP() << "no web server is here";
+    if (!hasShell()) GTEST_SKIP() << "no web server is here";
   }
 
   // The message of the exception, empty for none.
@@ -86,7 +82,7 @@ class Upload : public testing::Test {
 
   // No proxy of the machine gets any of this.
   ScopedVariable noProxy_{"no_proxy", "*"};
-  testsupport::TempFolder folder_;
+  TempFolder folder_;
 };
 
 TEST_F(Upload, ServerReceivesTheFormInItsOrder) {
@@ -129,7 +125,7 @@ TEST_F(Upload, BytesOfTheFormAreExact) {
                 "\"SID\"\r\n\r\ns\r\n" + line + disposition + "\"file\"; filename=\"" +
                 folder_.path("empty") +
                 "\"\r\nContent-Type: application/octet-stream\r\nContent-Encoding: deflate\r\n\r\n" +
-                testsupport::unhex("78 01 03 00 00 00 00 01") + "\r\n" + line + "--\r\n");
+                unhex("78 01 03 00 00 00 00 01") + "\r\n" + line + "--\r\n");
 }
 
 TEST_F(Upload, MemoryDoesNotGrowWithTheFile) {
@@ -140,14 +136,14 @@ TEST_F(Upload, MemoryDoesNotGrowWithTheFile) {
   std::filesystem::resize_file(sparse, uintmax_t{1} << 28);
   const std::string random = folder_.path("random");
   const std::string digest = writeRandom(random, 1 << 26);
-  const long before = testsupport::peakKilobytes();
+  const long before = peakKilobytes();
   ASSERT_EQ(upload(sparse, server), "");
   EXPECT_THAT(server.report(),
               EndsWith(fileLine(
                   sparse, "268435456 a6d72ac7690f53be6ae46ba88506bd97302a093f7108472bd9efc3cefda06484")));
   ASSERT_EQ(upload(random, server), "");
   EXPECT_THAT(server.report(), EndsWith(fileLine(random, digest)));
-  EXPECT_LT(testsupport::peakKilobytes() - before, 8 << 10);
+  EXPECT_LT(peakKilobytes() - before, 8 << 10);
 }
 
 TEST_F(Upload, RefusalIsToldInTheServersWords) {
@@ -164,7 +160,7 @@ TEST_F(Upload, FailureWithoutReasonKeepsItsOwnMessage) {
   EXPECT_EQ(upload(folder_.path(), WebServer()), "Unable to open file " + folder_.path() + wrapped);
   EXPECT_THAT(upload(file, L"no URL"), AllOf(StartsWith("Malformed URL no URL: "), EndsWith(wrapped)));
   EXPECT_THAT(
-      upload(file, L"http://127.0.0.1:" + std::to_wstring(testsupport::freePort())),
+      upload(file, L"http://127.0.0.1:" + std::to_wstring(freePort())),
       AllOf(StartsWith("The request to http://127.0.0.1:"), HasSubstr(" failed: "), EndsWith(wrapped)));
   SocketServer halfway({[](Connection& connection) { connection.readHead(); }});
   EXPECT_THAT(upload(file, halfway.url()), AllOf(StartsWith("The request to "), EndsWith(wrapped)));
@@ -207,7 +203,7 @@ TEST_F(Upload, ProgressCountsTheFile) {
 TEST_F(Upload, ForeignExceptionIsSevere) {
   const WebServer server;
   const std::wstring file = tovin::utf8ToWide(folder_.write("a", "x"));
-  testsupport::expectMessage(L"ztSoapUtils::UploadViaCGI: Severe error caught", [&] {
+  expectMessage(L"ztSoapUtils::UploadViaCGI: Severe error caught", [&] {
     ztSoapUtils::UploadViaCGI(file.c_str(), L"n", nullptr, L"s", true,
                               tovin::utf8ToWide(server.url()).c_str(), [](uint64_t, uint64_t) { throw 1; });
   });
@@ -224,9 +220,7 @@ class UploadTls : public Upload {
     certify("self", "-addext subjectAltName=DNS:localhost");
   }
 
-  std::string pathOf(const std::string& name) const {
-    return testsupport::shellPath(folder_.path()) + "/" + name;
-  }
+  std::string pathOf(const std::string& name) const { return shellPath(folder_.path()) + "/" + name; }
 
   std::string signedByAuthority() const {
     const std::string authority = pathOf("authority.pem");
@@ -236,9 +230,9 @@ class UploadTls : public Upload {
   // Key and certificate in one file.
   void certify(const std::string& name, const std::string& options) const {
     const std::string path = pathOf(name);
-    testsupport::runShell("openssl req -x509 -newkey rsa:2048 -nodes -days 2 -subj /CN=" + name +
-                          " -keyout " + path + ".key -out " + path + ".crt " + options + " 2>/dev/null");
-    testsupport::runShell("cat " + path + ".key " + path + ".crt >" + path + ".pem");
+    runShell("openssl req -x509 -newkey rsa:2048 -nodes -days 2 -subj /CN=" + name + " -keyout " + path +
+             ".key -out " + path + ".crt " + options + " 2>/dev/null");
+    runShell("cat " + path + ".key " + path + ".crt >" + path + ".pem");
   }
 
   // An upload to a server of that certificate, by a client that trusts the authority.

@@ -8,7 +8,7 @@
 
 namespace {
 
-using testsupport::expectMessage;
+using namespace testsupport;
 
 class Collection : public testing::Test {
  protected:

@@ -16,13 +16,7 @@
 
 namespace {
 
-using testsupport::bytesOf;
-using testsupport::expectMessage;
-using testsupport::hex;
-using testsupport::Reader;
-using testsupport::unhex;
-using testsupport::unhexFile;
-using testsupport::Writer;
+using namespace testsupport;
 
 std::unique_ptr<tovin::Value, void (*)(tovin::Value*)> owned(const tovin::Value& value) {
   return {value.cloneValue(), [](tovin::Value* v) { v->deleteInstance(); }};
@@ -119,7 +113,7 @@ TEST(CollectionRecord, IsTheHandWrittenOneInEveryVersion) {
     fillWithEveryValueClass(*properties);
     Writer out(version);
     properties->serialize(out);
-    EXPECT_EQ(hex(out), hex(reinterpret_cast<const unsigned char*>(golden.data()), golden.size())) << version;
+    EXPECT_EQ(hex(out), hex(golden)) << version;
 
     Reader in(golden, version);
     const tovin::Ptr<CPropertyCollection> back(CPropertyCollection::allocate());

@@ -8,7 +8,7 @@
 
 namespace {
 
-using testsupport::expectMessage;
+using namespace testsupport;
 
 // A storage with one property a letter of the text, by that name.
 struct Storage {

@@ -15,7 +15,7 @@
 
 namespace {
 
-using testsupport::expectMessage;
+using namespace testsupport;
 using tovin::MetaDataFlags;
 
 template <class T>

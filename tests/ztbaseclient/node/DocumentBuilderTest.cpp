@@ -6,7 +6,7 @@
 
 namespace {
 
-using testsupport::expectMessage;
+using namespace testsupport;
 
 // A tree as text: name, attributes in brackets, children in parentheses.
 std::wstring shape(const tovin::iNode* node) {
@@ -31,15 +31,12 @@ std::wstring shape(const tovin::iNode* node) {
 
 class DocumentBuilder : public testing::Test {
  protected:
-  static tovin::Array<unsigned char> bytes(const std::string& text) {
-    return tovin::Array<unsigned char>(std::vector<unsigned char>(text.begin(), text.end()));
-  }
-  std::wstring fromBytes(const std::string& text) { return shape(parser_.parse(bytes(text))); }
+  std::wstring fromBytes(const std::string& text) { return shape(parser_.parse(arrayOf(text))); }
   std::wstring fromFile(const std::string& text) {
     return shape(parser_.parse(tovin::utf8ToWide(folder_.write("document.xml", text)).c_str()));
   }
 
-  testsupport::TempFolder folder_;
+  TempFolder folder_;
   CWsdlParser::XMLParser parser_;
 };
 
@@ -51,7 +48,7 @@ TEST_F(DocumentBuilder, KeepsElementsAndAttributesOnly) {
 }
 
 TEST_F(DocumentBuilder, WidensUtf8ByteByByte) {
-  const tovin::iNode* root = parser_.parse(bytes("<\xC3\xA9l a='\xE2\x82\xAC'/>"));
+  const tovin::iNode* root = parser_.parse(arrayOf("<\xC3\xA9l a='\xE2\x82\xAC'/>"));
   EXPECT_EQ(shape(root), L"\xC3\xA9l[a=\xE2\x82\xAC]");
   EXPECT_EQ(root->getProperties()->get(0u)->getInfo()->getMetaDataFlags().getBits(), 0u);
   parser_.reset();
@@ -97,11 +94,10 @@ TEST_F(DocumentBuilder, ASecondDocumentNeedsAReset) {
 
 // Prefixes of namespaces among them: to a collection they are one name.
 TEST_F(DocumentBuilder, TheFirstOfAttributesThatDifferOnlyInCaseIsKept) {
-  std::wstring warning;
-  auto before = tovin::Exception::setWarningHandler([&](const wchar_t* text) { warning += text; });
-  EXPECT_EQ(fromBytes("<a xmlns:b='u' id='1' xmlns:B='v' x='2'/>"), L"a[xmlns:b=u id=1 x=2]");
-  tovin::Exception::setWarningHandler(before);
-  EXPECT_EQ(warning, L"ignoring attribute xmlns:B, another one differs from it by case only");
+  std::wstring tree;
+  EXPECT_EQ(warningsOf([&] { tree = fromBytes("<a xmlns:b='u' id='1' xmlns:B='v' x='2'/>"); }),
+            L"ignoring attribute xmlns:B, another one differs from it by case only");
+  EXPECT_EQ(tree, L"a[xmlns:b=u id=1 x=2]");
 }
 
 TEST_F(DocumentBuilder, TagsOutsideOfARootAreRefused) {
@@ -129,7 +125,7 @@ TEST_F(DocumentBuilder, AMillionLevelsTakeNoStack) {
   std::string text;
   for (int i = 0; i < 1'000'000; ++i) text += "<a>";
   int levels = 0;
-  for (const tovin::iNode* at = parser_.parse(bytes(text)); at;
+  for (const tovin::iNode* at = parser_.parse(arrayOf(text)); at;
        at = at->hasChildren() ? at->getChildAt(0) : nullptr) {
     ++levels;
   }

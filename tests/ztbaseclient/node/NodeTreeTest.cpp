@@ -12,9 +12,7 @@
 
 namespace {
 
-using testsupport::expectMessage;
-using testsupport::Reader;
-using testsupport::Writer;
+using namespace testsupport;
 
 constexpr const wchar_t* nullNode = L"Error: attempting to add a null node.";
 constexpr const wchar_t* ownParent = L"Error: attempting to set a data node to be its own parent.";
@@ -173,7 +171,7 @@ TEST_F(Children, HaveIndexPathsFromTheTopOrAnAncestor) {
   }
   const auto unrelated = [&] { deep->getIndexPathExpression(text, b_.get()); };
   expectMessage(L"Relative ancestor node not found.", unrelated);
-  EXPECT_EQ(testsupport::trailOf(unrelated),
+  EXPECT_EQ(trailOf(unrelated),
             "CNodeImplBase.GetNodeIndexPath CNodeImplBase.GetNodeIndexPathDescription "
             "NodeImpl.getIndexPathExpression ");
 }

@@ -6,9 +6,7 @@
 
 namespace {
 
-using testsupport::hex;
-using testsupport::Reader;
-using testsupport::Writer;
+using namespace testsupport;
 
 TEST(QualifiedName, SplitsAtItsFirstColon) {
   const std::tuple<const wchar_t*, const wchar_t*, const wchar_t*> rows[] = {

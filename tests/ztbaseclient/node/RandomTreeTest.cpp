@@ -18,9 +18,7 @@
 
 namespace {
 
-using testsupport::bytesOf;
-using testsupport::Reader;
-using testsupport::Writer;
+using namespace testsupport;
 
 class Random {
  public:

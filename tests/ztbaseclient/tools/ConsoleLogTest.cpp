@@ -1,5 +1,5 @@
 #include "tests/support/Bytes.h"
-#include "tests/support/TemporaryFolder.h"
+#include "tests/support/TempFolder.h"
 #include "tovin/Constants.h"
 #include "ztbaseclient/tools/CConsoleEntry.h"
 #include "ztbaseclient/tools/CConsoleReader.h"
@@ -7,7 +7,7 @@
 
 namespace {
 
-using testsupport::utf16;
+using namespace testsupport;
 
 std::wstring textOf(const CConsoleEntry& entry) {
   std::wstring text;
@@ -19,7 +19,7 @@ std::wstring textOf(const CConsoleEntry& entry) {
 const std::wstring begin = std::wstring(L"at 12:00 ") + tovin::DRV_ConsoleEntryBegin + L" 7\n";
 const std::wstring end = std::wstring(tovin::DRV_ConsoleEntryEnd) + L"\n";
 
-struct ConsoleLog : testsupport::TemporaryFolder {
+struct ConsoleLog : FolderTest {
   static std::wstring rest(CConsoleReader& reader) {
     std::wstring text;
     CConsoleEntry entry;
@@ -103,7 +103,7 @@ TEST_F(ConsoleLog, AGrowingLogLosesAndRepeatsNothing) {
         if (reader.WasEntryComplete()) text += L"[" + textOf(entry) + L"]";
       }
       EXPECT_EQ(reader.GetPosition(), static_cast<int64_t>(cut));
-      append("log", bytes.substr(cut));
+      folder_.append("log", bytes.substr(cut));
       CConsoleReader resumed(name.c_str(), reader.GetResumePosition());
       EXPECT_EQ(text + rest(resumed), L"[a=1\x20AC|][b=2|]") << cut;
     }

@@ -2,7 +2,7 @@
 
 namespace {
 
-using testsupport::utf16;
+using namespace testsupport;
 
 struct DiffBinary : DiffOutcome {
   static std::string changed(std::string bytes, size_t at) {

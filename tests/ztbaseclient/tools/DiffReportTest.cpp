@@ -5,7 +5,7 @@
 
 namespace {
 
-using testsupport::utf16;
+using namespace testsupport;
 using namespace std::string_literals;
 
 class DiffReport : public DiffOutcome {};

@@ -43,7 +43,7 @@ TEST(NodeSearch, TokenStandsForTheRecordedPrefixes) {
 
 TEST(NodeSearch, FindsTheLastChildButTheFirstByAttribute) {
   CWsdlParser::XMLParser xml;
-  tovin::iNode* root = xml.parse(wsdl::bytesOf(
+  tovin::iNode* root = xml.parse(testsupport::arrayOf(
       "<r><a name='t:x' n='1'/><b:A name='X' n='2'/><a n='3'/><a w:name='y' name='z' n='4'/></r>"));
   EXPECT_EQ(findAttrVal(NodeSearch().findNode(root, L"a"), L"n"), L"4");
   EXPECT_EQ(NodeSearch().findNode(root, L"c"), nullptr);

@@ -2,7 +2,7 @@
 
 namespace {
 
-using testsupport::expectMessage;
+using namespace testsupport;
 using wsdl::resolved;
 using wsdl::schema;
 using wsdl::withPart;
