@@ -139,9 +139,7 @@ TEST_F(Http, RefusalInTheMiddleOfTheBodyIsToldAsAnswered) {
 }
 
 TEST_F(Http, AnswersThatAreNoSuccessAreRaised) {
-  const struct {
-    std::string bytes, message;
-  } rows[] = {
+  const std::pair<std::string, std::string> rows[] = {
       {answer("404 Not Found", "?"), "The server answered 404 Not Found"},
       {answer("500", ""), "The server answered 500"},
       {answer("302 Found", "", "Location: /other\r\n"), "The server answered 302 Found"},
@@ -149,9 +147,9 @@ TEST_F(Http, AnswersThatAreNoSuccessAreRaised) {
       {answer("401 Unauthorized", "", "WWW-Authenticate: Basic realm=\"x\"\r\n"),
        "The server answered 401 Unauthorized"},
       {redirect("ftp://127.0.0.1/"), "Malformed URL ftp://127.0.0.1/: the scheme is neither http nor https"}};
-  for (const auto& row : rows) {
-    SocketServer server({answering(row.bytes)});
-    EXPECT_EQ(messageOf([&] { post(http_, server.url()); }), row.message);
+  for (const auto& [bytes, message] : rows) {
+    SocketServer server({answering(bytes)});
+    EXPECT_EQ(messageOf([&] { post(http_, server.url()); }), message);
     EXPECT_EQ(server.connections(), 1u);
   }
 }
@@ -214,28 +212,26 @@ TEST_F(Http, KeptConnectionThatDiedIsNoFailure) {
 }
 
 TEST_F(Http, NewConnectionThatDiesIsAFailure) {
-  const struct {
-    SocketServer::Script script;
-    const char* what;
-  } rows[] = {{[](Connection&) {}, "closed at once"},
-              {[](Connection& connection) { connection.readHead(); }, "closed behind the head"},
-              {[](Connection& connection) { connection.readRequest(); }, "closed behind the form"},
-              {[](Connection& connection) {
-                 connection.readRequest();
-                 connection.send("HTTP/1.1 200 OK\r\nContent-Length: 9\r\n\r\nhalf");
-               },
-               "closed in the answer"},
-              {[](Connection& connection) {
-                 connection.readRequest();
-                 connection.send("no HTTP at all\r\n\r\n");
-               },
-               "nonsense"}};
-  for (const auto& row : rows) {
-    SocketServer server({row.script});
+  const std::pair<SocketServer::Script, const char*> rows[] = {
+      {[](Connection&) {}, "closed at once"},
+      {[](Connection& connection) { connection.readHead(); }, "closed behind the head"},
+      {[](Connection& connection) { connection.readRequest(); }, "closed behind the form"},
+      {[](Connection& connection) {
+         connection.readRequest();
+         connection.send("HTTP/1.1 200 OK\r\nContent-Length: 9\r\n\r\nhalf");
+       },
+       "closed in the answer"},
+      {[](Connection& connection) {
+         connection.readRequest();
+         connection.send("no HTTP at all\r\n\r\n");
+       },
+       "nonsense"}};
+  for (const auto& [script, what] : rows) {
+    SocketServer server({script});
     EXPECT_THAT(messageOf([&] { post(http_, server.url(), std::string(1'000'000, 'x')); }),
                 HasSubstr("The request to http://127.0.0.1:"))
-        << row.what;
-    EXPECT_EQ(server.connections(), 1u) << row.what;
+        << what;
+    EXPECT_EQ(server.connections(), 1u) << what;
   }
 }
 

@@ -34,32 +34,23 @@ TEST_F(Lines, EveryEncodingGivesTheSameTextWithOneLineFeed) {
 }
 
 TEST_F(Lines, TheWaysALineCanEnd) {
-  const struct {
-    std::string bytes;
-    const wchar_t* lines;
-  } cases[] = {
-      {"", L""},
-      {"a", L"[a\n]"},
-      {"a\n", L"[a\n]"},
-      {"a\r\n\r\n", L"[a\n][\n]"},
-      {"a\r\r\nb\rc", L"[a\r\n][b\rc\n]"},
-      {"a\r", L"[a\r\n]"},
-      {"\r\n", L"[\n]"},
-  };
-  for (const auto& row : cases) {
-    ztStringReader reader(file("text", row.bytes).c_str());
-    EXPECT_EQ(rest(reader), row.lines) << row.bytes;
+  const std::pair<std::string, const wchar_t*> cases[] = {{"", L""},
+                                                          {"a", L"[a\n]"},
+                                                          {"a\n", L"[a\n]"},
+                                                          {"a\r\n\r\n", L"[a\n][\n]"},
+                                                          {"a\r\r\nb\rc", L"[a\r\n][b\rc\n]"},
+                                                          {"a\r", L"[a\r\n]"},
+                                                          {"\r\n", L"[\n]"}};
+  for (const auto& [bytes, lines] : cases) {
+    ztStringReader reader(file("text", bytes).c_str());
+    EXPECT_EQ(rest(reader), lines) << bytes;
   }
 }
 
 TEST_F(Lines, TheBytesTellTheEncoding) {
   std::string binary;
   for (int i = 0; i < 300; ++i) binary += {static_cast<char>(i), '\0', '\0', '\0'};
-  const struct {
-    const char* what;
-    std::string bytes;
-    Encoding encoding;
-  } cases[] = {
+  const std::tuple<const char*, std::string, Encoding> cases[] = {
       {"ASCII", "abc\n", Encoding::Utf8},
       {"UTF-8", "abc\n\xC3\xA9", Encoding::Utf8},
       {"8-bit", "abc\n\xE9 x", Encoding::Bytes},
@@ -78,12 +69,11 @@ TEST_F(Lines, TheBytesTellTheEncoding) {
       {"two small numbers", "1\0002\0"s, Encoding::Utf8},
       {"letters without a blank", utf16(std::wstring(200, L'A')), Encoding::Utf8},
       {"numbers of 32 bits", binary, Encoding::Bytes},
-      {"numbers of 16 bits", "\1\0\2\0\3\0\4\0"s, Encoding::Utf8},
-  };
-  for (const auto& row : cases) {
-    ztFastReadFile in(file("text", row.bytes).c_str());
+      {"numbers of 16 bits", "\1\0\2\0\3\0\4\0"s, Encoding::Utf8}};
+  for (const auto& [what, bytes, encoding] : cases) {
+    ztFastReadFile in(file("text", bytes).c_str());
     in.DetermineEncoding();
-    EXPECT_EQ(in.GetEncoding(), row.encoding) << row.what;
+    EXPECT_EQ(in.GetEncoding(), encoding) << what;
   }
 }
 

@@ -59,20 +59,18 @@ TEST_F(ServerSettings, PlainHttpIsForbiddenTowardsThisComputer) {
   configure("DrvDevNoHttp=no\n");
   EXPECT_TRUE(ztSoapUtils::UseHttp("http://localhost"));
   configure("drvdevnohttp = TRUE\n");
-  const struct {
-    std::string endPoint;
-    bool allowed;
-  } rows[] = {{"http://atlas.invalid", true},
-              {"HTTPS://atlas.invalid", true},
-              {"httpd", true},
-              {"atlas.invalid", false},
-              {"http://localhost:9944", false},
-              {"http://LOCALHOST", true},
-              {"http://x/localhost/", false},
-              {"http://" + tovin::wideToUtf8(tovin::platform::computerName()) + ".org", false},
-              {"", false}};
-  for (const auto& row : rows)
-    EXPECT_EQ(ztSoapUtils::UseHttp(row.endPoint.c_str()), row.allowed) << row.endPoint;
+  const std::pair<std::string, bool> rows[] = {
+      {"http://atlas.invalid", true},
+      {"HTTPS://atlas.invalid", true},
+      {"httpd", true},
+      {"atlas.invalid", false},
+      {"http://localhost:9944", false},
+      {"http://LOCALHOST", true},
+      {"http://x/localhost/", false},
+      {"http://" + tovin::wideToUtf8(tovin::platform::computerName()) + ".org", false},
+      {"", false}};
+  for (const auto& [endPoint, allowed] : rows)
+    EXPECT_EQ(ztSoapUtils::UseHttp(endPoint.c_str()), allowed) << endPoint;
   EXPECT_FALSE(ztSoapUtils::UseHttp(nullptr));
   save(key, L"http://atlas.invalid");
   EXPECT_TRUE(ztSoapUtils::UseHttp(nullptr));

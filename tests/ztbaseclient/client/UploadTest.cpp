@@ -1,8 +1,4 @@
-#include <gcrypt.h>
 #include <gmock/gmock.h>
-
-#include <fstream>
-#include <random>
 
 #include "tests/support/Bytes.h"
 #include "tests/support/SocketServer.h"
@@ -22,30 +18,7 @@ const char* const wrapped = "\nztSoapUtils::UploadViaCGI: Corvanta exception cau
 std::string hexOf(const std::string& bytes) {
   std::string text = hex(bytes);
   std::erase(text, ' ');
-  for (char& c : text) c = static_cast<char>(std::toupper(static_cast<unsigned char>(c)));
   return text;
-}
-
-// Writes bytes that cannot be compressed; the line's end in the server's report, their number and digest.
-std::string writeRandom(const std::string& path, size_t count) {
-  constexpr size_t pieceSize = 1 << 16;
-  std::mt19937 random(1);
-  std::ofstream out(path, std::ios::binary);
-  gcry_md_hd_t digest;
-  gcry_md_open(&digest, GCRY_MD_SHA256, 0);
-  std::vector<uint32_t> words(pieceSize / sizeof(uint32_t));
-  for (size_t left = count; left > 0;) {
-    const size_t piece = std::min(left, pieceSize);
-    for (uint32_t& word : words) word = static_cast<uint32_t>(random());
-    gcry_md_write(digest, words.data(), piece);
-    out.write(reinterpret_cast<const char*>(words.data()), static_cast<std::streamsize>(piece));
-    left -= piece;
-  }
-  std::string line = std::to_string(count) + " " +
-                     hexOf(std::string(reinterpret_cast<const char*>(gcry_md_read(digest, 0)), 32));
-  gcry_md_close(digest);
-  for (char& c : line) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
-  return line;
 }
 
 struct Names {
@@ -78,6 +51,14 @@ class Upload : public testing::Test {
   // The report's line of a file that was sent.
   static std::string fileLine(const std::string& path, const std::string& sizeAndDigest) {
     return "file " + hexOf(path) + " application/octet-stream deflate " + sizeAndDigest + "\n";
+  }
+
+  // Writes a file that cannot be compressed; the end of its line in the report, its size and digest.
+  std::string writeRandom(const std::string& name, size_t size) const {
+    const std::string path = shellPath(folder_.path(name)), count = std::to_string(size);
+    runShell("head -c " + count + " /dev/urandom >'" + path + "' && sha256sum <'" + path + "' >'" + path +
+             ".digest'");
+    return count + " " + folder_.read(name + ".digest").substr(0, 64);
   }
 
   // No proxy of the machine gets any of this.
@@ -135,7 +116,7 @@ TEST_F(Upload, MemoryDoesNotGrowWithTheFile) {
   const std::string sparse = folder_.write("sparse", "");
   std::filesystem::resize_file(sparse, uintmax_t{1} << 28);
   const std::string random = folder_.path("random");
-  const std::string digest = writeRandom(random, 1 << 26);
+  const std::string digest = writeRandom("random", 1 << 26);
   const long before = peakKilobytes();
   ASSERT_EQ(upload(sparse, server), "");
   EXPECT_THAT(server.report(),
@@ -183,7 +164,7 @@ TEST_F(Upload, NewStartSendsTheWholeFileAgain) {
     connection.readBody();
   }});
   const std::string file = folder_.path("random");
-  const std::string digest = writeRandom(file, 5'000'000);
+  const std::string digest = writeRandom("random", 5'000'000);
   ASSERT_EQ(upload(file, early.url()), "");
   EXPECT_EQ(server.report(), "FileName 6E616D65\nSID 73\n" + fileLine(file, digest));
 }
@@ -257,21 +238,20 @@ TEST_F(UploadTls, OnlyACertificateThatVerifiesIsTrusted) {
 }
 
 TEST(ErrorPage, ReasonIsTheFirstParagraph) {
-  const struct {
-    const wchar_t *page, *reason;
-  } rows[] = {{L"<html><body><p>Quota exceeded</p></body></html>", L"Quota exceeded"},
-              {L"<p>a &lt;b&gt;</p>", L"a <b>"},
-              {L"plain &amp; simple", L"plain & simple"},
-              {L"", L""},
-              {L"<p></p>rest", L""},
-              {L"<p>never closed", L"<p>never closed"},
-              {L"</p>before<p>after", L"</p>before<p>after"},
-              {L"</p><p>x</p>", L"x"},
-              {L"<p>a<p>b</p></p>", L"a<p>b"},
-              {L"<P>x</P>", L"<P>x</P>"},
-              {L"<p class='x'>a</p><p>b</p>", L"b"},
-              {L"<p>&lt;/p>x</p>", L"</p>x"}};
-  for (const auto& row : rows) EXPECT_EQ(ErrorPage::reasonIn(row.page), row.reason);
+  const std::pair<const wchar_t*, const wchar_t*> rows[] = {
+      {L"<html><body><p>Quota exceeded</p></body></html>", L"Quota exceeded"},
+      {L"<p>a &lt;b&gt;</p>", L"a <b>"},
+      {L"plain &amp; simple", L"plain & simple"},
+      {L"", L""},
+      {L"<p></p>rest", L""},
+      {L"<p>never closed", L"<p>never closed"},
+      {L"</p>before<p>after", L"</p>before<p>after"},
+      {L"</p><p>x</p>", L"x"},
+      {L"<p>a<p>b</p></p>", L"a<p>b"},
+      {L"<P>x</P>", L"<P>x</P>"},
+      {L"<p class='x'>a</p><p>b</p>", L"b"},
+      {L"<p>&lt;/p>x</p>", L"</p>x"}};
+  for (const auto& [page, reason] : rows) EXPECT_EQ(ErrorPage::reasonIn(page), reason);
 }
 
 }  // namespace

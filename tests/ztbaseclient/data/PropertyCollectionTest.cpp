@@ -31,13 +31,7 @@ TEST_F(Collection, DefiningTwiceIsRefused) {
   properties_->define(L"a", 1.5, 0);
   expectMessage(L"Property A already exists\n", [&] { properties_->define(L"A", 0); });
   expectMessage(L"Property a already exists\n", [&] { properties_->define(L"a", tovin::NullValue(), 0); });
-  try {
-    properties_->define(L"a", 2.0, 0);
-    FAIL();
-  } catch (const tovin::Exception& e) {
-    EXPECT_STREQ(e.getTrail().front().className, "CPropertyCollection");
-    EXPECT_STREQ(e.getTrail().front().method, "define(double)");
-  }
+  EXPECT_EQ(trailOf([&] { properties_->define(L"a", 2.0, 0); }), "CPropertyCollection.define(double) ");
 }
 
 TEST_F(Collection, WithoutANodeASlashIsALetter) {
@@ -107,14 +101,6 @@ TEST_F(Collection, CopiesFromAnotherOne) {
   source->define(L"c", 0);
   properties_->appendFrom(source.get());
   EXPECT_EQ(names(), L"a b c ");
-}
-
-TEST_F(Collection, APropertyKnowsItsCollection) {
-  auto* property = properties_->define(L"a", 0);
-  EXPECT_EQ(property->getParent(), properties_.get());
-  const tovin::Ptr<tovin::iProperty> held(property);
-  properties_->removeAll();
-  EXPECT_EQ(property->getParent(), nullptr);
 }
 
 }  // namespace

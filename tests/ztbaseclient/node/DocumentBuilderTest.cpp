@@ -55,24 +55,6 @@ TEST_F(DocumentBuilder, WidensUtf8ByteByByte) {
   EXPECT_EQ(fromBytes("<?xml version='1.0' encoding='ISO-8859-1'?><a b='\xE9'/>"), L"a[b=\xC3\xA9]");
 }
 
-TEST_F(DocumentBuilder, BytesThatAreNoDocumentRaiseNothing) {
-  const std::pair<const char*, const wchar_t*> rows[] = {
-      {"<a><b></c></a>", L"a(b)"}, {"", L"null"}, {"no document", L"null"}};
-  for (const auto& [text, tree] : rows) {
-    parser_.reset();
-    EXPECT_EQ(fromBytes(text), tree);
-  }
-}
-
-TEST_F(DocumentBuilder, AFileThatIsNoDocumentSaysWhy) {
-  expectMessage(L"Parse error: mismatched tag", [&] { fromFile("<a><b></c></a>"); });
-  parser_.reset();
-  expectMessage(L"Parse error: no element found", [&] { fromFile(""); });
-  parser_.reset();
-  expectMessage(L"Unable to open file", [&] { parser_.parse(L"no such file"); });
-  expectMessage(L"Unable to open file", [&] { parser_.parse(static_cast<const wchar_t*>(nullptr)); });
-}
-
 TEST_F(DocumentBuilder, FilesOfEverySizeAroundThePiecesAreReadWhole) {
   for (size_t size : {2047u, 2048u, 2049u, 6144u, 6145u, 70000u}) {
     parser_.reset();
@@ -81,15 +63,6 @@ TEST_F(DocumentBuilder, FilesOfEverySizeAroundThePiecesAreReadWhole) {
     EXPECT_EQ(parser_.getRawBytes().getSize(), size);
     EXPECT_EQ(std::string(parser_.getRawBytes().begin(), parser_.getRawBytes().end()), text);
   }
-}
-
-TEST_F(DocumentBuilder, ASecondDocumentNeedsAReset) {
-  EXPECT_EQ(fromBytes("<a/>"), L"a");
-  EXPECT_EQ(fromBytes("<b/>"), L"a");
-  EXPECT_EQ(parser_.getRawBytes().getSize(), 0u);
-  expectMessage(L"Parse error: parsing finished", [&] { fromFile("<c/>"); });
-  parser_.reset();
-  EXPECT_EQ(fromFile("<c/>"), L"c");
 }
 
 // Prefixes of namespaces among them: to a collection they are one name.
@@ -119,17 +92,6 @@ TEST_F(DocumentBuilder, EntityBombsAreRefused) {
     bomb += "'>";
   }
   EXPECT_THROW(fromFile(bomb + "]><a>&e19;</a>"), tovin::Exception);
-}
-
-TEST_F(DocumentBuilder, AMillionLevelsTakeNoStack) {
-  std::string text;
-  for (int i = 0; i < 1'000'000; ++i) text += "<a>";
-  int levels = 0;
-  for (const tovin::iNode* at = parser_.parse(arrayOf(text)); at;
-       at = at->hasChildren() ? at->getChildAt(0) : nullptr) {
-    ++levels;
-  }
-  EXPECT_EQ(levels, 1'000'000);
 }
 
 }  // namespace

@@ -113,7 +113,6 @@ TEST_F(Children, NeitherAncestorsNorStrangersArePutIn) {
   expectMessage(nullNode, [&] { root_->insertChildBefore(nullptr, a_.get()); });
   expectMessage(nullNode, [&] { root_->replaceChild(a_.get(), nullptr); });
   expectMessage(ownParent, [&] { a_->getChildAt(0)->appendChild(root_.get()); });
-  expectMessage(ownParent, [&] { root_->appendChild(root_.get()); });
   expectMessage(ownParent, [&] { b_->appendChild(b_.get()); });
   expectMessage(ownParent, [&] { root_->insertChildBefore(root_.get(), a_.get()); });
   expectMessage(noChildren, [&] { x_->insertChildBefore(b_.get(), a_.get()); });
@@ -131,15 +130,7 @@ TEST_F(Children, RemovingIsByIdentity) {
   EXPECT_FALSE(root_->removeChild(node(L"a").get()));
   EXPECT_TRUE(root_->removeChild(b_.get()));
   EXPECT_EQ(b_->findParent(), nullptr);
-  for (unsigned index : {2u, 99u}) {
-    try {
-      root_->removeChildAt(index);
-      FAIL();
-    } catch (const tovin::InvalidIndexException& e) {
-      EXPECT_EQ(e.getIndex(), index);
-      EXPECT_EQ(e.getLastIndex(), 1);
-    }
-  }
+  expectMessage(L"Invalid index 2, the last valid index is 1", [&] { root_->removeChildAt(2); });
   root_->removeChildAt(0);
   EXPECT_EQ(order(*root_), L"c");
 }
@@ -182,8 +173,7 @@ TEST_F(Children, ADeepCopyIsNotChangedWithItsSource) {
   const tovin::Ptr<tovin::iNode> deep(root_->cloneNode(true)), shallow(root_->cloneNode(false));
   const CBaseNode copy(*root_);
   root_->removeAllChildren();
-  for (const tovin::iNode* each :
-       {static_cast<const tovin::iNode*>(deep.get()), static_cast<const tovin::iNode*>(&copy)}) {
+  for (const tovin::iNode* each : std::initializer_list<const tovin::iNode*>{deep.get(), &copy}) {
     EXPECT_EQ(order(*each), L"abc");
     EXPECT_EQ(order(*each->getChildAt(0)), L"deep");
     EXPECT_EQ(each->getChildAt(0)->findParent(), each);
@@ -204,13 +194,6 @@ TEST_F(Children, AssigningFromRelativesEnds) {
   *root_ = *tovin::seek<CBaseNode>(root_->getChildAt(0));
   EXPECT_STREQ(root_->getName(), L"deep");
   EXPECT_EQ(root_->findParent(), nullptr);
-}
-
-TEST_F(Children, AssignsFromItsOwnSubtree) {
-  x_->appendChild(node(L"only here").get());
-  *x_ = *tovin::seek<CBaseNode>(x_->getChildAt(0));
-  EXPECT_STREQ(x_->getName(), L"only here");
-  EXPECT_EQ(x_->findParent(), nullptr);
 }
 
 TEST_F(Children, AssignmentIsShallowAndSharesThem) {
@@ -288,8 +271,6 @@ TEST(Node, AnswersForItsIdentities) {
   EXPECT_NE(tovin::seek<CNodeImplBase>(object), nullptr);
   EXPECT_EQ(tovin::seek<CObjectTransportNode>(object), nullptr);
   EXPECT_EQ(tovin::Class::getClass(CNodeImplBase::Tag), nullptr);
-  expectMessage(L"Tried to deleteInstance() an object with nonzero ref count: 1\n",
-                [&] { object->deleteInstance(); });
 }
 
 // As they come from allocate(): nobody counts them, and nobody but their maker gives them back.

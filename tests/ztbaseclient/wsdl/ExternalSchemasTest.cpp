@@ -55,18 +55,17 @@ TEST_F(ExternalSchemas, AreFoundFromTheDocumentsFolder) {
   // A schema in another folder includes one that lies beside the document.
   folder_.write("service/sub/a.xsd", schemaFile("targetNamespace='urn:t'", import("b.xsd", "include")));
   folder_.write("service/b.xsd", schemaFile("", "<xs:complexType name='B'/>"));
-  folder_.write("up.xsd", schemaFile("targetNamespace='urn:up'", ""));
-  read(schema(import("sub\\a.xsd") + import("../up.xsd") + import(tovin::wideToUtf8(path("up.xsd")))),
+  folder_.write("\xC3\xBCp.xsd", schemaFile("targetNamespace='urn:up'", ""));
+  read(schema(import("sub\\a.xsd") + import("../\xC3\xBCp.xsd") + import(folder_.path("\xC3\xBCp.xsd"))),
        "type='t:B'");
   EXPECT_EQ(wsdl::resolved(parser_), "complex B");
-  EXPECT_EQ(records(), "b.xsd , a.xsd urn:t, up.xsd urn:up");
+  EXPECT_EQ(records(), "b.xsd , a.xsd urn:t, \xC3\xBCp.xsd urn:up");
 }
 
 TEST_F(ExternalSchemas, WithoutLeafAreTheDocumentsSibling) {
   folder_.write("service/main.xsd", schemaFile("targetNamespace='urn:m'", ""));
   read(schema(import("?xsd=1") + import("http://nowhere.invalid/") +
-              "<xs:import location='other/'/>"
-              "<xs:import namespace='urn:x'/>"));
+              "<xs:import location='other/'/><xs:import namespace='urn:x'/>"));
   EXPECT_EQ(records(), "main.xsd urn:m");
 }
 
@@ -83,11 +82,7 @@ TEST_F(ExternalSchemas, WithoutNamespaceBelongToThoseThatIncludeThem) {
   const std::string b = schema(import("c2.xsd", "include"), "targetNamespace='urn:b'");
   const std::string mine =
       schema(typeT("mine") + "<xs:element xmlns='' name='e' type='T'/>", "targetNamespace='urn:b'");
-  struct {
-    std::string types;
-    const char* part;
-    const char* expected;
-  } const rows[] = {
+  const std::tuple<std::string, const char*, const char*> rows[] = {
       {a + b, "element='n:e' xmlns:n='urn:b'", "complex T of urn:b {two:  of ''}"},
       {a + mine, "element='n:e' xmlns:n='urn:b'", "complex T of urn:b {mine:  of ''}"},
       {a + b, "type='T' xmlns=''", "Can't find schema with targetNamespace="},
@@ -98,9 +93,9 @@ TEST_F(ExternalSchemas, WithoutNamespaceBelongToThoseThatIncludeThem) {
       {schema(import("c2.xsd"), "targetNamespace='urn:i'") + b, "type='n:T' xmlns:n='urn:b'",
        "complex T of urn:b {two:  of ''}"},
       {schema(import("c2.xsd"), "targetNamespace='urn:i'"), "type='T' xmlns=''", "complex T {two:  of ''}"}};
-  for (const auto& row : rows) {
-    read(row.types, row.part);
-    EXPECT_EQ(wsdl::resolved(parser_), row.expected) << row.types << row.part;
+  for (const auto& [types, part, expected] : rows) {
+    read(types, part);
+    EXPECT_EQ(wsdl::resolved(parser_), expected) << types << part;
   }
 }
 
@@ -126,9 +121,6 @@ TEST_F(ExternalSchemas, ThatAreNoXmlFailAllQuestions) {
   folder_.write("service/bad.xsd", "<a>");
   read(schema(import("bad.xsd")));
   expectMessage(L"Parse error: no element found", [&] { parser_.GetSchemaInfo(); });
-  read(schema(import("bad.xsd")));
-  EXPECT_EQ(trailOf([&] { parser_.GetSchemaInfo(); }),
-            "CWsdlParser.parse() CWsdlParser.loadExternalSchemata() CWsdlParser.GetSchemaInfo ");
 }
 
 TEST_F(ExternalSchemas, InAChainOfThousandsTakeNoStack) {
@@ -141,32 +133,22 @@ TEST_F(ExternalSchemas, InAChainOfThousandsTakeNoStack) {
   EXPECT_EQ(parser_.GetSchemaInfo().getSize(), 1u + count);
 }
 
-TEST_F(ExternalSchemas, WithNamesOutsideAsciiAreFound) {
-  folder_.write("service/sch\xC3\xA9ma.xsd", schemaFile("targetNamespace='urn:n'", ""));
-  read(schema(import("sch\xC3\xA9ma.xsd")));
-  EXPECT_EQ(records(), "sch\xC3\xA9ma.xsd urn:n");
-}
-
 TEST(SchemaFileName, ComesFromTheLocationAndTheDocument) {
   struct Parser : CWsdlParser {
     using CWsdlParser::buildExternalSchemaFilename;
   };
-  struct Row {
-    const wchar_t* document;
-    const wchar_t* location;
-    const wchar_t* file;
-  };
-  const Row rows[] = {{L"a/s.wsdl", L"x/y.xsd", L"a/x/y.xsd"},
-                      {L"s.wsdl", L"y.xsd", L"./y.xsd"},
-                      {L"/s.wsdl", L"y.xsd", L"/y.xsd"},
-                      {L"a/s.wsdl", L"/y.xsd", L"/y.xsd"},
-                      {L"a/s.wsdl", L"?x", L"a/s.xsd"},
-                      {L"a/s", L"x/", L"a/s.xsd"},
-                      {L"a/s.", L"", L"a/s.xsd"},
-                      {L"a.b/s", L"?", L"a.b/s.xsd"},
-                      {L"a/s.wsdl", L"http://h/y.xsd", L"http://h/y.xsd"}};
-  for (const Row& row : rows) {
-    EXPECT_EQ(Parser().buildExternalSchemaFilename(row.document, row.location).view(), row.file);
+  const std::tuple<const wchar_t*, const wchar_t*, const wchar_t*> rows[] = {
+      {L"a/s.wsdl", L"x/y.xsd", L"a/x/y.xsd"},
+      {L"s.wsdl", L"y.xsd", L"./y.xsd"},
+      {L"/s.wsdl", L"y.xsd", L"/y.xsd"},
+      {L"a/s.wsdl", L"/y.xsd", L"/y.xsd"},
+      {L"a/s.wsdl", L"?x", L"a/s.xsd"},
+      {L"a/s", L"x/", L"a/s.xsd"},
+      {L"a/s.", L"", L"a/s.xsd"},
+      {L"a.b/s", L"?", L"a.b/s.xsd"},
+      {L"a/s.wsdl", L"http://h/y.xsd", L"http://h/y.xsd"}};
+  for (const auto& [document, location, file] : rows) {
+    EXPECT_EQ(Parser().buildExternalSchemaFilename(document, location).view(), file);
   }
 }
 

@@ -62,6 +62,7 @@ TEST_F(Loading, FailuresAreNamedOnce) {
   folder_.write("bad.wsdl", "<a><b></a>");
   CWsdlParser parser;
   expectMessage(L"Unable to open file", [&] { parser.Parse(path("none.wsdl")); });
+  expectMessage(L"Unable to open file", [&] { parser.Parse(tovin::WideString()); });
   EXPECT_EQ(trailOf([&] { parser.Parse(path("none.wsdl")); }), "CWsdlParser.parse() ");
   expectMessage(L"Parse error: mismatched tag", [&] { parser.Parse(path("bad.wsdl")); });
   EXPECT_EQ(trailOf([&] { parser.ParseZippedWsdl(arrayOf("x")); }),

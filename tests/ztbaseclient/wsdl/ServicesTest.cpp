@@ -46,12 +46,7 @@ TEST_F(Services, TheLastOneCounts) {
 }
 
 TEST_F(Services, AddressesTellSoap11AndHttpFromOthers) {
-  struct Row {
-    const char* address;
-    bool soap11OrHttp;
-    const wchar_t* location;
-  };
-  const Row rows[] = {
+  const std::tuple<const char*, bool, const wchar_t*> rows[] = {
       {"<soap12:address location='a'/>", false, L"a"},
       {"<http:address location='a'/>", true, L"a"},
       {"<address location='a'/>", true, L"a"},
@@ -59,12 +54,12 @@ TEST_F(Services, AddressesTellSoap11AndHttpFromOthers) {
       {"<inner:address xmlns:inner='http://schemas.xmlsoap.org/wsdl/soap/' location='a'/>", false, L"a"},
       {"<x:address location='other'/><soap:address location='a'/>", true, L"a"},
       {"<soap:address/>", true, L""}};
-  for (const Row& row : rows) {
-    SCOPED_TRACE(row.address);
-    read("<service>" + port("p", "B", row.address) + "</service>" + binding("B"),
+  for (const auto& [address, soap11OrHttp, location] : rows) {
+    SCOPED_TRACE(address);
+    read("<service>" + port("p", "B", address) + "</service>" + binding("B"),
          std::string("targetNamespace='urn:t' ") + soap12 + http);
-    EXPECT_EQ(ports_[0].soap11OrHttp, row.soap11OrHttp);
-    EXPECT_EQ(ports_[0].address, row.location);
+    EXPECT_EQ(ports_[0].soap11OrHttp, soap11OrHttp);
+    EXPECT_EQ(ports_[0].address, location);
   }
 }
 
@@ -79,30 +74,22 @@ TEST_F(Services, OnePortIsKeptForEachBinding) {
 
 TEST_F(Services, MissingPartsHaveTheirMessages) {
   const std::string soapPort = port("p", "t:B", "<soap:address/>");
-  struct Row {
-    std::string inside;
-    std::string attributes;
-    const wchar_t* message;
-  };
-  const Row rows[] = {
+  const std::string broken = "<service>" + soapPort + "</service><binding/>";
+  const std::tuple<std::string, std::string, const wchar_t*> rows[] = {
       {"", "", L"missing targetNamespace"},
       {"", "targetNamespace='a'", L"missing service"},
       {"<service>" + port("p", "B", "") + "</service>", "targetNamespace='a'",
        L"Unable to find soap addresses. This WSDL may not have soap methods."},
-      {"<service>" + soapPort + "</service><binding/>", "targetNamespace='a'", L"Can't find binding t:B"}};
-  for (const Row& row : rows) expectMessage(row.message, [&] { read(row.inside, row.attributes); });
-  EXPECT_EQ(trailOf([&] { read(rows[3].inside); }),
-            "CWsdlParser.GetBindingInfo() CWsdlParser.GetServiceInfo ");
+      {broken, "targetNamespace='a'", L"Can't find binding t:B"}};
+  for (const auto& row : rows)
+    expectMessage(std::get<2>(row), [&] { read(std::get<0>(row), std::get<1>(row)); });
+  EXPECT_EQ(trailOf([&] { read(broken); }), "CWsdlParser.GetBindingInfo() CWsdlParser.GetServiceInfo ");
   ASSERT_EQ(ports_.getSize(), 1u);  // the port that was being read
   EXPECT_EQ(ports_[0].name, L"p");
 }
 
 TEST_F(Services, StyleIsDocumentUnlessItSaysRpc) {
-  struct Row {
-    const char* inside;
-    bool binding, operation;
-  };
-  const Row rows[] = {
+  const std::tuple<const char*, bool, bool> rows[] = {
       {"<operation/>", true, true},
       {"<soap:binding/><operation/>", true, true},
       {"<soap:binding style='RPC'/><operation/>", false, false},
@@ -112,10 +99,10 @@ TEST_F(Services, StyleIsDocumentUnlessItSaysRpc) {
        true, true},
       {"<operation><soap:operation style='rpc'/></operation>", true, false},
       {"<other:binding style='rpc'/><operation/>", true, true}};
-  for (const Row& row : rows) {
-    readBinding(row.inside);
-    EXPECT_EQ(first().documentStyle, row.binding) << row.inside;
-    EXPECT_EQ(first().operations[0].documentStyle, row.operation) << row.inside;
+  for (const auto& [inside, binding, operation] : rows) {
+    readBinding(inside);
+    EXPECT_EQ(first().documentStyle, binding) << inside;
+    EXPECT_EQ(first().operations[0].documentStyle, operation) << inside;
   }
 }
 
@@ -202,11 +189,7 @@ TEST_F(Services, AnOperationIsFoundByItsMessages) {
 }
 
 TEST_F(Services, PortTypesAndMessagesThatAreMissingAreNamed) {
-  struct Row {
-    const char* portType;
-    const wchar_t* message;
-  };
-  const Row rows[] = {
+  const std::pair<const char*, const wchar_t*> rows[] = {
       {"<portType name='Q'/>", L"Couldn't find portType"},
       {"<portType name='P'><operation name='x'/></portType>", L"Couldn't find operation"},
       {"<portType name='P'><operation name='o'/><operation name='o'/></portType>",
@@ -214,10 +197,10 @@ TEST_F(Services, PortTypesAndMessagesThatAreMissingAreNamed) {
       {"<portType name='P'><operation name='o'><input message='t:N'/></operation></portType>",
        L"Couldn't find message"},
       {"<portType name='P'><operation name='o'><output/></operation></portType>", L"Couldn't find message"}};
-  for (const Row& row : rows) {
-    read(std::string("<message/>") + row.portType + "<service>" + port("p", "B", "<soap:address/>") +
+  for (const auto& [portType, message] : rows) {
+    read(std::string("<message/>") + portType + "<service>" + port("p", "B", "<soap:address/>") +
          "</service>" + binding("B", "<operation name='o'/>"));
-    expectMessage(row.message,
+    expectMessage(message,
                   [&] { parser_.GetOperationInfoFromPortType(first().type, ports_[0].binding.operations); });
   }
   EXPECT_EQ(trailOf([&] { parser_.GetOperationInfoFromPortType(L"P", ports_[0].binding.operations); }),

@@ -72,11 +72,7 @@ TEST(TypeErrors, OfDefinitions) {
 }
 
 TEST(TypeErrors, OfNames) {
-  struct {
-    const char* part;
-    const char* types;
-    const char* message;
-  } const rows[] = {
+  const std::tuple<const char*, const char*, const char*> rows[] = {
       {"type='t:T'", "", "Can't find <schema> node in wsdl, needed for definition of type t:T"},
       {"element='t:T'", "", "Can't find schema with targetNamespace=urn:t"},
       {"type='o:T' xmlns:o='ftp://O'", "<xs:schema/>", "Can't find schema with targetNamespace=ftp://O"},
@@ -91,7 +87,7 @@ TEST(TypeErrors, OfNames) {
       {"type='t:'", "<xs:schema/>", "Can't understand custom type: \"t:\""},
       {"type='a:b:c'", "<xs:schema/>", "Can't understand custom type: \"a:b:c\""},
       {"", "<xs:schema/>", "Can't understand custom type: \"\""}};
-  for (const auto& row : rows) EXPECT_EQ(resolved(withPart(row.part, row.types)), row.message) << row.part;
+  for (const auto& [part, types, message] : rows) EXPECT_EQ(resolved(withPart(part, types)), message) << part;
 }
 
 TEST(TypeErrors, OfLookUpsInSchemas) {

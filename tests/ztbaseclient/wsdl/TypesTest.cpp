@@ -165,19 +165,17 @@ TEST(Types, SimpleOnesAreEnumerationsOrOneValue) {
 }
 
 TEST(Types, AtomicOnesBelongToTheirNamespaces) {
-  struct {
-    const char* part;
-    const char* expected;
-  } const rows[] = {{"type='xs:dateTime'", "atomic dateTime of http://www.w3.org/2001/XMLSchema"},
-                    {"type='enc:string'", "atomic string of http://schemas.xmlsoap.org/soap/encoding/"},
-                    {"type='p:int' xmlns:p='http://www.w3.org/1999/XMLSchema'",
-                     "atomic int of http://www.w3.org/1999/XMLSchema"},
-                    {"type='int' xmlns='http://www.w3.org/2001/XMLSchema'",
-                     "atomic int of http://www.w3.org/2001/XMLSchema"},
-                    {"type='XS:UNSIGNEDINT'", "atomic unsignedInt of http://www.w3.org/2001/XMLSchema"},
-                    {"type='xs:anyType'", "Can't understand custom type: \"xs:anyType\""},
-                    {"type='enc:Array'", "Can't understand custom type: \"enc:Array\""}};
-  for (const auto& row : rows) EXPECT_EQ(resolved(withPart(row.part, "")), row.expected) << row.part;
+  const std::pair<const char*, const char*> rows[] = {
+      {"type='xs:dateTime'", "atomic dateTime of http://www.w3.org/2001/XMLSchema"},
+      {"type='enc:string'", "atomic string of http://schemas.xmlsoap.org/soap/encoding/"},
+      {"type='p:int' xmlns:p='http://www.w3.org/1999/XMLSchema'",
+       "atomic int of http://www.w3.org/1999/XMLSchema"},
+      {"type='int' xmlns='http://www.w3.org/2001/XMLSchema'",
+       "atomic int of http://www.w3.org/2001/XMLSchema"},
+      {"type='XS:UNSIGNEDINT'", "atomic unsignedInt of http://www.w3.org/2001/XMLSchema"},
+      {"type='xs:anyType'", "Can't understand custom type: \"xs:anyType\""},
+      {"type='enc:Array'", "Can't understand custom type: \"enc:Array\""}};
+  for (const auto& [part, expected] : rows) EXPECT_EQ(resolved(withPart(part, "")), expected) << part;
 }
 
 TEST(Types, WithoutPrefixAreLookedForNearTheName) {
@@ -283,16 +281,6 @@ TEST(Types, OfSchemasThatAreNotInTheSetAreSearchedThere) {
     EXPECT_EQ(asked->GetMatchingSchemaElementDoc(kept, L"t").name, L"T");
     tovin::WideString name(L"element");
     EXPECT_FALSE(asked->IsCustomTypeInSchema(kept, name));
-  }
-}
-
-TEST(Types, ArraySuffixIsTakenOffOnce) {
-  const std::pair<const wchar_t*, const wchar_t*> rows[] = {
-      {L"item[][]", L"item[]"}, {L"a[]b", L"ab"}, {L"item", L"item"}, {L"[]", L""}, {L"[", L"["}};
-  for (const auto& [name, stripped] : rows) {
-    tovin::WideString text(name);
-    CWsdlParser::StripArrayFromTypeName(text);
-    EXPECT_EQ(text, stripped);
   }
 }
 
