@@ -1,7 +1,5 @@
 #include "ztcore/ztCompress.h"
 
-#include <gtest/gtest.h>
-
 #include <random>
 
 #include "tests/support/Bytes.h"

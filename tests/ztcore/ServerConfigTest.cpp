@@ -1,7 +1,5 @@
 #include "ztcore/ztServerConfig.h"
 
-#include <gtest/gtest.h>
-
 #include "tests/support/TempFolder.h"
 #include "tovinCore/Exception.h"
 

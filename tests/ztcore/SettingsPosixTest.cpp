@@ -1,6 +1,4 @@
 // Settings in a file, where there is no registry.
-#include <gtest/gtest.h>
-
 #include "tests/support/Bytes.h"
 #include "tests/support/TempFolder.h"
 #include "ztcore/ztRegistry.h"
@@ -14,10 +12,16 @@ class Settings : public testing::Test {
  protected:
   static constexpr const char* file = "dravolin/settings.ini";
 
+  // A key that comes to be with its first value.
+  ztRegistry created(const wchar_t* key) {
+    ztRegistry registry;
+    EXPECT_TRUE(registry.Connect(ztRegistry::CurrentUser) && registry.Create(key));
+    return registry;
+  }
+
   ztRegistry opened(const wchar_t* key) {
     ztRegistry registry;
-    EXPECT_TRUE(registry.Connect(ztRegistry::CurrentUser));
-    EXPECT_TRUE(registry.Open(key));
+    EXPECT_TRUE(registry.Connect(ztRegistry::CurrentUser) && registry.Open(key));
     return registry;
   }
 
@@ -71,24 +75,14 @@ TEST_F(Settings, WritingLeavesTheOtherLinesAlone) {
   EXPECT_EQ(valueOf(opened(L"a"), L"y"), L" padded ");
 }
 
-TEST_F(Settings, FirstValueMakesTheFile) {
-  ztRegistry registry;
-  ASSERT_TRUE(registry.Connect(ztRegistry::CurrentUser));
-  ASSERT_TRUE(registry.Create(L"k"));
-  registry.SetValue(L"n", nullptr);
-  EXPECT_EQ(folder_.read(file), "[k]\nn=\n");
-}
-
 TEST_F(Settings, TextsThatALineCannotHoldAreRefused) {
-  ztRegistry registry;
-  ASSERT_TRUE(registry.Connect(ztRegistry::CurrentUser));
-  ASSERT_TRUE(registry.Create(L"k"));
-  registry.SetValue(L"n", L"1");
+  ztRegistry registry = created(L"k");
+  registry.SetValue(L"n", nullptr);
   for (const wchar_t* name : {L"", L" n", L"#n", L"[n]", L"a=b", L"a\nb"}) {
     EXPECT_THROW(registry.SetValue(name, L"2"), tovin::Exception);
   }
   EXPECT_THROW(registry.SetValue(L"n", L"2\n[k]"), tovin::Exception);
-  EXPECT_EQ(folder_.read(file), "[k]\nn=1\n");
+  EXPECT_EQ(folder_.read(file), "[k]\nn=\n");
 }
 
 TEST_F(Settings, FileThatCannotBeReadIsToldAndNeverReplaced) {

@@ -9,7 +9,6 @@
 // - A text with an exponent is no number here, as the recommendation has it.
 // - following:: of an attribute begins with the children of its element here, as the recommendation defines
 // it.
-#include <gtest/gtest.h>
 #include <libxml/parser.h>
 #include <libxml/xpath.h>
 #include <libxml/xpathInternals.h>

@@ -1,7 +1,6 @@
-#include <gtest/gtest.h>
-
 #include <climits>
 #include <cmath>
+#include <fstream>
 #include <random>
 
 #include "tests/tovin/xpath/Trees.h"
@@ -130,36 +129,38 @@ TEST(QueryTexts, AreFoundAndTranslatedAtAnyLength) {
             "\u00fcXbZcX");
 }
 
+// Rows of a query, whether it selects anything, and what it gives.
+template <class T>
+void expectResults(const iNode& root, std::initializer_list<std::tuple<const wchar_t*, bool, T>> rows,
+                   T before) {
+  for (const auto& [query, any, expected] : rows) {
+    T result = before;
+    EXPECT_EQ(root.query(query, 0, result), any) << tovin::wideToUtf8(query);
+    EXPECT_EQ(result, expected) << tovin::wideToUtf8(query);
+  }
+}
+
 TEST(QueryResults, SayWhetherAnythingWasSelected) {
   const Ptr<iNode> root = treeOf("<a n='-7.9' big='9e9' huge='99999999999' word='x'><b/></a>");
-  const struct {
-    const wchar_t* query;
-    bool any;
-    int number;
-  } rows[] = {{L"@n", true, -7},      {L"@huge", true, INT_MAX},  {L"-@huge", true, INT_MIN},
-              {L"@word", false, 0},   {L"@big", false, 0},        {L"@none", false, 0},
-              {L"count(*)", true, 1}, {L"count(@none)", true, 0}, {L"1 = 1", true, 1},
-              {L"/", false, 0},       {L"number('x')", false, 0}, {L"b", false, 0}};
-  for (const auto& row : rows) {
-    int number = 99;
-    EXPECT_EQ(root->query(row.query, 0, number), row.any) << tovin::wideToUtf8(row.query);
-    EXPECT_EQ(number, row.number) << tovin::wideToUtf8(row.query);
-  }
-  const struct {
-    const wchar_t* query;
-    bool any;
-    bool truth;
-  } truths[] = {{L"b", true, true},      {L"c", false, false}, {L"/", false, false},
-                {L"1 = 2", true, false}, {L"'x'", true, true}, {L"count(c)", true, false}};
-  for (const auto& row : truths) {
-    bool truth = !row.truth;
-    EXPECT_EQ(root->query(row.query, 0, truth), row.any) << tovin::wideToUtf8(row.query);
-    EXPECT_EQ(truth, row.truth) << tovin::wideToUtf8(row.query);
-  }
-  tovin::WideString text(L"before");
-  EXPECT_FALSE(root->query(L"c", 0, text));
-  EXPECT_TRUE(text.isEmpty());
-  EXPECT_TRUE(root->query(L"b", 0, text));
+  expectResults<int>(*root,
+                     {{L"@n", true, -7},
+                      {L"@huge", true, INT_MAX},
+                      {L"-@huge", true, INT_MIN},
+                      {L"@word", false, 0},
+                      {L"@big", false, 0},
+                      {L"@none", false, 0},
+                      {L"count(*)", true, 1},
+                      {L"count(@none)", true, 0},
+                      {L"1 = 1", true, 1},
+                      {L"/", false, 0},
+                      {L"number('x')", false, 0},
+                      {L"b", false, 0}},
+                     99);
+  expectResults<bool>(
+      *root, {{L"b", true, true}, {L"1 = 2", true, false}, {L"'x'", true, true}, {L"count(c)", true, false}},
+      false);
+  expectResults<bool>(*root, {{L"c", false, false}, {L"/", false, false}, {L"count(c)", true, false}}, true);
+  expectResults<tovin::WideString>(*root, {{L"c", false, L""}, {L"b", true, L""}}, L"before");
 }
 
 TEST(QueryResults, TakeElementsOrOwnersOfAttributesByTheSelector) {
@@ -187,38 +188,16 @@ TEST(QueryParser, AddsToASetFromItsBoundNode) {
 
 TEST(QueryFaults, QuoteTheQueryAndThePosition) {
   const Ptr<iNode> root = treeOf("<a/>");
-  const struct {
-    const wchar_t* query;
-    const wchar_t* fault;
-    int position;
-  } rows[] = {{L"", L"the query is empty", 1},
-              {L"a b", L"an operator is expected", 3},
-              {L"a[", L"a step is expected", 3},
-              {L"a[1", L"']' is expected", 4},
-              {L"'a", L"the text that begins here has no closing quote", 1},
-              {L"a#b", L"this character has no meaning here", 2},
-              {L"$x", L"there are no variables,", 1},
-              {L"a/f(1)", L"the query should end here", 4},
-              {L"f(1)", L"there is no function of this name,", 1},
-              {L"up::a", L"there is no axis of this name,", 1},
-              {L"count()", L"the function wants more arguments,", 1},
-              {L"1 + true(1)", L"the function wants fewer arguments,", 5},
-              {L"count(1)", L"the function wants a node set,", 1},
-              {L"not(a", L"',' or ')' is expected", 6},
-              {L"a | 1", L"'|' joins node sets, and this is none,", 5},
-              {L"1 | a", L"'|' joins node sets, and this is none,", 1},
-              {L"'a'/b", L"only a node set has predicates and steps, and this is none,", 1},
-              {L"(1)[1]", L"only a node set has predicates and steps, and this is none,", 1},
-              {L"p:", L"a name is expected behind the prefix", 2},
-              {L"//", L"a step is expected", 3},
-              {L"a//", L"a step is expected", 4},
-              {L"text('x')", L"')' is expected", 6},
-              {L"count(a)", L"a query for nodes must give a node set; this one, which begins", 1}};
-  for (const auto& row : rows) {
+  std::ifstream in(ZTB_TEST_DATA "/xpath/faults.txt");
+  std::string query, fault, position;
+  std::getline(in, query);  // a comment
+  while (std::getline(in, query, '\t') && std::getline(in, fault, '\t') && std::getline(in, position)) {
     tovin::NodeReferenceSet nodes;
-    expectMessage(tovin::format(L"Query \"%ls\": %ls at position %d", row.query, row.fault, row.position),
-                  [&] { root->query(row.query, 3, nodes); });
+    const std::wstring wide = tovin::utf8ToWide(query);
+    EXPECT_EQ(messageOf([&] { root->query(wide.c_str(), 3, nodes); }),
+              "Query \"" + query + "\": " + fault + " at position " + position);
   }
+  EXPECT_EQ(position, "1") << "all were read";
   bool truth = false;
   expectMessage(L"A query needs an expression", [&] { root->query(nullptr, 0, truth); });
 }

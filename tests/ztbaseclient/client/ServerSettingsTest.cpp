@@ -1,5 +1,3 @@
-#include <gtest/gtest.h>
-
 #include "tests/support/TempFolder.h"
 #include "tovinCore/Utf8.h"
 #include "tovinCore/platform/Environment.h"

@@ -1,5 +1,3 @@
-#include <gtest/gtest.h>
-
 #include "tests/tovin/xpath/Trees.h"
 #include "tovin/values/StringValue.h"
 #include "ztbaseclient/data/CPropertyCollection.h"

@@ -1,7 +1,5 @@
 #include "ztbaseclient/data/CPropertyCollection.h"
 
-#include <gtest/gtest.h>
-
 #include "tests/support/Bytes.h"
 #include "tovin/values/IntegerValue.h"
 #include "tovin/values/NullValue.h"

@@ -1,5 +1,3 @@
-#include <gtest/gtest.h>
-
 #include "tests/support/Bytes.h"
 #include "tovin/values/DoubleValue.h"
 #include "tovin/values/IntegerValue.h"

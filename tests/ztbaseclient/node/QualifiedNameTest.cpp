@@ -1,5 +1,3 @@
-#include <gtest/gtest.h>
-
 #include "tests/support/Bytes.h"
 #include "ztbaseclient/node/cppNodeQName.h"
 #include "ztcore/ztUniqueStrings.h"

@@ -1,5 +1,3 @@
-#include <gtest/gtest.h>
-
 #include "tests/support/Bytes.h"
 #include "ztbaseclient/tools/InProcMonitor.h"
 
