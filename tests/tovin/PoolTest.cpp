@@ -70,14 +70,6 @@ TEST_F(Pools, AnObjectComesBackDeactivatedAndGoesOutAgain) {
   Unlimited::deallocate(object);
 }
 
-TEST_F(Pools, ReturningMoreThanWentOutIsALeak) {
-  Unlimited* a = Unlimited::allocate();
-  Unlimited* again = a;
-  Unlimited::deallocate(a);
-  expectMessage(L"Object leak, object being returned to pool when none were outstanding...",
-                [&] { Unlimited::deallocate(again); });
-}
-
 TEST_F(Pools, OnlyObjectsOfThePoolAreTakenBack) {
   Unlimited local;
   Unlimited* object = &local;

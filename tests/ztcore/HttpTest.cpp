@@ -160,19 +160,6 @@ TEST_F(Http, RedirectionSendsTheWholeFormAgain) {
   EXPECT_THAT(second, HasSubstr("\r\n\r\ntext\r\n--"));
 }
 
-TEST_F(Http, RedirectionInTheMiddleOfTheBodySendsItAgain) {
-  const std::string content(20'000'000, 'x');
-  std::string request;
-  SocketServer server({[&](Connection& connection) {
-                         connection.readHead();
-                         connection.send(redirect("/other"));
-                         connection.readBody();
-                       },
-                       recording(request)});
-  post(http_, server.url(), content);
-  EXPECT_NE(request.find(content), std::string::npos);
-}
-
 TEST_F(Http, ChallengeIsAnsweredFromTheUrl) {
   const std::string challenge = answer("401 Unauthorized", "", "WWW-Authenticate: Basic realm=\"x\"\r\n");
   std::string first, second;

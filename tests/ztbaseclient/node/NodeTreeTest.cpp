@@ -262,15 +262,6 @@ TEST_F(TransportNode, AssignmentClonesTheObjectAndLeavesTheOldOneAlone) {
   EXPECT_EQ(carrier_->GetObject(), nullptr);
 }
 
-TEST(Node, AnswersForItsIdentities) {
-  const auto base = node(L"n");
-  tovin::Object* object = base.get();
-  EXPECT_EQ(tovin::seek<CBaseNode>(object), base.get());
-  EXPECT_NE(tovin::seek<CNodeImplBase>(object), nullptr);
-  EXPECT_EQ(tovin::seek<CObjectTransportNode>(object), nullptr);
-  EXPECT_EQ(tovin::Class::getClass(CNodeImplBase::Tag), nullptr);
-}
-
 // As they come from allocate(): nobody counts them, and nobody but their maker gives them back.
 TEST(UncountedNode, OutlivesWhatIsAskedOfIt) {
   CBaseNode* root = CBaseNode::allocate();

@@ -30,22 +30,6 @@ TEST(DiffRules, TokensStandBetweenDelimiters) {
   }
 }
 
-TEST(DiffRules, ZerosFillTheShorterNumber) {
-  const std::tuple<const wchar_t*, const wchar_t*, size_t, const wchar_t*, const wchar_t*> cases[] = {
-      {L"1", L"123", 9, L"100", L"123"}, {L"123", L"1", 2, L"123", L"10"}, {L"", L"", 9, L"", L""}};
-  for (const auto& [from1, from2, max, to1, to2] : cases) {
-    wchar_t a[16], b[16];
-    std::wcscpy(a, from1);
-    std::wcscpy(b, from2);
-    EXPECT_EQ(CDiffFiles().PadWithZeros(a, b, max), std::wcslen(to1));
-    EXPECT_STREQ(a, to1);
-    EXPECT_STREQ(b, to2);
-  }
-  wchar_t point[] = L".25";
-  CDiffFiles().RemoveDecimal(point);
-  EXPECT_STREQ(point, L"25");
-}
-
 TEST(DiffRules, TheMeasureIsTheNumberOfSharedDigits) {
   constexpr double infinite = std::numeric_limits<double>::infinity(), none = NAN;
   const std::tuple<std::wstring, std::wstring, double> cases[] = {{L"1.00001", L"1.00002", 5.0000043},
