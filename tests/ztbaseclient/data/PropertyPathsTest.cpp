@@ -157,28 +157,23 @@ TEST(PropertyPathOfARecord, IsSplitAtItsLastSlash) {
   const Ptr<iNode> root = treeOf("<r a='1'><x p='3'/><x p='5'/></r>");
   root->getProperties()->define(L"my prop", L"", 0);
   Record record(root.get());
-  const struct {
-    const wchar_t* path;
-    bool found;
-    const char* name;
-    Places places;
-  } rows[] = {{L"a", true, "a", {"/*[1]/"}},
-              {L"p", false, "p", {}},
-              {L"/a", true, "a", {"/*[1]/"}},
-              {L"/r/x/p", true, "p", {"/*[1]/*[1]/", "/*[1]/*[2]/"}},
-              {L"x[2]/p", true, "p", {"/*[1]/*[2]/"}},
-              {L"/r/my prop", true, "my prop", {"/*[1]/"}},
-              {L"/r/none", false, "none", {}},
-              {L"//p", true, "p", {"/*[1]/*[1]/", "/*[1]/*[2]/"}},
-              {L"/r/x//p", true, "p", {"/*[1]/*[1]/", "/*[1]/*[2]/"}},
-              {L"/", false, "", {}}};
-  for (const auto& row : rows) {
+  const std::tuple<const wchar_t*, bool, const char*, Places> rows[] = {
+      {L"a", true, "a", {"/*[1]/"}},
+      {L"p", false, "p", {}},
+      {L"/a", true, "a", {"/*[1]/"}},
+      {L"/r/x/p", true, "p", {"/*[1]/*[1]/", "/*[1]/*[2]/"}},
+      {L"x[2]/p", true, "p", {"/*[1]/*[2]/"}},
+      {L"/r/my prop", true, "my prop", {"/*[1]/"}},
+      {L"/r/none", false, "none", {}},
+      {L"//p", true, "p", {"/*[1]/*[1]/", "/*[1]/*[2]/"}},
+      {L"/r/x//p", true, "p", {"/*[1]/*[1]/", "/*[1]/*[2]/"}},
+      {L"/", false, "", {}}};
+  for (const auto& [path, found, leaf, places] : rows) {
     NodeReferenceSet nodes;
     tovin::WideString name;
-    EXPECT_EQ(DeepPropertyUtils::DecodePropertyPath(&record, row.path, false, nodes, name), row.found)
-        << row.name;
-    EXPECT_EQ(tovin::wideToUtf8(name), row.name);
-    EXPECT_EQ(placesOf(nodes), row.places) << row.name;
+    EXPECT_EQ(DeepPropertyUtils::DecodePropertyPath(&record, path, false, nodes, name), found) << leaf;
+    EXPECT_EQ(tovin::wideToUtf8(name), leaf);
+    EXPECT_EQ(placesOf(nodes), places) << leaf;
   }
   NodeReferenceSet nodes;
   tovin::WideString name(L"before");

@@ -49,6 +49,20 @@ TEST_F(ConsoleLog, EntriesStandBetweenTheirMarkers) {
   for (const auto& [log, entries] : cases) EXPECT_EQ(readAll(log), entries);
 }
 
+TEST_F(ConsoleLog, DecodingTakesBothEndsIn) {
+  struct Reader : CConsoleReader {
+    Reader() : CConsoleReader(nullptr, 0) {}
+    using CConsoleReader::Decode;
+  } reader;
+  const std::tuple<unsigned, unsigned, const wchar_t*> cases[] = {
+      {0, 5, L"a%b\n"}, {0, 4, L"a%b%"}, {3, 3, L"b"}, {4, 99, L"\n"}, {6, 6, L""}, {3, 2, L""}};
+  for (const auto& [from, to, text] : cases) {
+    tovin::WideString out(L"before");
+    reader.Decode(L"a%pb%n", from, to, out);
+    EXPECT_EQ(out, text) << from;
+  }
+}
+
 TEST_F(ConsoleLog, ReadingResumesBehindEachEntry) {
   const std::wstring log =
       begin + L"a\t1\r\n" + end + L"noise\n" + begin + L"b\t\x20AC\n" + end + begin + L"c\t3\n" + end;

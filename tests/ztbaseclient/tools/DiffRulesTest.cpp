@@ -30,6 +30,17 @@ TEST(DiffRules, TokensStandBetweenDelimiters) {
   }
 }
 
+TEST(DiffRules, ZerosFillTheShorterNumberUpToAMost) {
+  wchar_t a[8] = L"1", b[8] = L"123", c[8] = L"1", point[] = L".25";
+  EXPECT_EQ(CDiffFiles().PadWithZeros(a, b, 9), 3u);
+  EXPECT_STREQ(a, L"100");
+  EXPECT_EQ(CDiffFiles().PadWithZeros(b, c, 2), 3u);
+  EXPECT_STREQ(b, L"123");
+  EXPECT_STREQ(c, L"10");
+  CDiffFiles().RemoveDecimal(point);
+  EXPECT_STREQ(point, L"25");
+}
+
 TEST(DiffRules, TheMeasureIsTheNumberOfSharedDigits) {
   constexpr double infinite = std::numeric_limits<double>::infinity(), none = NAN;
   const std::tuple<std::wstring, std::wstring, double> cases[] = {{L"1.00001", L"1.00002", 5.0000043},

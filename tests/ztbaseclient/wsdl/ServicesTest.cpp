@@ -172,19 +172,17 @@ TEST_F(Services, OperationsOfOneNamePairInOrder) {
 
 TEST_F(Services, AnOperationIsFoundByItsMessages) {
   read(overloads);
-  struct Row {
-    const wchar_t *portType, *name, *input, *output;
-    const wchar_t* action;  // null: not found
-  };
-  const Row rows[] = {{L"T:P", L"o", nullptr, nullptr, L"1"},      {L"t:P", L"O", L"m2", L"M1", L"2"},
-                      {L"t:P", L"o", L"M1", nullptr, L"1"},        {L"t:P", L"o", L"M1", L"", nullptr},
-                      {L"P", L"o", nullptr, nullptr, nullptr},     {nullptr, L"o", nullptr, nullptr, nullptr},
-                      {L"t:P", nullptr, nullptr, nullptr, nullptr}};
-  for (const Row& row : rows) {
+  using Text = const wchar_t*;
+  // Port type, name, input and output, and the action; null: not found.
+  const std::tuple<Text, Text, Text, Text, Text> rows[] = {
+      {L"T:P", L"o", nullptr, nullptr, L"1"},      {L"t:P", L"O", L"m2", L"M1", L"2"},
+      {L"t:P", L"o", L"M1", nullptr, L"1"},        {L"t:P", L"o", L"M1", L"", nullptr},
+      {L"P", L"o", nullptr, nullptr, nullptr},     {nullptr, L"o", nullptr, nullptr, nullptr},
+      {L"t:P", nullptr, nullptr, nullptr, nullptr}};
+  for (const auto& [portType, name, input, output, action] : rows) {
     CWsdlParser::COperation operation;
-    EXPECT_EQ(parser_.FindOperation(row.portType, row.name, row.input, row.output, operation),
-              row.action != nullptr);
-    EXPECT_TRUE(operation.soapAction == row.action);
+    EXPECT_EQ(parser_.FindOperation(portType, name, input, output, operation), action != nullptr);
+    EXPECT_TRUE(operation.soapAction == action);
   }
 }
 
