@@ -194,6 +194,13 @@ TEST_F(Children, AssigningFromRelativesEnds) {
   EXPECT_EQ(root_->findParent(), nullptr);
 }
 
+TEST_F(Children, AssignsFromItsOwnSubtree) {
+  x_->appendChild(node(L"only here").get());
+  *x_ = *tovin::seek<CBaseNode>(x_->getChildAt(0));
+  EXPECT_STREQ(x_->getName(), L"only here");
+  EXPECT_EQ(x_->findParent(), nullptr);
+}
+
 TEST_F(Children, AssignmentIsShallowAndSharesThem) {
   root_->getProperties()->define(L"p", 0);
   x_->appendChild(node(L"gone").get());
