@@ -101,4 +101,12 @@ TEST_F(Collection, CopiesFromAnotherOne) {
   EXPECT_EQ(names(), L"a b c ");
 }
 
+TEST_F(Collection, APropertyKnowsItsCollection) {
+  auto* property = properties_->define(L"a", 0);
+  EXPECT_EQ(property->getParent(), properties_.get());
+  const tovin::Ptr<tovin::iProperty> held(property);
+  properties_->removeAll();
+  EXPECT_EQ(property->getParent(), nullptr);
+}
+
 }  // namespace
