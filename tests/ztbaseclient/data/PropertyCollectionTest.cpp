@@ -107,6 +107,7 @@ TEST_F(Collection, APropertyKnowsItsCollection) {
   const tovin::Ptr<tovin::iProperty> held(property);
   properties_->removeAll();
   EXPECT_EQ(property->getParent(), nullptr);
+  EXPECT_STREQ(property->getName(), L"a") << "it outlives its removal for who holds it";
 }
 
 }  // namespace

@@ -121,14 +121,6 @@ TEST(PropertyStorage, CopyingCopiesTheValues) {
   EXPECT_EQ(copy.GetNumProperties(), 2u);
 }
 
-TEST(PropertyStorage, APropertyOutlivesItsRemovalForWhoHoldsIt) {
-  Storage storage(L"ab");
-  const tovin::Ptr<CProperty> held(storage.data.GetProperty(L"a"));
-  storage.data.Clear();
-  EXPECT_STREQ(held->getName(), L"a");
-  EXPECT_EQ(held->getParent(), nullptr);
-}
-
 TEST(HashMap, WithoutBucketsRefusesEveryOperation) {
   tovin::HashMap<int, int> map(0);
   expectMessage(L"Tried to find in a hash map with 0 buckets", [&] { map.find(1); });
