@@ -7,9 +7,7 @@ namespace {
 class Files : public testsupport::FolderTest {};
 
 TEST_F(Files, WhatIsWrittenIsReadBack) {
-  const std::wstring name = path(
-      "\xE2\x82\xAC"
-      "uro \xC3\xA9.txt");
+  const std::wstring name = path("\xE2\x82\xAC \xC3\xA9.txt");
   ztFile file;
   ASSERT_TRUE(file.Open(name.c_str(), ztFile::ForWriting));
   file.Write("abcdef", 6);

@@ -196,12 +196,12 @@ TEST_F(Http, NewConnectionThatDiesIsAFailure) {
       {"closed behind the form", answering("")},
       {"closed in the answer", answering("HTTP/1.1 200 OK\r\nContent-Length: 9\r\n\r\nhalf")},
       {"nonsense", answering("no HTTP at all\r\n\r\n")}};
-  for (const auto& row : rows) {
-    SocketServer server({row.second});
+  for (const auto& [what, script] : rows) {
+    SocketServer server({script});
     EXPECT_THAT(messageOf([&] { post(http_, server.url(), std::string(1'000'000, 'x')); }),
                 HasSubstr("The request to http://127.0.0.1:"))
-        << row.first;
-    EXPECT_EQ(server.connections(), 1u) << row.first;
+        << what;
+    EXPECT_EQ(server.connections(), 1u) << what;
   }
 }
 

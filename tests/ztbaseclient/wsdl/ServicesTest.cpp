@@ -75,14 +75,11 @@ TEST_F(Services, OnePortIsKeptForEachBinding) {
 TEST_F(Services, MissingPartsHaveTheirMessages) {
   const std::string soapPort = port("p", "t:B", "<soap:address/>");
   const std::string broken = "<service>" + soapPort + "</service><binding/>";
-  const std::tuple<std::string, std::string, const wchar_t*> rows[] = {
-      {"", "", L"missing targetNamespace"},
-      {"", "targetNamespace='a'", L"missing service"},
-      {"<service>" + port("p", "B", "") + "</service>", "targetNamespace='a'",
-       L"Unable to find soap addresses. This WSDL may not have soap methods."},
-      {broken, "targetNamespace='a'", L"Can't find binding t:B"}};
-  for (const auto& row : rows)
-    expectMessage(std::get<2>(row), [&] { read(std::get<0>(row), std::get<1>(row)); });
+  expectMessage(L"missing targetNamespace", [&] { read("", ""); });
+  expectMessage(L"missing service", [&] { read(""); });
+  expectMessage(L"Unable to find soap addresses. This WSDL may not have soap methods.",
+                [&] { read("<service>" + port("p", "B", "") + "</service>"); });
+  expectMessage(L"Can't find binding t:B", [&] { read(broken); });
   EXPECT_EQ(trailOf([&] { read(broken); }), "CWsdlParser.GetBindingInfo() CWsdlParser.GetServiceInfo ");
   ASSERT_EQ(ports_.getSize(), 1u);  // the port that was being read
   EXPECT_EQ(ports_[0].name, L"p");
