@@ -40,4 +40,17 @@ std::string unhexFile(const std::string& name) {
   return unhex(std::string(std::istreambuf_iterator<char>(in), {}));
 }
 
+std::string utf16(const std::wstring& text, bool bigEndian) {
+  std::string bytes;
+  for (wchar_t c : text) {
+    const char low = static_cast<char>(c & 0xFF), high = static_cast<char>(c >> 8 & 0xFF);
+    bytes += bigEndian ? std::string{high, low} : std::string{low, high};
+  }
+  return bytes;
+}
+
+tovin::Array<unsigned char> arrayOf(const std::string& bytes) {
+  return tovin::Array<unsigned char>(std::vector<unsigned char>(bytes.begin(), bytes.end()));
+}
+
 }  // namespace testsupport

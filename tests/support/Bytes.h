@@ -4,6 +4,7 @@
 
 #include <string>
 
+#include "tovin/Array.h"
 #include "tovinCore/Exception.h"
 #include "tovinCore/Utf8.h"
 #include "ztcore/ztMemoryStreams.h"
@@ -12,10 +13,17 @@
 namespace testsupport {
 
 std::string hex(const unsigned char* bytes, size_t count);
+inline std::string hex(const std::string& bytes) {
+  return hex(reinterpret_cast<const unsigned char*>(bytes.data()), bytes.size());
+}
 /// Refuses anything but digits, blanks, line ends, and comments from '#' to the end of the line.
 std::string unhex(const std::string& text);
 /// The bytes of a file of hexadecimal digits under tests/data.
 std::string unhexFile(const std::string& name);
+/// The units of a text in the byte order of a file.
+std::string utf16(const std::wstring& text, bool bigEndian = false);
+/// Bytes as the library takes them.
+tovin::Array<unsigned char> arrayOf(const std::string& bytes);
 
 using Writer = ztMemoryByteOutputStream;
 inline std::string hex(const Writer& out) { return hex(out.GetBytes(), out.GetSize()); }
@@ -48,6 +56,16 @@ std::string messageOf(Body&& body) {
 template <class Body>
 void expectMessage(const std::wstring& message, Body&& body) {
   EXPECT_EQ(testsupport::messageOf(std::forward<Body>(body)), tovin::wideToUtf8(message));
+}
+
+/// The warnings that the body gives, one behind the other.
+template <class Body>
+std::wstring warningsOf(Body&& body) {
+  std::wstring warnings;
+  const auto before = tovin::Exception::setWarningHandler([&](const wchar_t* text) { warnings += text; });
+  body();
+  tovin::Exception::setWarningHandler(before);
+  return warnings;
 }
 
 /// The calls that the exception passed, as "Class.method Class.method ".

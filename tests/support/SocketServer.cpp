@@ -7,8 +7,8 @@ namespace testsupport {
 
 bool Connection::receive() {
   char piece[65536];
-  const int64_t count = receiveFrom(socket_, piece, sizeof piece);
-  if (count > 0) bytes_.append(piece, static_cast<size_t>(count));
+  const size_t count = socket_.receive(piece, sizeof piece);
+  bytes_.append(piece, count);
   return count > 0;
 }
 
@@ -46,39 +46,29 @@ std::string Connection::readRequest() {
   return head + readBody();
 }
 
-void Connection::send(const std::string& bytes) const {
-  for (size_t done = 0; done < bytes.size();) {
-    const int64_t count = sendTo(socket_, bytes.data() + done, bytes.size() - done);
-    if (count <= 0) return;
-    done += static_cast<size_t>(count);
-  }
-}
-
 void Connection::hold(const std::atomic<bool>& stopping) const {
   while (!stopping) std::this_thread::sleep_for(std::chrono::milliseconds(5));
 }
 
 SocketServer::SocketServer(std::vector<Script> scripts)
-    : scripts_(std::move(scripts)), listener_(listenOnLoopback(port_)), thread_([this] { serve(); }) {}
+    : scripts_(std::move(scripts)), thread_([this] { serve(); }) {}
 
 SocketServer::~SocketServer() {
   stopping_ = true;
   thread_.join();
-  closeSocket(listener_);
 }
 
 std::wstring SocketServer::url(const std::wstring& path, const std::wstring& credentials) const {
-  return L"http://" + credentials + L"127.0.0.1:" + std::to_wstring(port_) + path;
+  return L"http://" + credentials + L"127.0.0.1:" + std::to_wstring(listener_.port()) + path;
 }
 
 void SocketServer::serve() {
   while (!stopping_) {
-    const Socket socket = acceptWithin(listener_, 5);
-    if (socket == noSocket) continue;
-    Connection connection(socket);
+    if (!listener_.accept(std::chrono::milliseconds(5))) continue;
+    Connection connection(listener_);
     const size_t index = connections_++;
     if (index < scripts_.size()) scripts_[index](connection);
-    closeSocket(socket);
+    listener_.hangUp();
   }
 }
 

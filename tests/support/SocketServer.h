@@ -6,20 +6,20 @@
 #include <thread>
 #include <vector>
 
-#include "tests/support/System.h"
+#include "ztclient/LoopbackListener.h"
 
 namespace testsupport {
 
 /// One connection of a SocketServer.
 class Connection {
  public:
-  explicit Connection(Socket socket) : socket_(socket) {}
+  explicit Connection(LoopbackListener& socket) : socket_(socket) {}
 
   /// The head of a request, up to its empty line; empty when the other side closed.
   std::string readHead();
   /// A chunked body, put together.
   std::string readBody();
-  void send(const std::string& bytes) const;
+  void send(const std::string& bytes) { socket_.send(bytes); }
   /// Head and body, for answers that do not depend on them.
   std::string readRequest();
   /// Reads nothing until the server stops.
@@ -30,7 +30,7 @@ class Connection {
   std::string take(size_t count);
   std::string takeUntil(const std::string& mark);
 
-  Socket socket_;
+  LoopbackListener& socket_;
   std::string bytes_;
 };
 
@@ -55,8 +55,7 @@ class SocketServer {
   void serve();
 
   std::vector<Script> scripts_;
-  int port_ = 0;
-  Socket listener_;
+  LoopbackListener listener_;
   std::atomic<bool> stopping_ = false;
   std::atomic<size_t> connections_ = 0;
   std::thread thread_;

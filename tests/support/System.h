@@ -1,7 +1,5 @@
 #pragma once
 
-#include <cstddef>
-#include <cstdint>
 #include <string>
 
 #include "tovinCore/platform/Paths.h"
@@ -49,18 +47,5 @@ class BackgroundCommand {
   std::string guard_;
   int process_ = -1;
 };
-
-using Socket = intptr_t;
-constexpr Socket noSocket = -1;
-
-/// Listens on a loopback port that the system chooses.
-Socket listenOnLoopback(int& port);
-/// noSocket when nobody came in that time. A connection is given up after 10 s of silence.
-Socket acceptWithin(Socket listener, int milliseconds);
-/// The count, 0 when the other side closed, less for a failure.
-int64_t receiveFrom(Socket socket, char* bytes, size_t room);
-int64_t sendTo(Socket socket, const char* bytes, size_t count);
-void closeSocket(Socket socket);
-bool canConnect(int port);
 
 }  // namespace testsupport

@@ -1,8 +1,6 @@
-// Before windows.h, which would bring in an older one.
-#include <winsock2.h>
+#include <windows.h>
 // After it.
 #include <psapi.h>
-#include <windows.h>
 
 #include <chrono>
 #include <cstdlib>
@@ -20,29 +18,6 @@ namespace testsupport {
 namespace {
 
 namespace fs = std::filesystem;
-
-void startSockets() {
-  static const int started = [] {
-    WSADATA data;
-    return ::WSAStartup(MAKEWORD(2, 2), &data);
-  }();
-  if (started != 0) throw std::runtime_error("no sockets");
-}
-
-sockaddr_in loopback(int port) {
-  sockaddr_in address{};
-  address.sin_family = AF_INET;
-  address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-  address.sin_port = htons(static_cast<uint16_t>(port));
-  return address;
-}
-
-SOCKET newSocket() {
-  startSockets();
-  return ::socket(AF_INET, SOCK_STREAM, 0);
-}
-
-SOCKET socketOf(Socket socket) { return static_cast<SOCKET>(socket); }
 
 const std::wstring ownRegistry = L"Software\\ztb-test-" + std::to_wstring(::GetCurrentProcessId());
 
@@ -139,44 +114,5 @@ BackgroundCommand::~BackgroundCommand() {
 }
 
 bool BackgroundCommand::isOver() { return !fs::exists(guard_); }
-
-Socket listenOnLoopback(int& port) {
-  const SOCKET listener = newSocket();
-  sockaddr_in address = loopback(0);
-  int size = sizeof address;
-  if (::bind(listener, reinterpret_cast<sockaddr*>(&address), size) != 0 || ::listen(listener, 16) != 0 ||
-      ::getsockname(listener, reinterpret_cast<sockaddr*>(&address), &size) != 0) {
-    throw std::runtime_error("cannot listen");
-  }
-  port = ntohs(address.sin_port);
-  return static_cast<Socket>(listener);
-}
-
-Socket acceptWithin(Socket listener, int milliseconds) {
-  WSAPOLLFD waiting{socketOf(listener), POLLRDNORM, 0};
-  if (::WSAPoll(&waiting, 1, milliseconds) <= 0) return noSocket;
-  const SOCKET socket = ::accept(socketOf(listener), nullptr, nullptr);
-  const DWORD patience = 10'000;
-  ::setsockopt(socket, SOL_SOCKET, SO_RCVTIMEO, reinterpret_cast<const char*>(&patience), sizeof patience);
-  return static_cast<Socket>(socket);
-}
-
-int64_t receiveFrom(Socket socket, char* bytes, size_t room) {
-  return ::recv(socketOf(socket), bytes, static_cast<int>(room), 0);
-}
-
-int64_t sendTo(Socket socket, const char* bytes, size_t count) {
-  return ::send(socketOf(socket), bytes, static_cast<int>(count), 0);
-}
-
-void closeSocket(Socket socket) { ::closesocket(socketOf(socket)); }
-
-bool canConnect(int port) {
-  const SOCKET socket = newSocket();
-  const sockaddr_in address = loopback(port);
-  const bool connected = ::connect(socket, reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0;
-  ::closesocket(socket);
-  return connected;
-}
 
 }  // namespace testsupport

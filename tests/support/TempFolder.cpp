@@ -25,6 +25,10 @@ std::string TempFolder::write(const std::string& name, const std::string& bytes)
   return file.string();
 }
 
+void TempFolder::append(const std::string& name, const std::string& bytes) const {
+  std::ofstream(folder_ / pathOf(name), std::ios::binary | std::ios::app) << bytes;
+}
+
 std::string TempFolder::read(const std::string& name) const {
   std::ifstream in(folder_ / pathOf(name), std::ios::binary);
   return std::string(std::istreambuf_iterator<char>(in), {});

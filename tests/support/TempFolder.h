@@ -1,10 +1,13 @@
 #pragma once
 
+#include <gtest/gtest.h>
+
 #include <filesystem>
 #include <optional>
 #include <string>
 
 #include "tests/support/System.h"
+#include "tovinCore/Utf8.h"
 
 namespace testsupport {
 
@@ -20,10 +23,23 @@ class TempFolder {
   std::string path(const std::string& name) const { return (folder_ / pathOf(name)).string(); }
   /// Writes a file, with the folders it lies in, and returns its path.
   std::string write(const std::string& name, const std::string& bytes) const;
+  void append(const std::string& name, const std::string& bytes) const;
   std::string read(const std::string& name) const;
 
  private:
   std::filesystem::path folder_;
+};
+
+/// A test with such a folder, in which it names files as the library does.
+class FolderTest : public testing::Test {
+ protected:
+  std::wstring path(const std::string& name) const { return tovin::utf8ToWide(folder_.path(name)); }
+  /// Writes a file and returns its path.
+  std::wstring file(const std::string& name, const std::string& bytes) const {
+    return tovin::utf8ToWide(folder_.write(name, bytes));
+  }
+
+  TempFolder folder_;
 };
 
 /// Sets an environment variable, or takes it away for null, until it dies.

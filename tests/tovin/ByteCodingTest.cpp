@@ -1,17 +1,11 @@
 #include "tovin/ByteCoding.h"
 
-#include <gtest/gtest.h>
-
 #include "tests/support/Bytes.h"
 
 namespace {
 
 namespace coding = tovin::coding;
-using testsupport::expectMessage;
-using testsupport::hex;
-using testsupport::Reader;
-using testsupport::unhex;
-using testsupport::Writer;
+using namespace testsupport;
 
 TEST(CompactInt, HasTheseBytes) {
   const std::pair<int, const char*> rows[] = {{0, "00"},
@@ -84,14 +78,10 @@ TEST(WideString, HasTheseBytesInEachVersion) {
 }
 
 TEST(WideString, AVersionBelowOneHasNoBody) {
-  for (const wchar_t* text : {static_cast<const wchar_t*>(nullptr), L""}) {
-    Writer out(0);
-    coding::writeWide(out, text);
-    EXPECT_EQ(out.GetSize(), 1u);
-  }
   Writer out(0);
+  coding::writeWide(out, L"");
   expectMessage(L"Unknown serialization version 0\n", [&] { coding::writeWide(out, L"A"); });
-  EXPECT_EQ(hex(out), "08");
+  EXPECT_EQ(hex(out), "04 08");
   Reader in("08 41", 0);
   tovin::WideString text;
   expectMessage(L"Unknown serialization version 0\n", [&] { coding::readWide(in, text); });

@@ -1,5 +1,3 @@
-#include <gtest/gtest.h>
-
 #include <stdexcept>
 
 #include "tests/support/Bytes.h"
@@ -9,7 +7,7 @@
 
 namespace {
 
-using testsupport::expectMessage;
+using namespace testsupport;
 using tovin::ClassTag;
 
 // A class of the test's own, counted and without a pool.
@@ -74,7 +72,7 @@ TEST(FrameworkClass, MakesAndClonesInstances) {
   EXPECT_EQ(copy->getRefCount(), 1);
   EXPECT_EQ(&object->getClass(), &Plain::m_class);
   expectMessage(L"Class test.Plain has no record", [&] {
-    testsupport::Writer out;
+    Writer out;
     object->serialize(out);
   });
 }

@@ -6,32 +6,27 @@ namespace base64 = tovin::base64;
 
 namespace {
 
-std::vector<unsigned char> bytesOf(const std::string& text) { return {text.begin(), text.end()}; }
-
 TEST(Base64, EncodesAndDecodesTheVectorsOfTheStandard) {
-  const struct {
-    std::string bytes;
-    std::string text;
-  } rows[] = {{"", ""},
-              {"f", "Zg=="},
-              {"fo", "Zm8="},
-              {"foo", "Zm9v"},
-              {"foob", "Zm9vYg=="},
-              {"fooba", "Zm9vYmE="},
-              {"foobar", "Zm9vYmFy"},
-              {"\xFB\xFF\xBF", "+/+/"}};
-  for (const auto& row : rows) {
-    const std::vector<unsigned char> bytes = bytesOf(row.bytes);
+  const std::pair<std::string, std::string> rows[] = {{"", ""},
+                                                      {"f", "Zg=="},
+                                                      {"fo", "Zm8="},
+                                                      {"foo", "Zm9v"},
+                                                      {"foob", "Zm9vYg=="},
+                                                      {"fooba", "Zm9vYmE="},
+                                                      {"foobar", "Zm9vYmFy"},
+                                                      {"\xFB\xFF\xBF", "+/+/"}};
+  for (const auto& [plain, text] : rows) {
+    const std::vector<unsigned char> bytes(plain.begin(), plain.end());
     std::string narrow;
     std::wstring wide;
     base64::encode(bytes.data(), bytes.size(), narrow);
     base64::encode(bytes.data(), bytes.size(), wide);
-    EXPECT_EQ(narrow, row.text);
-    EXPECT_EQ(wide, std::wstring(row.text.begin(), row.text.end()));
+    EXPECT_EQ(narrow, text);
+    EXPECT_EQ(wide, std::wstring(text.begin(), text.end()));
     std::vector<unsigned char> decoded;
-    EXPECT_TRUE(base64::decode(narrow, decoded)) << row.text;
+    EXPECT_TRUE(base64::decode(narrow, decoded)) << text;
     EXPECT_EQ(decoded, bytes);
-    EXPECT_TRUE(base64::decode(wide, decoded)) << row.text;
+    EXPECT_TRUE(base64::decode(wide, decoded)) << text;
     EXPECT_EQ(decoded, bytes);
   }
 }

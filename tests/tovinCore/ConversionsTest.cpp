@@ -16,18 +16,15 @@ using tovin::util::tryStringToInteger;
 constexpr wchar_t high = 0xD83D, low = 0xDE00;
 
 TEST(Utf8, BecomesUnitsAndComesBack) {
-  const struct {
-    std::string bytes;
-    std::wstring units;
-  } rows[] = {{"A", L"A"},
-              {"\xC3\xA9", L"\xE9"},
-              {"\xE2\x82\xAC", L"\x20AC"},
-              {"\xF0\x9F\x98\x80", {high, low}},
-              {"\xED\xA0\xBD", {high}},
-              {"x\xED\xB8\x80y", {L'x', low, L'y'}}};
-  for (const auto& row : rows) {
-    EXPECT_EQ(tovin::utf8ToWide(row.bytes), row.units);
-    EXPECT_EQ(tovin::wideToUtf8(row.units), row.bytes);
+  const std::pair<std::string, std::wstring> rows[] = {{"A", L"A"},
+                                                       {"\xC3\xA9", L"\xE9"},
+                                                       {"\xE2\x82\xAC", L"\x20AC"},
+                                                       {"\xF0\x9F\x98\x80", {high, low}},
+                                                       {"\xED\xA0\xBD", {high}},
+                                                       {"x\xED\xB8\x80y", {L'x', low, L'y'}}};
+  for (const auto& [bytes, units] : rows) {
+    EXPECT_EQ(tovin::utf8ToWide(bytes), units);
+    EXPECT_EQ(tovin::wideToUtf8(units), bytes);
   }
 }
 
@@ -108,12 +105,9 @@ TEST(Numbers, AnIntegerIsTheWholeTextOrItsBeginning) {
 }
 
 TEST(Numbers, ADoublePrintsShortAndReadsBack) {
-  const struct {
-    double value;
-    const wchar_t* text;
-  } rows[] = {{0.1, L"0.1"},   {100000, L"100000"}, {1e21, L"1e+21"},
-              {-2.5, L"-2.5"}, {1e-7, L"1e-07"},    {0, L"0"}};
-  for (const auto& row : rows) EXPECT_EQ(tovin::util::doubleToString(row.value), row.text);
+  const std::pair<double, const wchar_t*> rows[] = {{0.1, L"0.1"},   {100000, L"100000"}, {1e21, L"1e+21"},
+                                                    {-2.5, L"-2.5"}, {1e-7, L"1e-07"},    {0, L"0"}};
+  for (const auto& [value, text] : rows) EXPECT_EQ(tovin::util::doubleToString(value), text);
   EXPECT_EQ(tovin::util::doubleToString(-std::numeric_limits<double>::infinity()), L"-Infinity");
 }
 

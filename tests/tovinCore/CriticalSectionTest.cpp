@@ -3,8 +3,8 @@
 #include <gtest/gtest.h>
 
 #include <thread>
-#include <vector>
 
+#include "tests/support/Threads.h"
 #include "tovinCore/Exception.h"
 
 namespace {
@@ -12,17 +12,13 @@ namespace {
 TEST(CriticalSection, LetsOneThreadInAtATime) {
   tovin::CriticalSection section;
   long counter = 0;
-  std::vector<std::thread> threads;
-  for (int t = 0; t < 8; ++t) {
-    threads.emplace_back([&] {
-      for (int i = 0; i < 20'000; ++i) {
-        tovin::AutoCriticalSection held(section);
-        held.lock(60'000, true);
-        ++counter;
-      }
-    });
-  }
-  for (std::thread& thread : threads) thread.join();
+  testsupport::inThreads(8, [&](int) {
+    for (int i = 0; i < 20'000; ++i) {
+      tovin::AutoCriticalSection held(section);
+      held.lock(60'000, true);
+      ++counter;
+    }
+  });
   EXPECT_EQ(counter, 160'000);
 }
 

@@ -1,5 +1,3 @@
-#include <gtest/gtest.h>
-
 #include "tests/ztclient/Command.h"
 
 namespace {
@@ -7,22 +5,19 @@ namespace {
 TEST(Completion, InBashOffersWhatTheCommandKnows) {
   const testsupport::Shell shell;
   shell.folder().write("files/job.log", "");
-  const struct {
-    std::string words;
-    std::string offered;
-  } cases[] = {{"qu", "query"},
-               {"c", "credentials cache checksum"},
-               {"credentials m", "make"},
-               {"credentials make --xm", "--xmldb"},
-               {"query job.xml --as n", "nodes"},
-               {"tree --j", "--json"},
-               {"log jo", "job.log"},
-               {"diff query --b", "--binary"}};
-  for (const auto& row : cases) {
+  const std::pair<std::string, std::string> cases[] = {{"qu", "query"},
+                                                       {"c", "credentials cache checksum"},
+                                                       {"credentials m", "make"},
+                                                       {"credentials make --xm", "--xmldb"},
+                                                       {"query job.xml --as n", "nodes"},
+                                                       {"tree --j", "--json"},
+                                                       {"log jo", "job.log"},
+                                                       {"diff query --b", "--binary"}};
+  for (const auto& [words, offered] : cases) {
     const auto outcome =
-        shell.run("source " ZTB_MANUAL "/ztclient.bash\nCOMP_WORDS=(ztclient " + row.words +
+        shell.run("source " ZTB_MANUAL "/ztclient.bash\nCOMP_WORDS=(ztclient " + words +
                   ")\nCOMP_CWORD=$((${#COMP_WORDS[@]} - 1))\n_ztclient\necho \"${COMPREPLY[*]}\"");
-    EXPECT_EQ(outcome.out, row.offered + "\n") << row.words << outcome.err;
+    EXPECT_EQ(outcome.out, offered + "\n") << words << outcome.err;
   }
 }
 

@@ -6,21 +6,18 @@ namespace {
 
 TEST(Suggestion, IsTheNearestWordIfItIsNear) {
   const std::vector<std::string> words = {"session", "query", "checksum", "log", "--json", "--url"};
-  const struct {
-    std::string typed;
-    std::string meant;
-  } cases[] = {{"quary", "query"},
-               {"qeury", "query"},
-               {"sesion", "session"},
-               {"chksum", "checksum"},
-               {"lgo", "log"},
-               {"--josn", "--json"},
-               {"--ulr", "--url"},
-               {"frobnicate", ""},
-               {"cat", ""},
-               {"", ""},
-               {std::string(100000, 'q'), ""}};
-  for (const auto& row : cases) EXPECT_EQ(nearest(row.typed, words), row.meant) << row.typed.substr(0, 20);
+  const std::pair<std::string, std::string> cases[] = {{"quary", "query"},
+                                                       {"qeury", "query"},
+                                                       {"sesion", "session"},
+                                                       {"chksum", "checksum"},
+                                                       {"lgo", "log"},
+                                                       {"--josn", "--json"},
+                                                       {"--ulr", "--url"},
+                                                       {"frobnicate", ""},
+                                                       {"cat", ""},
+                                                       {"", ""},
+                                                       {std::string(100000, 'q'), ""}};
+  for (const auto& [typed, meant] : cases) EXPECT_EQ(nearest(typed, words), meant) << typed.substr(0, 20);
   EXPECT_EQ(nearest("x", {}), "");
 }
 

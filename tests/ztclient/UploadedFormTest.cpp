@@ -23,22 +23,19 @@ TEST(UploadedForm, IsTakenApartAtItsBoundaryOnly) {
 }
 
 TEST(UploadedForm, ThatIsDamagedSaysHow) {
-  const struct {
-    std::string contentType;
-    std::string body;
-    std::string message;
-  } cases[] = {{"text/plain", one, "The form has no boundary"},
-               {type, "", "The form is damaged"},
-               {type, "--b", "The form is cut off"},
-               {type, one, "The form is cut off"},
-               {type, "--bx\r\n--b--", "The form is damaged"},
-               {type, "--b\r\nno end of the head\r\n--b--", "The form is damaged"}};
-  for (const auto& row : cases) {
+  const std::tuple<std::string, std::string, std::string> cases[] = {
+      {"text/plain", one, "The form has no boundary"},
+      {type, "", "The form is damaged"},
+      {type, "--b", "The form is cut off"},
+      {type, one, "The form is cut off"},
+      {type, "--bx\r\n--b--", "The form is damaged"},
+      {type, "--b\r\nno end of the head\r\n--b--", "The form is damaged"}};
+  for (const auto& [contentType, body, message] : cases) {
     try {
-      sectionsOf(row.contentType, row.body);
-      ADD_FAILURE() << row.message;
+      sectionsOf(contentType, body);
+      ADD_FAILURE() << message;
     } catch (const tovin::Exception& e) {
-      EXPECT_EQ(tovin::wideToUtf8(e.getMessage()), row.message);
+      EXPECT_EQ(tovin::wideToUtf8(e.getMessage()), message);
     }
   }
 }

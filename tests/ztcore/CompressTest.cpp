@@ -1,16 +1,13 @@
 #include "ztcore/ztCompress.h"
 
-#include <gtest/gtest.h>
-
 #include <random>
 
 #include "tests/support/Bytes.h"
 
 namespace {
 
+using namespace testsupport;
 using Bytes = tovin::Array<unsigned char>;
-
-Bytes bytesOf(const std::string& text) { return Bytes(std::vector<unsigned char>(text.begin(), text.end())); }
 
 Bytes unpacked(const Bytes& packed, bool wrapped = true) {
   Bytes out;
@@ -29,36 +26,34 @@ TEST(Compress, WholeBuffersComeBack) {
   for (const std::string& text :
        {std::string(), std::string("a"), std::string(1 << 20, 'x'), noise(300'000)}) {
     for (const bool wrapped : {true, false}) {
-      Bytes bytes = bytesOf(text);
+      Bytes bytes = arrayOf(text);
       ztCompress(1, wrapped).Compress(bytes, bytes);
       EXPECT_EQ(bytes[0] == 0x78, wrapped);
-      EXPECT_TRUE(unpacked(bytes, wrapped).items() == bytesOf(text).items());
+      EXPECT_TRUE(unpacked(bytes, wrapped).items() == arrayOf(text).items());
     }
   }
 }
 
 TEST(Compress, DamagedBytesAreRefused) {
   Bytes packed;
-  ztCompress(1, true).Compress(packed, bytesOf(std::string(1000, 'x') + noise(1000)));
+  ztCompress(1, true).Compress(packed, arrayOf(std::string(1000, 'x') + noise(1000)));
   for (size_t size = 0; size < packed.getSize(); ++size) {
     const Bytes cut(std::vector<unsigned char>(packed.begin(), packed.begin() + static_cast<long>(size)));
-    testsupport::expectMessage(L"Compressed data ends early", [&] { unpacked(cut); });
+    expectMessage(L"Compressed data ends early", [&] { unpacked(cut); });
   }
   Bytes longer = packed;
   longer.add(0);
-  testsupport::expectMessage(L"1 bytes stand behind the compressed data", [&] { unpacked(longer); });
+  expectMessage(L"1 bytes stand behind the compressed data", [&] { unpacked(longer); });
   packed[0] = 0x79;
-  testsupport::expectMessage(L"Compressed data is damaged: incorrect header check",
-                             [&] { unpacked(packed); });
+  expectMessage(L"Compressed data is damaged: incorrect header check", [&] { unpacked(packed); });
 }
 
 TEST(Compress, ABombIsStoppedAtTheLimit) {
   Bytes packed, out;
   ztCompress compress(1, true);
-  compress.Compress(packed, bytesOf(std::string(10'000'000, '\0')));
+  compress.Compress(packed, arrayOf(std::string(10'000'000, '\0')));
   compress.SetLargestResult(1'000'000);
-  testsupport::expectMessage(L"Compressed data is longer than 1000000 bytes",
-                             [&] { compress.Decompress(out, packed); });
+  expectMessage(L"Compressed data is longer than 1000000 bytes", [&] { compress.Decompress(out, packed); });
   EXPECT_TRUE(out.isEmpty());
 }
 
@@ -90,7 +85,7 @@ TEST(CompressStream, GivesOneStreamWhateverTheBuffer) {
       for (const size_t room : {1u, 7u, 4096u, 200'000u}) {
         for (const bool again : {true, false}) {
           const Bytes packed = streamed(compress, text, piece, room, again);
-          EXPECT_TRUE(unpacked(packed).items() == bytesOf(text).items());
+          EXPECT_TRUE(unpacked(packed).items() == arrayOf(text).items());
         }
       }
     }
@@ -103,15 +98,15 @@ TEST(CompressStream, RefusesWhatWouldLoseBytes) {
   const auto* bytes = reinterpret_cast<const unsigned char*>(text.data());
   unsigned char buffer[10];
   size_t produced = 0;
-  testsupport::expectMessage(L"There is no room for compressed data",
-                             [&] { compress.CompressStream(bytes, 1, buffer, 0, produced); });
+  expectMessage(L"There is no room for compressed data",
+                [&] { compress.CompressStream(bytes, 1, buffer, 0, produced); });
   ASSERT_EQ(compress.CompressStream(bytes, text.size(), buffer, sizeof buffer, produced), 1);
-  testsupport::expectMessage(L"The piece before is not compressed yet",
-                             [&] { compress.CompressStream(bytes + 1, 1, buffer, sizeof buffer, produced); });
+  expectMessage(L"The piece before is not compressed yet",
+                [&] { compress.CompressStream(bytes + 1, 1, buffer, sizeof buffer, produced); });
   compress.Reset();
   while (compress.CompressStream(nullptr, 0, buffer, sizeof buffer, produced) == 1) continue;
-  testsupport::expectMessage(L"The compressed stream is finished",
-                             [&] { compress.CompressStream(bytes, 1, buffer, sizeof buffer, produced); });
+  expectMessage(L"The compressed stream is finished",
+                [&] { compress.CompressStream(bytes, 1, buffer, sizeof buffer, produced); });
 }
 
 }  // namespace

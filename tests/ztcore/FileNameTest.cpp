@@ -6,51 +6,35 @@
 
 namespace {
 
-TEST(FileName, IsTakenApart) {
-  struct Row {
-    const wchar_t* name;
-    const wchar_t* path;
-    const wchar_t* leaf;
-    const wchar_t* extension;
-    bool absolute;
-  };
-  const Row rows[] = {{L"a/b.wsdl", L"a", L"b.wsdl", L"wsdl", false},
-                      {L"a\\b.c\\d", L"a\\b.c", L"d", L"", false},
-                      {L"b.tar.gz", L"", L"b.tar.gz", L"gz", false},
-                      {L"/b", L"", L"b", L"", true},
-                      {L"a/", L"a", L"", L"", false},
-                      {L"a/.profile", L"a", L".profile", L"", false},
-                      {L"a.", L"", L"a.", L"", false},
-                      {L"?xsd=a/b.xsd", L"", L"", L"", false},
-                      {L"a/?xsd=1", L"a", L"", L"", false},
-                      {L"a?b.xsd", L"", L"a?b.xsd", L"xsd", false},
-                      {L"C:\\x\\y.z", L"C:\\x", L"y.z", L"z", true},
-                      {L"C:y.z", L"C:", L"y.z", L"z", true},
-                      {L"http://h/a.xsd", L"http://h", L"a.xsd", L"xsd", true},
-                      {L"\\\\server\\share\\f", L"\\\\server\\share", L"f", L"", true},
-                      {L"", L"", L"", L"", false},
-                      {nullptr, L"", L"", L"", false}};
-  for (const Row& row : rows) {
-    SCOPED_TRACE(tovin::wideToUtf8(row.name));
-    const ztFileName name(row.name);
-    tovin::WideString path, leaf, extension;
-    name.GetPath(path);
-    name.GetLeaf(leaf);
-    name.GetExtension(extension);
-    EXPECT_EQ(path.view(), row.path);
-    EXPECT_EQ(leaf.view(), row.leaf);
-    EXPECT_EQ(extension.view(), row.extension);
-    EXPECT_EQ(name.IsAbsolute(), row.absolute);
-  }
+// "path|leaf|extension", and whether the name is absolute.
+std::wstring partsOf(const ztFileName& name) {
+  tovin::WideString path, leaf, extension;
+  name.GetPath(path);
+  name.GetLeaf(leaf);
+  name.GetExtension(extension);
+  const std::wstring parts = std::wstring(path) + L"|" + leaf.c_str() + L"|" + extension.c_str();
+  return name.IsAbsolute() ? parts + L" absolute" : parts;
 }
 
-TEST(FileName, OfAFolderHasNoLeaf) {
-  tovin::WideString text;
-  const ztFileName name(L"a/b.c", true);
-  name.GetLeaf(text);
-  EXPECT_TRUE(text.isEmpty());
-  name.GetPath(text);
-  EXPECT_EQ(text, L"a/b.c");
+TEST(FileName, IsTakenApart) {
+  const std::pair<const wchar_t*, const wchar_t*> rows[] = {
+      {L"a/b.wsdl", L"a|b.wsdl|wsdl"},
+      {L"a\\b.c\\d", L"a\\b.c|d|"},
+      {L"b.tar.gz", L"|b.tar.gz|gz"},
+      {L"/b", L"|b| absolute"},
+      {L"a/", L"a||"},
+      {L"a/.profile", L"a|.profile|"},
+      {L"a.", L"|a.|"},
+      {L"?xsd=a/b.xsd", L"||"},
+      {L"a/?xsd=1", L"a||"},
+      {L"a?b.xsd", L"|a?b.xsd|xsd"},
+      {L"C:\\x\\y.z", L"C:\\x|y.z|z absolute"},
+      {L"C:y.z", L"C:|y.z|z absolute"},
+      {L"http://h/a.xsd", L"http://h|a.xsd|xsd absolute"},
+      {L"\\\\server\\share\\f", L"\\\\server\\share|f| absolute"},
+      {nullptr, L"||"}};
+  for (const auto& [name, parts] : rows) EXPECT_EQ(partsOf(ztFileName(name)), parts);
+  EXPECT_EQ(partsOf(ztFileName(L"a/b.c", true)), L"a/b.c||") << "a folder has no leaf";
 }
 
 TEST(FileName, HasOneCanonicalForm) {

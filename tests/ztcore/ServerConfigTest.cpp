@@ -1,17 +1,15 @@
 #include "ztcore/ztServerConfig.h"
 
-#include <gtest/gtest.h>
-
 #include "tests/support/TempFolder.h"
 #include "tovinCore/Exception.h"
 
 namespace {
 
-using testsupport::ScopedVariable;
+using namespace testsupport;
 
 TEST(ServerConfig, IsWhereTheVariableSays) {
-  const testsupport::OwnSettings own;
-  const testsupport::TempFolder& folder = own.folder();
+  const OwnSettings own;
+  const TempFolder& folder = own.folder();
   const ScopedVariable none("DRAVOLIN_SERVER_CONFIG", nullptr);
   tovin::WideString value;
   EXPECT_FALSE(ztServerConfig::GetParameter(L"a", value));

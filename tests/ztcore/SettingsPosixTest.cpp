@@ -1,23 +1,27 @@
 // Settings in a file, where there is no registry.
-#include <gtest/gtest.h>
-
 #include "tests/support/Bytes.h"
 #include "tests/support/TempFolder.h"
 #include "ztcore/ztRegistry.h"
 
 namespace {
 
-using testsupport::ScopedVariable;
+using namespace testsupport;
 using tovin::WideString;
 
 class Settings : public testing::Test {
  protected:
   static constexpr const char* file = "dravolin/settings.ini";
 
+  // A key that comes to be with its first value.
+  ztRegistry created(const wchar_t* key) {
+    ztRegistry registry;
+    EXPECT_TRUE(registry.Connect(ztRegistry::CurrentUser) && registry.Create(key));
+    return registry;
+  }
+
   ztRegistry opened(const wchar_t* key) {
     ztRegistry registry;
-    EXPECT_TRUE(registry.Connect(ztRegistry::CurrentUser));
-    EXPECT_TRUE(registry.Open(key));
+    EXPECT_TRUE(registry.Connect(ztRegistry::CurrentUser) && registry.Open(key));
     return registry;
   }
 
@@ -27,8 +31,8 @@ class Settings : public testing::Test {
     return registry.GetValue(name, value) ? std::wstring(value.view()) : L"-";
   }
 
-  testsupport::OwnSettings own_;
-  const testsupport::TempFolder& folder_ = own_.folder();
+  OwnSettings own_;
+  const TempFolder& folder_ = own_.folder();
 };
 
 TEST_F(Settings, ValuesAreFoundUnderTheirKeys) {
@@ -71,38 +75,28 @@ TEST_F(Settings, WritingLeavesTheOtherLinesAlone) {
   EXPECT_EQ(valueOf(opened(L"a"), L"y"), L" padded ");
 }
 
-TEST_F(Settings, FirstValueMakesTheFile) {
-  ztRegistry registry;
-  ASSERT_TRUE(registry.Connect(ztRegistry::CurrentUser));
-  ASSERT_TRUE(registry.Create(L"k"));
-  registry.SetValue(L"n", nullptr);
-  EXPECT_EQ(folder_.read(file), "[k]\nn=\n");
-}
-
 TEST_F(Settings, TextsThatALineCannotHoldAreRefused) {
-  ztRegistry registry;
-  ASSERT_TRUE(registry.Connect(ztRegistry::CurrentUser));
-  ASSERT_TRUE(registry.Create(L"k"));
-  registry.SetValue(L"n", L"1");
+  ztRegistry registry = created(L"k");
+  registry.SetValue(L"n", nullptr);
   for (const wchar_t* name : {L"", L" n", L"#n", L"[n]", L"a=b", L"a\nb"}) {
     EXPECT_THROW(registry.SetValue(name, L"2"), tovin::Exception);
   }
   EXPECT_THROW(registry.SetValue(L"n", L"2\n[k]"), tovin::Exception);
-  EXPECT_EQ(folder_.read(file), "[k]\nn=1\n");
+  EXPECT_EQ(folder_.read(file), "[k]\nn=\n");
 }
 
 TEST_F(Settings, FileThatCannotBeReadIsToldAndNeverReplaced) {
   const std::string path = folder_.write(file, std::string((1 << 20) + 1, 'x'));
   ztRegistry registry;
   ASSERT_TRUE(registry.Connect(ztRegistry::CurrentUser));
-  testsupport::expectMessage(L"Settings file " + tovin::utf8ToWide(path) + L" is longer than 1048576 bytes",
-                             [&] { registry.Open(L"k"); });
+  expectMessage(L"Settings file " + tovin::utf8ToWide(path) + L" is longer than 1048576 bytes",
+                [&] { registry.Open(L"k"); });
   std::filesystem::remove(path);
   std::filesystem::create_directory(path);
   const std::wstring unreadable = L"Unable to read settings file " + tovin::utf8ToWide(path);
-  testsupport::expectMessage(unreadable, [&] { registry.Open(L"k"); });
+  expectMessage(unreadable, [&] { registry.Open(L"k"); });
   ASSERT_TRUE(registry.Create(L"k"));
-  testsupport::expectMessage(unreadable, [&] { registry.SetValue(L"n", L"1"); });
+  expectMessage(unreadable, [&] { registry.SetValue(L"n", L"1"); });
 }
 
 TEST_F(Settings, LinkedFileIsReplacedWhereItLies) {

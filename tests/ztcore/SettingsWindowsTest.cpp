@@ -1,5 +1,4 @@
 // Settings in the registry, and files of names that Windows alone knows.
-#include <gtest/gtest.h>
 #include <windows.h>
 
 #include "tests/support/Bytes.h"

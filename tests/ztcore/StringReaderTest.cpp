@@ -3,17 +3,16 @@
 #include <vector>
 
 #include "tests/support/Bytes.h"
-#include "tests/support/TemporaryFolder.h"
+#include "tests/support/TempFolder.h"
 #include "ztcore/ztMemoryStringFile.h"
 
 namespace {
 
-using testsupport::expectMessage;
-using testsupport::utf16;
+using namespace testsupport;
 using namespace std::string_literals;
 using Encoding = ztFile::Encoding;
 
-struct Lines : testsupport::TemporaryFolder {
+struct Lines : FolderTest {
   static std::wstring rest(ztStringReader& reader) {
     std::wstring text;
     tovin::WideString line;
@@ -35,32 +34,23 @@ TEST_F(Lines, EveryEncodingGivesTheSameTextWithOneLineFeed) {
 }
 
 TEST_F(Lines, TheWaysALineCanEnd) {
-  const struct {
-    std::string bytes;
-    const wchar_t* lines;
-  } cases[] = {
-      {"", L""},
-      {"a", L"[a\n]"},
-      {"a\n", L"[a\n]"},
-      {"a\r\n\r\n", L"[a\n][\n]"},
-      {"a\r\r\nb\rc", L"[a\r\n][b\rc\n]"},
-      {"a\r", L"[a\r\n]"},
-      {"\r\n", L"[\n]"},
-  };
-  for (const auto& row : cases) {
-    ztStringReader reader(file("text", row.bytes).c_str());
-    EXPECT_EQ(rest(reader), row.lines) << row.bytes;
+  const std::pair<std::string, const wchar_t*> cases[] = {{"", L""},
+                                                          {"a", L"[a\n]"},
+                                                          {"a\n", L"[a\n]"},
+                                                          {"a\r\n\r\n", L"[a\n][\n]"},
+                                                          {"a\r\r\nb\rc", L"[a\r\n][b\rc\n]"},
+                                                          {"a\r", L"[a\r\n]"},
+                                                          {"\r\n", L"[\n]"}};
+  for (const auto& [bytes, lines] : cases) {
+    ztStringReader reader(file("text", bytes).c_str());
+    EXPECT_EQ(rest(reader), lines) << bytes;
   }
 }
 
 TEST_F(Lines, TheBytesTellTheEncoding) {
   std::string binary;
   for (int i = 0; i < 300; ++i) binary += {static_cast<char>(i), '\0', '\0', '\0'};
-  const struct {
-    const char* what;
-    std::string bytes;
-    Encoding encoding;
-  } cases[] = {
+  const std::tuple<const char*, std::string, Encoding> cases[] = {
       {"ASCII", "abc\n", Encoding::Utf8},
       {"UTF-8", "abc\n\xC3\xA9", Encoding::Utf8},
       {"8-bit", "abc\n\xE9 x", Encoding::Bytes},
@@ -79,12 +69,11 @@ TEST_F(Lines, TheBytesTellTheEncoding) {
       {"two small numbers", "1\0002\0"s, Encoding::Utf8},
       {"letters without a blank", utf16(std::wstring(200, L'A')), Encoding::Utf8},
       {"numbers of 32 bits", binary, Encoding::Bytes},
-      {"numbers of 16 bits", "\1\0\2\0\3\0\4\0"s, Encoding::Utf8},
-  };
-  for (const auto& row : cases) {
-    ztFastReadFile in(file("text", row.bytes).c_str());
+      {"numbers of 16 bits", "\1\0\2\0\3\0\4\0"s, Encoding::Utf8}};
+  for (const auto& [what, bytes, encoding] : cases) {
+    ztFastReadFile in(file("text", bytes).c_str());
     in.DetermineEncoding();
-    EXPECT_EQ(in.GetEncoding(), row.encoding) << row.what;
+    EXPECT_EQ(in.GetEncoding(), encoding) << what;
   }
 }
 
@@ -97,36 +86,23 @@ TEST_F(Lines, BrokenTextKeepsDifferentBytesDifferent) {
   EXPECT_EQ(rest(zero), std::wstring(L"[a\0b\n]", 6));
 }
 
-TEST_F(Lines, AReaderResumesBehindEachLine) {
-  for (const std::string& bytes :
-       {"one\r\n\xC3\xA9\n\nlast"s, "\xFF\xFE" + utf16(L"one\r\n\x20AC\n\nlast")}) {
-    const std::wstring name = file("text", bytes);
-    ztStringReader reader(name.c_str());
-    tovin::WideString line;
-    for (bool more = true; more; more = reader.GetLine(line)) {
-      ztStringReader resumed(name.c_str()), whole(name.c_str());
-      whole.Seek(reader.GetPosition());
-      resumed.Seek(reader.GetPosition());
-      EXPECT_EQ(resumed.GetPosition(), reader.GetPosition());
-      EXPECT_EQ(rest(resumed), rest(whole));
-    }
-    ztStringReader odd(name.c_str());
-    odd.Seek(static_cast<int64_t>(bytes.size()) + 100);
-    EXPECT_EQ(rest(odd), L"");
-    expectMessage(L"Position -1 lies before the beginning", [&] { odd.Seek(-1); });
-  }
+TEST_F(Lines, APositionBehindTheEndHasNothing) {
+  ztStringReader reader(file("text", "one\n").c_str());
+  reader.Seek(100);
+  EXPECT_EQ(rest(reader), L"");
+  expectMessage(L"Position -1 lies before the beginning", [&] { reader.Seek(-1); });
 }
 
 TEST_F(Lines, WhatIsWrittenLaterIsFound) {
   const std::wstring name = file("log", "");
   ztStringReader reader(name.c_str(), ztStringReader::Ending::Growing);
   EXPECT_EQ(rest(reader), L"");
-  append("log", "\xFF\xFE" + utf16(L"one\ntw"));
+  folder_.append("log", "\xFF\xFE" + utf16(L"one\ntw"));
   EXPECT_EQ(rest(reader), L"[one\n][tw\n]");
   EXPECT_FALSE(reader.HadLineEnd());
-  append("log", utf16(L"o\n"));
+  folder_.append("log", utf16(L"o\n"));
   EXPECT_EQ(rest(reader), L"[o\n]");
-  std::filesystem::resize_file(folder_ / "log", 4);
+  std::filesystem::resize_file(folder_.path("log"), 4);
   EXPECT_EQ(rest(reader), L"");
 
   ztMemoryStringFile memory(L"a\r\nb");

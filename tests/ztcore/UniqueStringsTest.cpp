@@ -3,9 +3,9 @@
 #include <gtest/gtest.h>
 
 #include <string>
-#include <thread>
 #include <vector>
 
+#include "tests/support/Threads.h"
 namespace {
 
 TEST(UniqueStrings, EqualTextsAreOneCopyThatDiesWithItsLastReference) {
@@ -50,17 +50,13 @@ TEST(UniqueStrings, RemovalLeavesTheOthersWhereTheyAreFound) {
 
 TEST(UniqueStrings, ManyThreadsShareTheTable) {
   const size_t before = ztUniqueStrings::GetCount();
-  std::vector<std::thread> threads;
-  for (int t = 0; t < 8; ++t) {
-    threads.emplace_back([t] {
-      for (int i = 0; i < 5000; ++i) {
-        const std::wstring text = L"shared " + std::to_wstring((i * 7 + t) % 50);
-        const ztUniqueString held(text.c_str());
-        ASSERT_EQ(std::wstring(held), text);
-      }
-    });
-  }
-  for (std::thread& thread : threads) thread.join();
+  testsupport::inThreads(8, [](int thread) {
+    for (int i = 0; i < 5000; ++i) {
+      const std::wstring text = L"shared " + std::to_wstring((i * 7 + thread) % 50);
+      const ztUniqueString held(text.c_str());
+      ASSERT_EQ(std::wstring(held), text);
+    }
+  });
   EXPECT_EQ(ztUniqueStrings::GetCount(), before);
 }
 

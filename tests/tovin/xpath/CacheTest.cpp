@@ -1,8 +1,4 @@
-#include <gtest/gtest.h>
-
-#include <thread>
-#include <vector>
-
+#include "tests/support/Threads.h"
 #include "tests/tovin/xpath/Trees.h"
 
 namespace {
@@ -11,7 +7,7 @@ using namespace testsupport;
 
 // More queries than the cache keeps, the same ones and others at once, each thread on a tree of its own.
 TEST(QueryCache, ServesManyThreads) {
-  const auto ask = [](int thread) {
+  inThreads(8, [](int thread) {
     const tovin::Ptr<tovin::iNode> root = treeOf("<a><b n='1'/><b n='2'/></a>");
     for (int i = 0; i < 1500; ++i) {
       const int number = i % 3 ? i % 7 : i + thread * 100;
@@ -20,10 +16,7 @@ TEST(QueryCache, ServesManyThreads) {
       ASSERT_EQ(result, number + 2);
       EXPECT_THROW(root->query(L"//b[", 0, result), tovin::Exception);
     }
-  };
-  std::vector<std::thread> threads;
-  for (int thread = 0; thread < 8; ++thread) threads.emplace_back(ask, thread);
-  for (std::thread& thread : threads) thread.join();
+  });
 }
 
 }  // namespace

@@ -1,7 +1,5 @@
 #pragma once
 
-#include <gtest/gtest.h>
-
 #include <string>
 #include <vector>
 
@@ -60,6 +58,16 @@ inline std::string textOf(const tovin::iNode& node, const wchar_t* query) {
   tovin::WideString text;
   node.query(query, 0, text);
   return tovin::wideToUtf8(text.view());
+}
+
+/// Rows of a query and of the text, or the places, that it gives.
+inline void expectTexts(const tovin::iNode& node,
+                        std::initializer_list<std::pair<const wchar_t*, const char*>> rows) {
+  for (const auto& [query, text] : rows) EXPECT_EQ(textOf(node, query), text) << tovin::wideToUtf8(query);
+}
+inline void expectPlaces(const tovin::iNode& node,
+                         std::initializer_list<std::pair<const wchar_t*, Places>> rows) {
+  for (const auto& [query, found] : rows) EXPECT_EQ(select(node, query), found) << tovin::wideToUtf8(query);
 }
 
 }  // namespace testsupport

@@ -2,7 +2,7 @@
 #include "ztbaseclient/auth/CAuthParameters.h"
 #include "ztbaseclient/data/CPropertyCollection.h"
 
-using testsupport::expectMessage;
+using namespace testsupport;
 
 namespace {
 

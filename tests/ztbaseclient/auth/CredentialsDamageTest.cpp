@@ -4,8 +4,7 @@
 #include "tests/ztbaseclient/auth/Credentials.h"
 
 using namespace credentialstest;
-using testsupport::expectMessage;
-using testsupport::trailOf;
+using namespace testsupport;
 
 namespace {
 
@@ -75,7 +74,7 @@ TEST(CredentialsDamage, ABodyThatEndsEarlyIsRefusedWhereverItEnds) {
     const auto version = static_cast<unsigned char>(number);
     std::string body(version < 2 ? 16 : 20, '\1');
     for (int i = 0; i < 9; ++i) body += std::string("\3abc");
-    if (version >= 2) body += testsupport::unhex("C2 80") + std::string(16, '\xFF');  // 128 bits
+    if (version >= 2) body += unhex("C2 80") + std::string(16, '\xFF');  // 128 bits
     for (size_t length = 0; length < body.size(); ++length)
       expectUnreadable(seal(version, body.substr(0, length)), L"Decode failed");
     CCredentials c(seal(version, body + "behind it").c_str());
@@ -88,12 +87,12 @@ TEST(CredentialsDamage, ABodyThatEndsEarlyIsRefusedWhereverItEnds) {
 TEST(CredentialsDamage, ABitCountClaimsNothingThatDoesNotFollow) {
   for (const char* count : {"80", "BF", "F1 80 80 80", "F8", "FF", "FD BF BF BF BF BF", "FC 84 80 80 80 80",
                             "F0 90 80 80", "01", "C2", "EF BF BF"})
-    expectUnreadable(seal(2, std::string(29, '\0') + testsupport::unhex(count)), L"Decode failed");
+    expectUnreadable(seal(2, std::string(29, '\0') + unhex(count)), L"Decode failed");
 }
 
 TEST(CredentialsDamage, AZeroEndsATextButNotItsFieldAndBitsBeyondTheCountStayOff) {
   const std::string texts = std::string("\5ab\0cd\2xy", 9) + std::string(7, '\0');
-  CCredentials c(seal(2, std::string(20, '\0') + texts + testsupport::unhex("03 FF")).c_str());
+  CCredentials c(seal(2, std::string(20, '\0') + texts + unhex("03 FF")).c_str());
   c.DecryptBody();
   EXPECT_EQ(tovin::WideString(c.GetUsername()).getLength(), 2u);
   EXPECT_STREQ(c.GetPassword(), L"xy");

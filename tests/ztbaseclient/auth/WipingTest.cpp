@@ -64,32 +64,30 @@ int passwordsLeftBy(Body&& body) {
   return found;
 }
 
-TEST(Wiping, TheWatchSeesAPasswordThatIsLeft) {
-  EXPECT_EQ(passwordsLeftBy([] { tovin::WideString text(password); }), 1);
-  EXPECT_EQ(passwordsLeftBy([] { std::string text(100, 'p'); }), 1);
-}
-
 TEST(Wiping, NothingOfAPasswordIsLeftInMemoryGivenBack) {
+  EXPECT_EQ(passwordsLeftBy([] { tovin::WideString wide(password); }), 1)
+      << "the watch sees one that is left";
+  EXPECT_EQ(passwordsLeftBy([] { std::string narrow(100, 'p'); }), 1);
   tovin::WideString text;
-  EXPECT_EQ(passwordsLeftBy([&] {
-              CCredentials c;
-              c.SetPassword(password);
-              c.GenerateCredentialsString(text);
-              CCredentials copy(c);
-              copy.SetPassword(L"another");
-              copy = c;
-              copy.Clear();
-            }),
-            0);
-  EXPECT_EQ(passwordsLeftBy([&] {
-              CCredentials c(text.c_str());
-              c.DecryptBody();
-              c.SetPassword(nullptr);
-              c.GenerateCredentialsString(text);
-              c.DecryptBody();
-              CAuthParameters().SetPassword(password);
-            }),
-            0);
+  const auto write = [&] {
+    CCredentials c;
+    c.SetPassword(password);
+    c.GenerateCredentialsString(text);
+    CCredentials copy(c);
+    copy.SetPassword(L"another");
+    copy = c;
+    copy.Clear();
+  };
+  EXPECT_EQ(passwordsLeftBy(write), 0);
+  const auto read = [&] {
+    CCredentials c(text.c_str());
+    c.DecryptBody();
+    c.SetPassword(nullptr);
+    c.GenerateCredentialsString(text);
+    c.DecryptBody();
+    CAuthParameters().SetPassword(password);
+  };
+  EXPECT_EQ(passwordsLeftBy(read), 0);
 }
 
 TEST(Wiping, NothingIsLeftByAFailureEither) {
@@ -98,8 +96,8 @@ TEST(Wiping, NothingIsLeftByAFailureEither) {
   c.SetUsername(std::wstring(200, L'\u20AC').c_str());  // a wrapped length byte, which no reader survives
   tovin::WideString text;
   c.GenerateCredentialsString(text);
-  EXPECT_EQ(
-      passwordsLeftBy([&] { EXPECT_THROW(CCredentials(text.c_str()).DecryptBody(), tovin::Exception); }), 0);
+  const auto fail = [&] { EXPECT_THROW(CCredentials(text.c_str()).DecryptBody(), tovin::Exception); };
+  EXPECT_EQ(passwordsLeftBy(fail), 0);
 }
 
 }  // namespace

@@ -1,5 +1,3 @@
-#include <gtest/gtest.h>
-
 #include "tests/support/TempFolder.h"
 #include "tovinCore/Utf8.h"
 #include "tovinCore/platform/Environment.h"
@@ -8,7 +6,7 @@
 
 namespace {
 
-using testsupport::ScopedVariable;
+using namespace testsupport;
 using tovin::WideString;
 
 class ServerSettings : public testing::Test {
@@ -35,7 +33,7 @@ class ServerSettings : public testing::Test {
 
   static constexpr const wchar_t* key = L"Software\\DraVolin\\Corvanta_8_0_1";
 
-  testsupport::OwnSettings own_;
+  OwnSettings own_;
   ScopedVariable config_{"DRAVOLIN_SERVER_CONFIG", nullptr};
 };
 
@@ -59,20 +57,18 @@ TEST_F(ServerSettings, PlainHttpIsForbiddenTowardsThisComputer) {
   configure("DrvDevNoHttp=no\n");
   EXPECT_TRUE(ztSoapUtils::UseHttp("http://localhost"));
   configure("drvdevnohttp = TRUE\n");
-  const struct {
-    std::string endPoint;
-    bool allowed;
-  } rows[] = {{"http://atlas.invalid", true},
-              {"HTTPS://atlas.invalid", true},
-              {"httpd", true},
-              {"atlas.invalid", false},
-              {"http://localhost:9944", false},
-              {"http://LOCALHOST", true},
-              {"http://x/localhost/", false},
-              {"http://" + tovin::wideToUtf8(tovin::platform::computerName()) + ".org", false},
-              {"", false}};
-  for (const auto& row : rows)
-    EXPECT_EQ(ztSoapUtils::UseHttp(row.endPoint.c_str()), row.allowed) << row.endPoint;
+  const std::pair<std::string, bool> rows[] = {
+      {"http://atlas.invalid", true},
+      {"HTTPS://atlas.invalid", true},
+      {"httpd", true},
+      {"atlas.invalid", false},
+      {"http://localhost:9944", false},
+      {"http://LOCALHOST", true},
+      {"http://x/localhost/", false},
+      {"http://" + tovin::wideToUtf8(tovin::platform::computerName()) + ".org", false},
+      {"", false}};
+  for (const auto& [endPoint, allowed] : rows)
+    EXPECT_EQ(ztSoapUtils::UseHttp(endPoint.c_str()), allowed) << endPoint;
   EXPECT_FALSE(ztSoapUtils::UseHttp(nullptr));
   save(key, L"http://atlas.invalid");
   EXPECT_TRUE(ztSoapUtils::UseHttp(nullptr));

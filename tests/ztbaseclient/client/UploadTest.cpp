@@ -1,8 +1,4 @@
-#include <gcrypt.h>
 #include <gmock/gmock.h>
-
-#include <fstream>
-#include <random>
 
 #include "tests/support/Bytes.h"
 #include "tests/support/SocketServer.h"
@@ -15,41 +11,14 @@ namespace {
 using testing::EndsWith;
 using testing::HasSubstr;
 using testing::StartsWith;
-using testsupport::Connection;
-using testsupport::ScopedVariable;
-using testsupport::SocketServer;
-using testsupport::strangeName;
-using testsupport::WebServer;
+using namespace testsupport;
 
 const char* const wrapped = "\nztSoapUtils::UploadViaCGI: Corvanta exception caught";
 
 std::string hexOf(const std::string& bytes) {
-  std::string text = testsupport::hex(reinterpret_cast<const unsigned char*>(bytes.data()), bytes.size());
+  std::string text = hex(bytes);
   std::erase(text, ' ');
-  for (char& c : text) c = static_cast<char>(std::toupper(static_cast<unsigned char>(c)));
   return text;
-}
-
-// Writes bytes that cannot be compressed; the line's end in the server's report, their number and digest.
-std::string writeRandom(const std::string& path, size_t count) {
-  constexpr size_t pieceSize = 1 << 16;
-  std::mt19937 random(1);
-  std::ofstream out(path, std::ios::binary);
-  gcry_md_hd_t digest;
-  gcry_md_open(&digest, GCRY_MD_SHA256, 0);
-  std::vector<uint32_t> words(pieceSize / sizeof(uint32_t));
-  for (size_t left = count; left > 0;) {
-    const size_t piece = std::min(left, pieceSize);
-    for (uint32_t& word : words) word = static_cast<uint32_t>(random());
-    gcry_md_write(digest, words.data(), piece);
-    out.write(reinterpret_cast<const char*>(words.data()), static_cast<std::streamsize>(piece));
-    left -= piece;
-  }
-  std::string line = std::to_string(count) + " " +
-                     hexOf(std::string(reinterpret_cast<const char*>(gcry_md_read(digest, 0)), 32));
-  gcry_md_close(digest);
-  for (char& c : line) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
-  return line;
 }
 
 struct Names {
@@ -61,7 +30,7 @@ struct Names {
 class Upload : public testing::Test {
  protected:
   void SetUp() override {
-    if (!testsupport::hasShell()) GTEST_SKIP() << "no web server is here";
+    if (!hasShell()) GTEST_SKIP() << "no web server is here";
   }
 
   // The message of the exception, empty for none.
@@ -84,9 +53,17 @@ class Upload : public testing::Test {
     return "file " + hexOf(path) + " application/octet-stream deflate " + sizeAndDigest + "\n";
   }
 
+  // Writes a file that cannot be compressed; the end of its line in the report, its size and digest.
+  std::string writeRandom(const std::string& name, size_t size) const {
+    const std::string path = shellPath(folder_.path(name)), count = std::to_string(size);
+    runShell("head -c " + count + " /dev/urandom >'" + path + "' && sha256sum <'" + path + "' >'" + path +
+             ".digest'");
+    return count + " " + folder_.read(name + ".digest").substr(0, 64);
+  }
+
   // No proxy of the machine gets any of this.
   ScopedVariable noProxy_{"no_proxy", "*"};
-  testsupport::TempFolder folder_;
+  TempFolder folder_;
 };
 
 TEST_F(Upload, ServerReceivesTheFormInItsOrder) {
@@ -129,7 +106,7 @@ TEST_F(Upload, BytesOfTheFormAreExact) {
                 "\"SID\"\r\n\r\ns\r\n" + line + disposition + "\"file\"; filename=\"" +
                 folder_.path("empty") +
                 "\"\r\nContent-Type: application/octet-stream\r\nContent-Encoding: deflate\r\n\r\n" +
-                testsupport::unhex("78 01 03 00 00 00 00 01") + "\r\n" + line + "--\r\n");
+                unhex("78 01 03 00 00 00 00 01") + "\r\n" + line + "--\r\n");
 }
 
 TEST_F(Upload, MemoryDoesNotGrowWithTheFile) {
@@ -139,15 +116,15 @@ TEST_F(Upload, MemoryDoesNotGrowWithTheFile) {
   const std::string sparse = folder_.write("sparse", "");
   std::filesystem::resize_file(sparse, uintmax_t{1} << 28);
   const std::string random = folder_.path("random");
-  const std::string digest = writeRandom(random, 1 << 26);
-  const long before = testsupport::peakKilobytes();
+  const std::string digest = writeRandom("random", 1 << 26);
+  const long before = peakKilobytes();
   ASSERT_EQ(upload(sparse, server), "");
   EXPECT_THAT(server.report(),
               EndsWith(fileLine(
                   sparse, "268435456 a6d72ac7690f53be6ae46ba88506bd97302a093f7108472bd9efc3cefda06484")));
   ASSERT_EQ(upload(random, server), "");
   EXPECT_THAT(server.report(), EndsWith(fileLine(random, digest)));
-  EXPECT_LT(testsupport::peakKilobytes() - before, 8 << 10);
+  EXPECT_LT(peakKilobytes() - before, 8 << 10);
 }
 
 TEST_F(Upload, RefusalIsToldInTheServersWords) {
@@ -164,7 +141,7 @@ TEST_F(Upload, FailureWithoutReasonKeepsItsOwnMessage) {
   EXPECT_EQ(upload(folder_.path(), WebServer()), "Unable to open file " + folder_.path() + wrapped);
   EXPECT_THAT(upload(file, L"no URL"), AllOf(StartsWith("Malformed URL no URL: "), EndsWith(wrapped)));
   EXPECT_THAT(
-      upload(file, L"http://127.0.0.1:" + std::to_wstring(testsupport::freePort())),
+      upload(file, L"http://127.0.0.1:" + std::to_wstring(freePort())),
       AllOf(StartsWith("The request to http://127.0.0.1:"), HasSubstr(" failed: "), EndsWith(wrapped)));
   SocketServer halfway({[](Connection& connection) { connection.readHead(); }});
   EXPECT_THAT(upload(file, halfway.url()), AllOf(StartsWith("The request to "), EndsWith(wrapped)));
@@ -187,7 +164,7 @@ TEST_F(Upload, NewStartSendsTheWholeFileAgain) {
     connection.readBody();
   }});
   const std::string file = folder_.path("random");
-  const std::string digest = writeRandom(file, 5'000'000);
+  const std::string digest = writeRandom("random", 5'000'000);
   ASSERT_EQ(upload(file, early.url()), "");
   EXPECT_EQ(server.report(), "FileName 6E616D65\nSID 73\n" + fileLine(file, digest));
 }
@@ -224,7 +201,7 @@ TEST_F(Upload, ProgressCountsTheFile) {
 TEST_F(Upload, ForeignExceptionIsSevere) {
   const WebServer server;
   const std::wstring file = tovin::utf8ToWide(folder_.write("a", "x"));
-  testsupport::expectMessage(L"ztSoapUtils::UploadViaCGI: Severe error caught", [&] {
+  expectMessage(L"ztSoapUtils::UploadViaCGI: Severe error caught", [&] {
     ztSoapUtils::UploadViaCGI(file.c_str(), L"n", nullptr, L"s", true,
                               tovin::utf8ToWide(server.url()).c_str(), [](uint64_t, uint64_t) { throw 1; });
   });
@@ -241,9 +218,7 @@ class UploadTls : public Upload {
     certify("self", "-addext subjectAltName=DNS:localhost");
   }
 
-  std::string pathOf(const std::string& name) const {
-    return testsupport::shellPath(folder_.path()) + "/" + name;
-  }
+  std::string pathOf(const std::string& name) const { return shellPath(folder_.path()) + "/" + name; }
 
   std::string signedByAuthority() const {
     const std::string authority = pathOf("authority.pem");
@@ -253,9 +228,9 @@ class UploadTls : public Upload {
   // Key and certificate in one file.
   void certify(const std::string& name, const std::string& options) const {
     const std::string path = pathOf(name);
-    testsupport::runShell("openssl req -x509 -newkey rsa:2048 -nodes -days 2 -subj /CN=" + name +
-                          " -keyout " + path + ".key -out " + path + ".crt " + options + " 2>/dev/null");
-    testsupport::runShell("cat " + path + ".key " + path + ".crt >" + path + ".pem");
+    runShell("openssl req -x509 -newkey rsa:2048 -nodes -days 2 -subj /CN=" + name + " -keyout " + path +
+             ".key -out " + path + ".crt " + options + " 2>/dev/null");
+    runShell("cat " + path + ".key " + path + ".crt >" + path + ".pem");
   }
 
   // An upload to a server of that certificate, by a client that trusts the authority.
@@ -280,21 +255,20 @@ TEST_F(UploadTls, OnlyACertificateThatVerifiesIsTrusted) {
 }
 
 TEST(ErrorPage, ReasonIsTheFirstParagraph) {
-  const struct {
-    const wchar_t *page, *reason;
-  } rows[] = {{L"<html><body><p>Quota exceeded</p></body></html>", L"Quota exceeded"},
-              {L"<p>a &lt;b&gt;</p>", L"a <b>"},
-              {L"plain &amp; simple", L"plain & simple"},
-              {L"", L""},
-              {L"<p></p>rest", L""},
-              {L"<p>never closed", L"<p>never closed"},
-              {L"</p>before<p>after", L"</p>before<p>after"},
-              {L"</p><p>x</p>", L"x"},
-              {L"<p>a<p>b</p></p>", L"a<p>b"},
-              {L"<P>x</P>", L"<P>x</P>"},
-              {L"<p class='x'>a</p><p>b</p>", L"b"},
-              {L"<p>&lt;/p>x</p>", L"</p>x"}};
-  for (const auto& row : rows) EXPECT_EQ(ErrorPage::reasonIn(row.page), row.reason);
+  const std::pair<const wchar_t*, const wchar_t*> rows[] = {
+      {L"<html><body><p>Quota exceeded</p></body></html>", L"Quota exceeded"},
+      {L"<p>a &lt;b&gt;</p>", L"a <b>"},
+      {L"plain &amp; simple", L"plain & simple"},
+      {L"", L""},
+      {L"<p></p>rest", L""},
+      {L"<p>never closed", L"<p>never closed"},
+      {L"</p>before<p>after", L"</p>before<p>after"},
+      {L"</p><p>x</p>", L"x"},
+      {L"<p>a<p>b</p></p>", L"a<p>b"},
+      {L"<P>x</P>", L"<P>x</P>"},
+      {L"<p class='x'>a</p><p>b</p>", L"b"},
+      {L"<p>&lt;/p>x</p>", L"</p>x"}};
+  for (const auto& [page, reason] : rows) EXPECT_EQ(ErrorPage::reasonIn(page), reason);
 }
 
 }  // namespace

@@ -22,13 +22,6 @@ TEST(PropertyName, BeginningWithUnderscoreIsKeptPrivate) {
   EXPECT_FALSE(property.getMetaDataFlags().has(MetaDataFlags::sharedName));
 }
 
-TEST(PropertyName, OfTwoPropertiesIsOneText) {
-  CProperty a, b;
-  a.SetName(L"one text");
-  b.SetName(std::wstring(L"one text").c_str());
-  EXPECT_EQ(a.getName(), b.getName());
-}
-
 TEST(PropertyName, MayBeGivenOutOfTheNameItself) {
   CProperty property;
   property.SetName(L"_abc");

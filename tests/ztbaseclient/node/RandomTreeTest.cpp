@@ -1,7 +1,5 @@
 // Random trees with all value classes come back from their records as they were, in every version of the
 // stream: what was lost on the way would be missing in the second record, whose bytes other tests know.
-#include <gtest/gtest.h>
-
 #include <cmath>
 #include <random>
 
@@ -18,9 +16,7 @@
 
 namespace {
 
-using testsupport::bytesOf;
-using testsupport::Reader;
-using testsupport::Writer;
+using namespace testsupport;
 
 class Random {
  public:

@@ -1,5 +1,5 @@
 #include "tests/support/Bytes.h"
-#include "tests/support/TemporaryFolder.h"
+#include "tests/support/TempFolder.h"
 #include "tovin/Constants.h"
 #include "ztbaseclient/tools/CConsoleEntry.h"
 #include "ztbaseclient/tools/CConsoleReader.h"
@@ -7,7 +7,7 @@
 
 namespace {
 
-using testsupport::utf16;
+using namespace testsupport;
 
 std::wstring textOf(const CConsoleEntry& entry) {
   std::wstring text;
@@ -19,7 +19,7 @@ std::wstring textOf(const CConsoleEntry& entry) {
 const std::wstring begin = std::wstring(L"at 12:00 ") + tovin::DRV_ConsoleEntryBegin + L" 7\n";
 const std::wstring end = std::wstring(tovin::DRV_ConsoleEntryEnd) + L"\n";
 
-struct ConsoleLog : testsupport::TemporaryFolder {
+struct ConsoleLog : FolderTest {
   static std::wstring rest(CConsoleReader& reader) {
     std::wstring text;
     CConsoleEntry entry;
@@ -36,10 +36,7 @@ struct ConsoleLog : testsupport::TemporaryFolder {
 };
 
 TEST_F(ConsoleLog, EntriesStandBetweenTheirMarkers) {
-  const struct {
-    std::wstring log;
-    const wchar_t* entries;
-  } cases[] = {
+  const std::pair<std::wstring, const wchar_t*> cases[] = {
       {L"", L""},
       {L"noise\nname\tvalue\n", L""},
       {L"noise\n" + begin + L"a\t1\nA\t2\n" + end + L"b\t3\n" + begin + end, L"[a=1|A=2|][]"},
@@ -48,9 +45,8 @@ TEST_F(ConsoleLog, EntriesStandBetweenTheirMarkers) {
       {begin + L"\tvalue\nno tab\n\t \nname\t\n" + end, L"[]"},
       {begin + L" \xA0 a\tb\tc \r\n\t\xA0x y\tz\xA0\n" + end, L"[a=b\tc|x y=z|]"},
       {begin + L"a%tb\t%p%n%%n%\nc%x\t%\n" + end, L"[a\tb=%\n%\n%|c%x=%|]"},
-      {L"x" + begin.substr(0, begin.size() - 1) + end + L"a\t1\n" + end, L"[a=1|]"},
-  };
-  for (const auto& row : cases) EXPECT_EQ(readAll(row.log), row.entries);
+      {L"x" + begin.substr(0, begin.size() - 1) + end + L"a\t1\n" + end, L"[a=1|]"}};
+  for (const auto& [log, entries] : cases) EXPECT_EQ(readAll(log), entries);
 }
 
 TEST_F(ConsoleLog, DecodingTakesBothEndsIn) {
@@ -58,14 +54,12 @@ TEST_F(ConsoleLog, DecodingTakesBothEndsIn) {
     Reader() : CConsoleReader(nullptr, 0) {}
     using CConsoleReader::Decode;
   } reader;
-  const struct {
-    unsigned start, end;
-    const wchar_t* text;
-  } cases[] = {{0, 5, L"a%b\n"}, {0, 4, L"a%b%"}, {3, 3, L"b"}, {4, 99, L"\n"}, {6, 6, L""}, {3, 2, L""}};
-  for (const auto& row : cases) {
+  const std::tuple<unsigned, unsigned, const wchar_t*> cases[] = {
+      {0, 5, L"a%b\n"}, {0, 4, L"a%b%"}, {3, 3, L"b"}, {4, 99, L"\n"}, {6, 6, L""}, {3, 2, L""}};
+  for (const auto& [from, to, text] : cases) {
     tovin::WideString out(L"before");
-    reader.Decode(L"a%pb%n", row.start, row.end, out);
-    EXPECT_EQ(out, row.text) << row.start;
+    reader.Decode(L"a%pb%n", from, to, out);
+    EXPECT_EQ(out, text) << from;
   }
 }
 
@@ -74,18 +68,16 @@ TEST_F(ConsoleLog, ReadingResumesBehindEachEntry) {
       begin + L"a\t1\r\n" + end + L"noise\n" + begin + L"b\t\x20AC\n" + end + begin + L"c\t3\n" + end;
   for (const std::string& bytes : {tovin::wideToUtf8(log), "\xFF\xFE" + utf16(log)}) {
     const std::wstring name = file("log", bytes);
-    std::wstring text;
     int64_t position = 0;
-    CConsoleEntry entry;
-    for (bool more = true; more;) {
+    for (const wchar_t* expected : {L"a=1|", L"b=\x20AC|", L"c=3|"}) {
       CConsoleReader reader(name.c_str(), position);
+      CConsoleEntry entry;
       EXPECT_EQ(reader.GetPosition(), position);
-      more = reader.GetNextEntry(entry);
-      if (more) text += L"[" + textOf(entry) + L"]";
+      ASSERT_TRUE(reader.GetNextEntry(entry));
+      EXPECT_EQ(textOf(entry), expected);
       position = reader.GetPosition();
       EXPECT_EQ(reader.GetResumePosition(), position);
     }
-    EXPECT_EQ(text, L"[a=1|][b=\x20AC|][c=3|]");
     EXPECT_EQ(position, static_cast<int64_t>(bytes.size()));
   }
 }
@@ -103,7 +95,7 @@ TEST_F(ConsoleLog, AGrowingLogLosesAndRepeatsNothing) {
         if (reader.WasEntryComplete()) text += L"[" + textOf(entry) + L"]";
       }
       EXPECT_EQ(reader.GetPosition(), static_cast<int64_t>(cut));
-      append("log", bytes.substr(cut));
+      folder_.append("log", bytes.substr(cut));
       CConsoleReader resumed(name.c_str(), reader.GetResumePosition());
       EXPECT_EQ(text + rest(resumed), L"[a=1\x20AC|][b=2|]") << cut;
     }

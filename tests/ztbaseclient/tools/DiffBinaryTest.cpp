@@ -2,7 +2,7 @@
 
 namespace {
 
-using testsupport::utf16;
+using namespace testsupport;
 
 struct DiffBinary : DiffOutcome {
   static std::string changed(std::string bytes, size_t at) {
@@ -27,9 +27,7 @@ std::string bytes(const char* offset, const char* byte1, const char* byte2) {
 
 TEST_F(DiffBinary, SizesComeBeforeBytesInEachBlock) {
   const std::string big(300'000, 'a');
-  const struct {
-    std::string bytes1, bytes2, expected;
-  } cases[] = {
+  const std::tuple<std::string, std::string, std::string> cases[] = {
       {"", "", "equal"},
       {big, big, "equal"},
       {"", "a", sizes("0", "1")},
@@ -39,9 +37,8 @@ TEST_F(DiffBinary, SizesComeBeforeBytesInEachBlock) {
       {changed(std::string(300, 'a'), 0), std::string(400, 'a'), bytes("0", "255", "97")},
       {big, changed(changed(big, 299'999), 254), bytes("254", "97", "255")},
       {changed(big, 299'999), big, bytes("299999", "255", "97")},
-      {big, big.substr(0, 261'120), sizes("261375", "261120")},
-  };
-  for (const auto& row : cases) EXPECT_EQ(binary(row.bytes1, row.bytes2), row.expected);
+      {big, big.substr(0, 261'120), sizes("261375", "261120")}};
+  for (const auto& [bytes1, bytes2, expected] : cases) EXPECT_EQ(binary(bytes1, bytes2), expected);
 }
 
 TEST_F(DiffBinary, AZeroByteNearTheBeginningMakesTheFirstFileBinary) {
@@ -49,15 +46,12 @@ TEST_F(DiffBinary, AZeroByteNearTheBeginningMakesTheFirstFileBinary) {
     using CDiffFiles::FileIsBinary;
   };
   const std::string text(1999, 'a');
-  const struct {
-    std::string bytes;
-    bool binary;
-  } cases[] = {{text + '\0', true},
-               {text + "a" + '\0', false},
-               {"", false},
-               {utf16(L"a = 1\n"), false},
-               {"\xE9 " + std::string(2, '\0'), true}};
-  for (const auto& row : cases) EXPECT_EQ(Diff().FileIsBinary(file("1", row.bytes).c_str()), row.binary);
+  const std::pair<std::string, bool> cases[] = {{text + '\0', true},
+                                                {text + "a" + '\0', false},
+                                                {"", false},
+                                                {utf16(L"a = 1\n"), false},
+                                                {"\xE9 " + std::string(2, '\0'), true}};
+  for (const auto& [bytes, binary] : cases) EXPECT_EQ(Diff().FileIsBinary(file("1", bytes).c_str()), binary);
   EXPECT_EQ(compare(text + '\0', text, 5), sizes("2000", "1999"));
   EXPECT_EQ(compare("a\n", "a\n" + std::string(1, '\0'), 5), "error: Files FILE2 is longer than FILE1");
 }

@@ -2,14 +2,15 @@
 
 #include <string>
 
-#include "tests/support/TemporaryFolder.h"
+#include "tests/support/Bytes.h"
+#include "tests/support/TempFolder.h"
 #include "tovinCore/Exception.h"
 #include "tovinCore/Utf8.h"
 #include "ztbaseclient/tools/CDiffFiles.h"
 
 // Comparisons of two files of a test's own, told as text: "equal", or the kind and the message of what was
 // raised, with FILE1 and FILE2 for the files' names.
-class DiffOutcome : public testsupport::TemporaryFolder {
+class DiffOutcome : public testsupport::FolderTest {
  protected:
   static std::string with(std::string text, const std::string& name, const std::string& shown) {
     for (size_t at = 0; (at = text.find(name, at)) != std::string::npos; at += shown.size()) {
@@ -22,7 +23,7 @@ class DiffOutcome : public testsupport::TemporaryFolder {
   std::string outcomeOf(Compare&& compare) const {
     const auto told = [&](const char* kind, const tovin::Exception& e) {
       const std::string text = tovin::wideToUtf8(e.getMessage());
-      return kind + with(with(text, (folder_ / "1").string(), "FILE1"), (folder_ / "2").string(), "FILE2");
+      return kind + with(with(text, folder_.path("1"), "FILE1"), folder_.path("2"), "FILE2");
     };
     try {
       return compare() ? "equal" : "false";

@@ -5,7 +5,7 @@
 
 namespace {
 
-using testsupport::utf16;
+using namespace testsupport;
 using namespace std::string_literals;
 
 class DiffReport : public DiffOutcome {};
@@ -17,11 +17,7 @@ std::string golden(const std::string& name) {
 
 TEST_F(DiffReport, ShowsThePlace) {
   const std::string a33(33, 'a'), b31(31, 'b'), b80(80, 'b'), ones(1030, '1');
-  const struct {
-    const char* name;
-    std::string text1, text2;
-    int tolerance;
-  } cases[] = {
+  const std::tuple<const char*, std::string, std::string, int> cases[] = {
       {"tolerance-exceeded", "x = 1.00001\n", "x = 1.00003\n", 5},
       {"tolerance-exceeded", "x = 1.00001", utf16(L"x = 1.00003\r\n"), 5},
       {"integers", "same\nn = 10\tm\n", "same\r\nn = 11\tm", 5},
@@ -31,9 +27,9 @@ TEST_F(DiffReport, ShowsThePlace) {
       {"cut-at-34", "a" + a33 + "1" + b80, "a" + a33 + "2", 0},
       {"shifted", "1.5 x 2.25\n", "1.50 x 2.75\n", 5},
       {"long-token", "v " + ones + ".5\n", "v " + ones + ".6\n", 5},
-      {"tab-against-space", "1.5\t2\n", "1.5 2\n", 5},
-  };
-  for (const auto& row : cases) EXPECT_EQ(compare(row.text1, row.text2, row.tolerance), golden(row.name));
+      {"tab-against-space", "1.5\t2\n", "1.5 2\n", 5}};
+  for (const auto& [name, text1, text2, tolerance] : cases)
+    EXPECT_EQ(compare(text1, text2, tolerance), golden(name));
 }
 
 TEST_F(DiffReport, HeadlinesOfEveryOutcome) {
@@ -65,8 +61,8 @@ TEST_F(DiffReport, HeadlinesOfEveryOutcome) {
       {"1.0\n", "nan\n", 5, "error: Files not equal at line 1\n"},
       {"0.0\n", "0.001\n", 5, "error: Files not equal at line 1\n"},
       {"1.00001\nx\n", "1.00002\ny\n", 3, "error: Files not equal at line 2\n"},
-      {"1.2\n1.01\n1.1\n", "1.2000001\n1.02\n1.1001\n", 6, "error: Tolerance exceeded (2.0 < 6) at line 2\n"},
-  };
+      {"1.2\n1.01\n1.1\n", "1.2000001\n1.02\n1.1001\n", 6,
+       "error: Tolerance exceeded (2.0 < 6) at line 2\n"}};
   for (const auto& row : cases) {
     const std::string outcome = compare(row.text1, row.text2, row.tolerance);
     const std::string expected = row.expected;

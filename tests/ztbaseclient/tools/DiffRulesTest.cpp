@@ -1,5 +1,3 @@
-#include <gtest/gtest.h>
-
 #include <cmath>
 
 #include "tests/support/Bytes.h"
@@ -9,13 +7,11 @@
 namespace {
 
 TEST(DiffRules, LinesAreComparedUpToTheirEnd) {
-  const struct {
-    const wchar_t *a, *b;
-    bool equal;
-  } cases[] = {{L"", L"\n", true},     {L"ab\r\n", L"ab", true}, {L"ab\rx", L"ab\ny", true},
-               {L"ab", L"abc", false}, {L"abc", L"ab", false},   {L"a", L"A", false},
-               {nullptr, L"", false},  {L"", nullptr, false},    {nullptr, nullptr, false}};
-  for (const auto& row : cases) EXPECT_EQ(CDiffFiles::compareIgnoringEOL(row.a, row.b), row.equal);
+  const std::tuple<const wchar_t*, const wchar_t*, bool> cases[] = {
+      {L"", L"\n", true},     {L"ab\r\n", L"ab", true}, {L"ab\rx", L"ab\ny", true},
+      {L"ab", L"abc", false}, {L"abc", L"ab", false},   {L"a", L"A", false},
+      {nullptr, L"", false},  {L"", nullptr, false},    {nullptr, nullptr, false}};
+  for (const auto& [a, b, equal] : cases) EXPECT_EQ(CDiffFiles::compareIgnoringEOL(a, b), equal);
 }
 
 TEST(DiffRules, TokensStandBetweenDelimiters) {
@@ -25,65 +21,49 @@ TEST(DiffRules, TokensStandBetweenDelimiters) {
     if (diff.IsDelimiter(c)) delimiters += c;
   }
   EXPECT_EQ(delimiters, std::wstring(1, L'\0') + L"\t\n\r \",;<=>\xA0");
-  const struct {
-    const wchar_t* line;
-    int pos, start, end;
-  } cases[] = {{L"a=12;b", 3, 2, 3}, {L"a=12;b", 2, 2, 3}, {L"a=12;b", 4, 2, 3}, {L"a=12;b", 5, 5, 5},
-               {L"abc", 0, 0, 2},    {L"abc", 3, 0, 2},    {L"", 0, 0, -1},      {L"==", 1, 1, 0}};
-  for (const auto& row : cases) {
-    EXPECT_EQ(diff.GetStartLocation(row.line, row.pos), row.start) << row.pos;
-    EXPECT_EQ(diff.GetEndLocation(row.line, row.pos), row.end) << row.pos;
+  const std::tuple<const wchar_t*, int, int, int> cases[] = {
+      {L"a=12;b", 3, 2, 3}, {L"a=12;b", 2, 2, 3}, {L"a=12;b", 4, 2, 3}, {L"a=12;b", 5, 5, 5},
+      {L"abc", 0, 0, 2},    {L"abc", 3, 0, 2},    {L"", 0, 0, -1},      {L"==", 1, 1, 0}};
+  for (const auto& [line, pos, start, end] : cases) {
+    EXPECT_EQ(diff.GetStartLocation(line, pos), start) << pos;
+    EXPECT_EQ(diff.GetEndLocation(line, pos), end) << pos;
   }
 }
 
-TEST(DiffRules, ZerosFillTheShorterNumber) {
-  const struct {
-    const wchar_t *a, *b;
-    size_t max;
-    const wchar_t *paddedA, *paddedB;
-  } cases[] = {{L"1", L"123", 9, L"100", L"123"}, {L"123", L"1", 2, L"123", L"10"}, {L"", L"", 9, L"", L""}};
-  for (const auto& row : cases) {
-    wchar_t a[16], b[16];
-    std::wcscpy(a, row.a);
-    std::wcscpy(b, row.b);
-    EXPECT_EQ(CDiffFiles().PadWithZeros(a, b, row.max), std::wcslen(row.paddedA));
-    EXPECT_STREQ(a, row.paddedA);
-    EXPECT_STREQ(b, row.paddedB);
-  }
-  wchar_t point[] = L".25";
+TEST(DiffRules, ZerosFillTheShorterNumberUpToAMost) {
+  wchar_t a[8] = L"1", b[8] = L"123", c[8] = L"1", point[] = L".25";
+  EXPECT_EQ(CDiffFiles().PadWithZeros(a, b, 9), 3u);
+  EXPECT_STREQ(a, L"100");
+  EXPECT_EQ(CDiffFiles().PadWithZeros(b, c, 2), 3u);
+  EXPECT_STREQ(b, L"123");
+  EXPECT_STREQ(c, L"10");
   CDiffFiles().RemoveDecimal(point);
   EXPECT_STREQ(point, L"25");
 }
 
 TEST(DiffRules, TheMeasureIsTheNumberOfSharedDigits) {
   constexpr double infinite = std::numeric_limits<double>::infinity(), none = NAN;
-  const struct {
-    const wchar_t *a, *b;
-    double measure;
-  } cases[] = {
-      {L"1.00001", L"1.00002", 5.0000043},
-      {L"-1.00001", L"-1.00002", 5.0000043},
-      {L"1.5", L"1.50", infinite},
-      {L"0.0", L"-0", infinite},
-      {L"0.0", L"1e-120", 120},
-      {L"-1e-101", L"0.0", 101},
-      {L"0.0", L"1e-100", none},
-      {L"10", L"11", none},
-      {L"10", L"11.0", 1},
-      {L"1.0", L"1.0x", none},
-      {L"a.b", L"1.0", none},
-      {L"1.0", L"nan", none},
-      {L"inf", L"1.0", -infinite},
-      {L"1.0", L"-1.0", -0.30103},
-      {L"1.e400", L"inf", none},
-  };
-  for (const auto& row : cases) {
-    std::wstring a = row.a, b = row.b;
+  const std::tuple<std::wstring, std::wstring, double> cases[] = {{L"1.00001", L"1.00002", 5.0000043},
+                                                                  {L"-1.00001", L"-1.00002", 5.0000043},
+                                                                  {L"1.5", L"1.50", infinite},
+                                                                  {L"0.0", L"-0", infinite},
+                                                                  {L"0.0", L"1e-120", 120},
+                                                                  {L"-1e-101", L"0.0", 101},
+                                                                  {L"0.0", L"1e-100", none},
+                                                                  {L"10", L"11", none},
+                                                                  {L"10", L"11.0", 1},
+                                                                  {L"1.0", L"1.0x", none},
+                                                                  {L"a.b", L"1.0", none},
+                                                                  {L"1.0", L"nan", none},
+                                                                  {L"inf", L"1.0", -infinite},
+                                                                  {L"1.0", L"-1.0", -0.30103},
+                                                                  {L"1.e400", L"inf", none}};
+  for (auto [a, b, expected] : cases) {
     const double measure = CDiffFiles().MeasureIndividualRoundoff(a.data(), b.data(), 1023, 5);
-    if (std::isfinite(row.measure))
-      EXPECT_NEAR(measure, row.measure, 1e-6) << testing::PrintToString(a);
+    if (std::isfinite(expected))
+      EXPECT_NEAR(measure, expected, 1e-6) << testing::PrintToString(a);
     else
-      EXPECT_TRUE(measure == row.measure || (std::isnan(measure) && std::isnan(row.measure))) << measure;
+      EXPECT_TRUE(measure == expected || (std::isnan(measure) && std::isnan(expected))) << measure;
   }
 }
 
@@ -110,15 +90,8 @@ TEST(DiffRules, TheMarkerPointsAtUpToEightCharacters) {
 TEST(DiffRules, ExceptionsNameTheMethodsTheyPassed) {
   wchar_t line1[] = L"a", line2[] = L"b";
   CDiffFiles::DiffInfo info;
-  try {
-    CDiffFiles().CheckRoundoff(line1, line2, 5, 1, L"f", L"g", info);
-    FAIL();
-  } catch (const tovin::DiffErrorException& e) {
-    ASSERT_EQ(e.getTrail().size(), 2u);
-    EXPECT_STREQ(e.getTrail()[0].method, "ThrowDiffError");
-    EXPECT_STREQ(e.getTrail()[1].method, "CheckRoundoff");
-    EXPECT_STREQ(e.getTrail()[1].className, "CDiffFiles");
-  }
+  EXPECT_EQ(testsupport::trailOf([&] { CDiffFiles().CheckRoundoff(line1, line2, 5, 1, L"f", L"g", info); }),
+            "CDiffFiles.ThrowDiffError CDiffFiles.CheckRoundoff ");
 }
 
 }  // namespace

@@ -10,7 +10,7 @@
 // Equal lines are skipped unseen; the plain comparison of every pair of lines must come to the same end.
 namespace {
 
-using testsupport::utf16;
+using namespace testsupport;
 using Random = std::mt19937;
 
 size_t below(Random& random, size_t limit) { return random() % limit; }

@@ -1,15 +1,16 @@
 #include <fstream>
 
+#include "tests/support/TempFolder.h"
 #include "tests/ztbaseclient/wsdl/Wsdl.h"
 #include "ztbaseclient/wsdl/XMLParser.h"
 #include "ztcore/ztCompress.h"
 
 namespace {
 
-using testsupport::expectMessage;
+using namespace testsupport;
 using wsdl::parse;
 
-class Loading : public wsdl::Files {};
+class Loading : public FolderTest {};
 
 constexpr wchar_t nullPointer[] = L"Cannot dereference a NULL pointer";
 
@@ -22,13 +23,13 @@ std::wstring targetOf(CWsdlParser& parser) {
 TEST_F(Loading, AFileIsHandedOutAgainCompressed) {
   std::string document = "<d targetNamespace='a'>";
   document += std::string(2048 - document.size() - 4, ' ') + "</d>";  // exactly one piece
-  write("a.wsdl", document);
+  folder_.write("a.wsdl", document);
   CWsdlParser parser;
   tovin::Array<unsigned char> zipped, bytes;
   EXPECT_FALSE(parser.GetZippedWsdl(zipped));
   parser.Parse(path("a.wsdl"));
   EXPECT_TRUE(parser.HasParsedWsdl());
-  EXPECT_EQ(parser.getWsdlUrl(), path("a.wsdl").view());
+  EXPECT_EQ(parser.getWsdlUrl(), path("a.wsdl"));
   ASSERT_TRUE(parser.GetZippedWsdl(zipped));
   ztCompress(1, true).Decompress(bytes, zipped);
   EXPECT_EQ(std::string(bytes.begin(), bytes.end()), document);
@@ -46,30 +47,31 @@ TEST_F(Loading, AFaultKeepsThePiecesBeforeIt) {
   for (const auto& [faultAt, kept] : rows) {  // where the tag begins that is a fault at its end
     std::string document = "<a>" + std::string(faultAt - 3, ' ') + "</bb>";
     document.resize(9000, ' ');
-    write("bad.wsdl", document);
+    folder_.write("bad.wsdl", document);
     CWsdlParser::XMLParser parser;
-    expectMessage(L"Parse error: mismatched tag", [&] { parser.parse(path("bad.wsdl")); });
+    expectMessage(L"Parse error: mismatched tag", [&] { parser.parse(path("bad.wsdl").c_str()); });
     EXPECT_EQ(parser.getRawBytes().getSize(), kept) << faultAt;
   }
-  write("bad.wsdl", "<a><");
+  folder_.write("bad.wsdl", "<a><");
   CWsdlParser::XMLParser parser;
-  expectMessage(L"Parse error: unclosed token", [&] { parser.parse(path("bad.wsdl")); });
+  expectMessage(L"Parse error: unclosed token", [&] { parser.parse(path("bad.wsdl").c_str()); });
   EXPECT_EQ(parser.getRawBytes().getSize(), 4u);
 }
 
 TEST_F(Loading, FailuresAreNamedOnce) {
-  write("bad.wsdl", "<a><b></a>");
+  folder_.write("bad.wsdl", "<a><b></a>");
   CWsdlParser parser;
   expectMessage(L"Unable to open file", [&] { parser.Parse(path("none.wsdl")); });
-  EXPECT_EQ(wsdl::trailOf([&] { parser.Parse(path("none.wsdl")); }), "CWsdlParser parse()");
+  expectMessage(L"Unable to open file", [&] { parser.Parse(tovin::WideString()); });
+  EXPECT_EQ(trailOf([&] { parser.Parse(path("none.wsdl")); }), "CWsdlParser.parse() ");
   expectMessage(L"Parse error: mismatched tag", [&] { parser.Parse(path("bad.wsdl")); });
-  EXPECT_EQ(wsdl::trailOf([&] { parser.ParseZippedWsdl(wsdl::bytesOf("x")); }),
-            "ztCompress Decompress, CWsdlParser parseZippedWsdl()");
+  EXPECT_EQ(trailOf([&] { parser.ParseZippedWsdl(arrayOf("x")); }),
+            "ztCompress.Decompress CWsdlParser.parseZippedWsdl() ");
   EXPECT_FALSE(parser.HasParsedWsdl());
 }
 
 TEST_F(Loading, ASecondParseNeedsAReset) {
-  write("a.wsdl", "<d targetNamespace='a'/>");
+  folder_.write("a.wsdl", "<d targetNamespace='a'/>");
   CWsdlParser parser;
   parser.Parse(path("a.wsdl"));
   expectMessage(L"Parse error: parsing finished", [&] { parser.Parse(path("a.wsdl")); });
@@ -79,7 +81,7 @@ TEST_F(Loading, ASecondParseNeedsAReset) {
   parser.Reset();
   EXPECT_FALSE(parser.HasParsedWsdl());
   EXPECT_TRUE(parser.IsBackwardCompatible70());
-  EXPECT_EQ(parser.getWsdlUrl(), path("a.wsdl").view());
+  EXPECT_EQ(parser.getWsdlUrl(), path("a.wsdl"));
   expectMessage(nullPointer, [&] { targetOf(parser); });
   parse(parser, "<d targetNamespace='b'/>");
   EXPECT_EQ(targetOf(parser), L"b");
@@ -112,7 +114,7 @@ TEST_F(Loading, OfDocumentsThatGrowIsCutOff) {
   for (const auto& [definitions, content] : rows) {
     const std::string document =
         "<!DOCTYPE d [" + definitions + "]><d targetNamespace='a'>" + content + "</d>";
-    write("grows.wsdl", document);
+    folder_.write("grows.wsdl", document);
     CWsdlParser parser;
     expectMessage(L"Parse error: definitions and entities add too much",
                   [&] { parser.Parse(path("grows.wsdl")); });
@@ -123,7 +125,7 @@ TEST_F(Loading, OfDocumentsThatGrowIsCutOff) {
   // In a long document little ones are no burden.
   std::string text = "<!DOCTYPE d [<!ATTLIST e a CDATA 'xxxx'><!ENTITY x '<x/>'>]><d targetNamespace='a'>";
   for (int i = 0; i < 300; ++i) text += elements + "<y/>&x;";
-  write("long.wsdl", text + "</d>");
+  folder_.write("long.wsdl", text + "</d>");
   CWsdlParser parser;
   parser.Parse(path("long.wsdl"));
   EXPECT_EQ(targetOf(parser), L"a");

@@ -5,22 +5,17 @@
 namespace {
 
 TEST(NodeSearch, NamesMatchByTheirLocalParts) {
-  struct Row {
-    const wchar_t* a;
-    const wchar_t* b;
-    bool equal;
-  };
-  const Row rows[] = {{L"soap12:address", L"address", true},
-                      {L"ADDRESS", L"x:address", true},
-                      {L"tns:B", L"B", true},
-                      {L"a:b:c", L"c", false},
-                      {L"a:b:c", L"b:c", false},
-                      {L"a:b:c", L"x:b:c", true},
-                      {L"", L"x:", true},
-                      {nullptr, L"", true},
-                      {L"address2", L"address", false}};
-  for (const Row& row : rows) {
-    EXPECT_EQ(NodeSearch().Equals_NS(row.a, row.b, NameMode::plain), row.equal) << tovin::wideToUtf8(row.a);
+  const std::tuple<const wchar_t*, const wchar_t*, bool> rows[] = {{L"soap12:address", L"address", true},
+                                                                   {L"ADDRESS", L"x:address", true},
+                                                                   {L"tns:B", L"B", true},
+                                                                   {L"a:b:c", L"c", false},
+                                                                   {L"a:b:c", L"b:c", false},
+                                                                   {L"a:b:c", L"x:b:c", true},
+                                                                   {L"", L"x:", true},
+                                                                   {nullptr, L"", true},
+                                                                   {L"address2", L"address", false}};
+  for (const auto& [a, b, equal] : rows) {
+    EXPECT_EQ(NodeSearch().Equals_NS(a, b, NameMode::plain), equal) << tovin::wideToUtf8(a);
   }
 }
 
@@ -43,7 +38,7 @@ TEST(NodeSearch, TokenStandsForTheRecordedPrefixes) {
 
 TEST(NodeSearch, FindsTheLastChildButTheFirstByAttribute) {
   CWsdlParser::XMLParser xml;
-  tovin::iNode* root = xml.parse(wsdl::bytesOf(
+  tovin::iNode* root = xml.parse(testsupport::arrayOf(
       "<r><a name='t:x' n='1'/><b:A name='X' n='2'/><a n='3'/><a w:name='y' name='z' n='4'/></r>"));
   EXPECT_EQ(findAttrVal(NodeSearch().findNode(root, L"a"), L"n"), L"4");
   EXPECT_EQ(NodeSearch().findNode(root, L"c"), nullptr);

@@ -3,7 +3,7 @@
 
 namespace {
 
-using testsupport::expectMessage;
+using namespace testsupport;
 
 constexpr char soap12[] = "xmlns:soap12='http://schemas.xmlsoap.org/wsdl/soap12/' ";
 constexpr char http[] = "xmlns:http='http://schemas.xmlsoap.org/wsdl/http/' ";
@@ -46,12 +46,7 @@ TEST_F(Services, TheLastOneCounts) {
 }
 
 TEST_F(Services, AddressesTellSoap11AndHttpFromOthers) {
-  struct Row {
-    const char* address;
-    bool soap11OrHttp;
-    const wchar_t* location;
-  };
-  const Row rows[] = {
+  const std::tuple<const char*, bool, const wchar_t*> rows[] = {
       {"<soap12:address location='a'/>", false, L"a"},
       {"<http:address location='a'/>", true, L"a"},
       {"<address location='a'/>", true, L"a"},
@@ -59,52 +54,39 @@ TEST_F(Services, AddressesTellSoap11AndHttpFromOthers) {
       {"<inner:address xmlns:inner='http://schemas.xmlsoap.org/wsdl/soap/' location='a'/>", false, L"a"},
       {"<x:address location='other'/><soap:address location='a'/>", true, L"a"},
       {"<soap:address/>", true, L""}};
-  for (const Row& row : rows) {
-    SCOPED_TRACE(row.address);
-    read("<service>" + port("p", "B", row.address) + "</service>" + binding("B"),
+  for (const auto& [address, soap11OrHttp, location] : rows) {
+    SCOPED_TRACE(address);
+    read("<service>" + port("p", "B", address) + "</service>" + binding("B"),
          std::string("targetNamespace='urn:t' ") + soap12 + http);
-    EXPECT_EQ(ports_[0].soap11OrHttp, row.soap11OrHttp);
-    EXPECT_EQ(ports_[0].address, row.location);
+    EXPECT_EQ(ports_[0].soap11OrHttp, soap11OrHttp);
+    EXPECT_EQ(ports_[0].address, location);
   }
 }
 
 TEST_F(Services, OnePortIsKeptForEachBinding) {
-  std::wstring warning;
-  auto before = tovin::Exception::setWarningHandler([&](const wchar_t* text) { warning += text; });
-  read("<service>" + port("none", "B", "") + port("p", "t:B", "<soap:address/>") +
-       port("q", "T:b", "<soap:address/>") + port("r", "B", "<soap:address/>") + "</service>" + binding("B"));
-  tovin::Exception::setWarningHandler(before);
-  EXPECT_EQ(warning, L"ignoring port q with shared binding T:b");
+  const std::string service = "<service>" + port("none", "B", "") + port("p", "t:B", "<soap:address/>") +
+                              port("q", "T:b", "<soap:address/>") + port("r", "B", "<soap:address/>") +
+                              "</service>";
+  EXPECT_EQ(warningsOf([&] { read(service + binding("B")); }), L"ignoring port q with shared binding T:b");
   ASSERT_EQ(ports_.getSize(), 2u);
   EXPECT_EQ(ports_[1].name, L"r");
 }
 
 TEST_F(Services, MissingPartsHaveTheirMessages) {
   const std::string soapPort = port("p", "t:B", "<soap:address/>");
-  struct Row {
-    std::string inside;
-    std::string attributes;
-    const wchar_t* message;
-  };
-  const Row rows[] = {
-      {"", "", L"missing targetNamespace"},
-      {"", "targetNamespace='a'", L"missing service"},
-      {"<service>" + port("p", "B", "") + "</service>", "targetNamespace='a'",
-       L"Unable to find soap addresses. This WSDL may not have soap methods."},
-      {"<service>" + soapPort + "</service><binding/>", "targetNamespace='a'", L"Can't find binding t:B"}};
-  for (const Row& row : rows) expectMessage(row.message, [&] { read(row.inside, row.attributes); });
-  EXPECT_EQ(wsdl::trailOf([&] { read(rows[3].inside); }),
-            "CWsdlParser GetBindingInfo(), CWsdlParser GetServiceInfo");
+  const std::string broken = "<service>" + soapPort + "</service><binding/>";
+  expectMessage(L"missing targetNamespace", [&] { read("", ""); });
+  expectMessage(L"missing service", [&] { read(""); });
+  expectMessage(L"Unable to find soap addresses. This WSDL may not have soap methods.",
+                [&] { read("<service>" + port("p", "B", "") + "</service>"); });
+  expectMessage(L"Can't find binding t:B", [&] { read(broken); });
+  EXPECT_EQ(trailOf([&] { read(broken); }), "CWsdlParser.GetBindingInfo() CWsdlParser.GetServiceInfo ");
   ASSERT_EQ(ports_.getSize(), 1u);  // the port that was being read
   EXPECT_EQ(ports_[0].name, L"p");
 }
 
 TEST_F(Services, StyleIsDocumentUnlessItSaysRpc) {
-  struct Row {
-    const char* inside;
-    bool binding, operation;
-  };
-  const Row rows[] = {
+  const std::tuple<const char*, bool, bool> rows[] = {
       {"<operation/>", true, true},
       {"<soap:binding/><operation/>", true, true},
       {"<soap:binding style='RPC'/><operation/>", false, false},
@@ -114,10 +96,10 @@ TEST_F(Services, StyleIsDocumentUnlessItSaysRpc) {
        true, true},
       {"<operation><soap:operation style='rpc'/></operation>", true, false},
       {"<other:binding style='rpc'/><operation/>", true, true}};
-  for (const Row& row : rows) {
-    readBinding(row.inside);
-    EXPECT_EQ(first().documentStyle, row.binding) << row.inside;
-    EXPECT_EQ(first().operations[0].documentStyle, row.operation) << row.inside;
+  for (const auto& [inside, binding, operation] : rows) {
+    readBinding(inside);
+    EXPECT_EQ(first().documentStyle, binding) << inside;
+    EXPECT_EQ(first().operations[0].documentStyle, operation) << inside;
   }
 }
 
@@ -181,34 +163,28 @@ TEST_F(Services, OperationsOfOneNamePairInOrder) {
   EXPECT_TRUE(parser_.OpHasOverloads(operations[0]));
   EXPECT_FALSE(parser_.OpHasOverloads(operations[2]));  // its name is written in the other case
   EXPECT_FALSE(parser_.OpHasOverloads(operations[1]));
-  EXPECT_EQ(wsdl::trailOf([&] { parser_.OpHasOverloads(CWsdlParser::COperation()); }),
-            "CWsdlParser OpHasOverloads()");
+  EXPECT_EQ(trailOf([&] { parser_.OpHasOverloads(CWsdlParser::COperation()); }),
+            "CWsdlParser.OpHasOverloads() ");
 }
 
 TEST_F(Services, AnOperationIsFoundByItsMessages) {
   read(overloads);
-  struct Row {
-    const wchar_t *portType, *name, *input, *output;
-    const wchar_t* action;  // null: not found
-  };
-  const Row rows[] = {{L"T:P", L"o", nullptr, nullptr, L"1"},      {L"t:P", L"O", L"m2", L"M1", L"2"},
-                      {L"t:P", L"o", L"M1", nullptr, L"1"},        {L"t:P", L"o", L"M1", L"", nullptr},
-                      {L"P", L"o", nullptr, nullptr, nullptr},     {nullptr, L"o", nullptr, nullptr, nullptr},
-                      {L"t:P", nullptr, nullptr, nullptr, nullptr}};
-  for (const Row& row : rows) {
+  using Text = const wchar_t*;
+  // Port type, name, input and output, and the action; null: not found.
+  const std::tuple<Text, Text, Text, Text, Text> rows[] = {
+      {L"T:P", L"o", nullptr, nullptr, L"1"},      {L"t:P", L"O", L"m2", L"M1", L"2"},
+      {L"t:P", L"o", L"M1", nullptr, L"1"},        {L"t:P", L"o", L"M1", L"", nullptr},
+      {L"P", L"o", nullptr, nullptr, nullptr},     {nullptr, L"o", nullptr, nullptr, nullptr},
+      {L"t:P", nullptr, nullptr, nullptr, nullptr}};
+  for (const auto& [portType, name, input, output, action] : rows) {
     CWsdlParser::COperation operation;
-    EXPECT_EQ(parser_.FindOperation(row.portType, row.name, row.input, row.output, operation),
-              row.action != nullptr);
-    EXPECT_TRUE(operation.soapAction == row.action);
+    EXPECT_EQ(parser_.FindOperation(portType, name, input, output, operation), action != nullptr);
+    EXPECT_TRUE(operation.soapAction == action);
   }
 }
 
 TEST_F(Services, PortTypesAndMessagesThatAreMissingAreNamed) {
-  struct Row {
-    const char* portType;
-    const wchar_t* message;
-  };
-  const Row rows[] = {
+  const std::pair<const char*, const wchar_t*> rows[] = {
       {"<portType name='Q'/>", L"Couldn't find portType"},
       {"<portType name='P'><operation name='x'/></portType>", L"Couldn't find operation"},
       {"<portType name='P'><operation name='o'/><operation name='o'/></portType>",
@@ -216,14 +192,14 @@ TEST_F(Services, PortTypesAndMessagesThatAreMissingAreNamed) {
       {"<portType name='P'><operation name='o'><input message='t:N'/></operation></portType>",
        L"Couldn't find message"},
       {"<portType name='P'><operation name='o'><output/></operation></portType>", L"Couldn't find message"}};
-  for (const Row& row : rows) {
-    read(std::string("<message/>") + row.portType + "<service>" + port("p", "B", "<soap:address/>") +
+  for (const auto& [portType, message] : rows) {
+    read(std::string("<message/>") + portType + "<service>" + port("p", "B", "<soap:address/>") +
          "</service>" + binding("B", "<operation name='o'/>"));
-    expectMessage(row.message,
+    expectMessage(message,
                   [&] { parser_.GetOperationInfoFromPortType(first().type, ports_[0].binding.operations); });
   }
-  EXPECT_EQ(wsdl::trailOf([&] { parser_.GetOperationInfoFromPortType(L"P", ports_[0].binding.operations); }),
-            "CWsdlParser GetMessageInfo, CWsdlParser GetOperationInfoFromPortType");
+  EXPECT_EQ(trailOf([&] { parser_.GetOperationInfoFromPortType(L"P", ports_[0].binding.operations); }),
+            "CWsdlParser.GetMessageInfo CWsdlParser.GetOperationInfoFromPortType ");
 }
 
 // One message of many operations, one binding of many ports: small documents that ask for millions of values.

@@ -1,9 +1,7 @@
 #include "tests/ztbaseclient/wsdl/Wsdl.h"
 
-#include <fstream>
 #include <sstream>
 
-#include "tests/support/System.h"
 #include "ztclient/WsdlJson.h"
 
 namespace wsdl {
@@ -29,11 +27,7 @@ std::string withPart(const std::string& part, const std::string& types, const st
                      outside);
 }
 
-tovin::Array<unsigned char> bytesOf(const std::string& text) {
-  return tovin::Array<unsigned char>(std::vector<unsigned char>(text.begin(), text.end()));
-}
-
-void parse(CWsdlParser& parser, const std::string& document) { parser.Parse(bytesOf(document)); }
+void parse(CWsdlParser& parser, const std::string& document) { parser.Parse(testsupport::arrayOf(document)); }
 
 namespace {
 
@@ -73,25 +67,6 @@ std::string resolved(const std::string& document, bool backwardCompatible) {
   parser.SetBackwardCompatible70(backwardCompatible);
   parse(parser, document);
   return resolved(parser);
-}
-
-Files::Files()
-    : folder_(std::filesystem::temp_directory_path() /
-              (std::string("ztb_wsdl_") + testing::UnitTest::GetInstance()->current_test_info()->name())) {
-  std::filesystem::remove_all(folder_);
-  std::filesystem::create_directories(folder_);
-}
-
-Files::~Files() { std::filesystem::remove_all(folder_); }
-
-void Files::write(const std::string& name, const std::string& content) const {
-  const std::filesystem::path file = folder_ / testsupport::pathOf(name);
-  std::filesystem::create_directories(file.parent_path());
-  std::ofstream(file, std::ios::binary) << content;
-}
-
-tovin::WideString Files::path(const std::string& name) const {
-  return tovin::WideString(tovin::utf8ToWide((folder_ / testsupport::pathOf(name)).generic_string()));
 }
 
 }  // namespace wsdl

@@ -1,10 +1,6 @@
 #pragma once
 
-#include <gtest/gtest.h>
-
-#include <filesystem>
 #include <string>
-#include <vector>
 
 #include "tests/support/Bytes.h"
 #include "ztbaseclient/wsdl/CCustomType.h"
@@ -25,7 +21,6 @@ std::string withPart(const std::string& part, const std::string& types, const st
 /// A schema of target namespace urn:t.
 std::string schema(const std::string& inside, const std::string& attributes = "targetNamespace='urn:t'");
 
-tovin::Array<unsigned char> bytesOf(const std::string& text);
 void parse(CWsdlParser& parser, const std::string& document);
 
 /// What the command prints as JSON.
@@ -34,30 +29,5 @@ Json toJson(CWsdlParser& parser, bool types);
 /// error.
 std::string resolved(CWsdlParser& parser);
 std::string resolved(const std::string& document, bool backwardCompatible = false);
-
-/// A folder for files, gone afterwards.
-class Files : public testing::Test {
- protected:
-  Files();
-  ~Files() override;
-  void write(const std::string& name, const std::string& text) const;
-  tovin::WideString path(const std::string& name) const;
-
-  std::filesystem::path folder_;
-};
-
-/// The trail of what a body throws: "class method, class method", innermost first; empty if nothing.
-template <class Body>
-std::string trailOf(Body&& body) {
-  try {
-    body();
-  } catch (const tovin::Exception& e) {
-    std::string trail;
-    for (const tovin::CatchEntry& at : e.getTrail())
-      trail += (trail.empty() ? "" : ", ") + std::string(at.className) + " " + at.method;
-    return trail;
-  }
-  return {};
-}
 
 }  // namespace wsdl
