@@ -48,6 +48,11 @@ DownwardWalk::DownwardWalk(Evaluator& evaluator, const Stage& stage, const NodeS
       inspecting_(inspectingSteps(evaluator.expression(), stage)) {}
 
 bool DownwardWalk::run(Visit visit) {
+  if (isPlainSearch()) {
+    return std::ranges::all_of(contexts_, [&](const Item& context) {
+      return context.isAttribute() || search(evaluator_.tree().childrenOf(context.element), visit);
+    });
+  }
   while (nextContext_ < contexts_.size()) {
     if (!begin(contexts_[nextContext_++], visit)) return false;
     while (!frames_.empty()) {
@@ -58,6 +63,42 @@ bool DownwardWalk::run(Visit visit) {
         return false;
       }
     }
+  }
+  return true;
+}
+
+// Whether it is nothing but //name from contexts that do not overlap.
+bool DownwardWalk::isPlainSearch() const noexcept {
+  return stage_.steps.count == 1 && stage_.descendants && !stage_.selves && !inspecting_ && !meetsContexts_;
+}
+
+// The walk for that: there are no states to carry, only whether something above was found.
+bool DownwardWalk::search(Children top, Visit visit) {
+  struct Level {
+    Children left;
+    bool insideFound;
+  };
+  std::vector<Level> levels{{top, false}};
+  fetch(upTo(top, 0, nearestChildren));
+  while (!levels.empty()) {
+    Level& level = levels.back();
+    if (level.left.empty()) {
+      levels.pop_back();
+      continue;
+    }
+    const Item item{level.left.front()};
+    fetch(upTo(level.left, nearestChildren, 1));
+    level.left = level.left.subspan(1);
+    evaluator_.allowance().spend();
+    const Children below = item.element->getChildren();
+    fetch(upTo(below, 0, nearestChildren));
+    bool insideFound = level.insideFound;
+    if (evaluator_.matches(stage_.steps.first, item)) {
+      foundNested_ = foundNested_ || insideFound;
+      insideFound = true;
+      if (!visit(item)) return false;
+    }
+    if (!below.empty()) levels.push_back({below, insideFound});
   }
   return true;
 }

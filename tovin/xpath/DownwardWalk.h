@@ -1,4 +1,4 @@
-// One walk that answers a whole run of downward steps, however many // there are in it.
+// One walk that answers a whole run of downward steps, whatever there is of // in it.
 #pragma once
 
 #include <vector>
@@ -46,6 +46,8 @@ class DownwardWalk {
     size_t end;
   };
 
+  bool isPlainSearch() const noexcept;
+  bool search(Children top, Visit visit);
   bool begin(const Item& context, Visit visit);
   bool meet(Frame& frame, Visit visit);
   bool meetChosen(Frame& frame, Visit visit);
