@@ -19,7 +19,8 @@
 ///
 /// - Results: Success; StartAgain when the whole request is to be sent anew, beginning with OpenConnect:
 ///   after a redirection that keeps the method (307, 308), a 401 that the user and password in the URL answer
-///   (Digest or Basic), or when a kept connection died before any answer. Any call of a request may give it.
+///   (Basic, and but for Windows Digest), or when a kept connection died before any answer. Any call of a
+///   request may give it.
 /// - Errors: every failure is an exception that tells what the server answered or what went wrong: an answer
 ///   that is no success, a connection that fails or dies, TLS, time-outs, more than 5 new starts.
 /// - TLS: certificates and host names are verified against the system's authorities, or those in the file

@@ -28,6 +28,13 @@ size_t shielded(Body&& body) noexcept {
   }
 }
 
+// Where curl leaves Digest to the system's security package, a package that is not there can keep it busy for
+// ever.
+bool computesDigest() {
+  static const int features = curl_version_info(CURLVERSION_NOW)->features;
+  return (features & CURL_VERSION_SSPI) == 0;
+}
+
 template <class Value>
 void set(CURL* easy, CURLoption option, Value value) {
   const CURLcode code = curl_easy_setopt(easy, option, value);
@@ -269,8 +276,7 @@ std::string HttpTransfer::redirection() const {
 unsigned long HttpTransfer::challenge() const {
   long offered = 0;
   curl_easy_getinfo(easy_.get(), CURLINFO_HTTPAUTH_AVAIL, &offered);
-  for (const unsigned long scheme : {CURLAUTH_DIGEST, CURLAUTH_BASIC}) {
-    if ((static_cast<unsigned long>(offered) & scheme) != 0) return scheme;
-  }
-  return CURLAUTH_NONE;
+  if ((static_cast<unsigned long>(offered) & CURLAUTH_DIGEST) != 0 && computesDigest())
+    return CURLAUTH_DIGEST;
+  return static_cast<unsigned long>(offered) & CURLAUTH_BASIC;
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
 #include "tovinCore/platform/Paths.h"
 
@@ -28,6 +29,8 @@ long peakKilobytes();
 
 /// Whether there is a shell, with the programs that the tests work with (a web server, openssl).
 bool hasShell();
+/// The challenges of a server that are answered here, as it calls them.
+std::vector<std::string> answeredChallenges();
 /// The name by which these know a file.
 std::string shellPath(const std::string& path);
 /// Runs a command to its end; an exception when its status is not 0.

@@ -75,6 +75,8 @@ long peakKilobytes() {
 
 bool hasShell() { return unixName() && fs::exists("Z:\\bin\\sh"); }
 
+std::vector<std::string> answeredChallenges() { return {"basic"}; }
+
 std::string shellPath(const std::string& path) {
   char* name = unixName()(fs::path(path).make_preferred().c_str());
   if (!name) throw std::runtime_error("the shell has no name for " + path);
