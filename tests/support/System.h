@@ -29,7 +29,7 @@ long peakKilobytes();
 
 /// Whether there is a shell, with the programs that the tests work with (a web server, openssl).
 bool hasShell();
-/// The challenges of a server that are answered here, as it calls them.
+/// The challenges of the web server that are answered here, as it calls them.
 std::vector<std::string> answeredChallenges();
 /// The name by which these know a file.
 std::string shellPath(const std::string& path);

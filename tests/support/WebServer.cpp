@@ -20,17 +20,17 @@ WebServer::WebServer(const std::string& configuration, const std::string& host)
                 "server.bind = \"127.0.0.1\"\n"
                 "server.port = " +
                     std::to_string(port_) + "\nserver.document-root = \"" + folder +
-                    "\"\nserver.pid-file = \"" + folder + "/pid\"\nserver.errorlog = \"" + folder +
-                    "/errors\"\nserver.upload-dirs = (\"" + folder +
+                    "\"\nserver.errorlog = \"" + folder + "/errors\"\nserver.upload-dirs = (\"" + folder +
                     "\")\ncgi.assign = (\".pl\" => \"/usr/bin/perl\")\n" + configuration);
   process_.emplace("/usr/sbin/lighttpd -D -f '" + folder + "/lighttpd.conf'", folder_.path());
   awaitStart();
 }
 
-// It writes its process number when it listens.
+// It says so when it listens. It is given no file that it would remove, which the removal of the folder could
+// run into.
 void WebServer::awaitStart() {
   for (int i = 0; i < 500; ++i) {
-    if (!folder_.read("pid").empty()) return;
+    if (folder_.read("errors").find("server started") != std::string::npos) return;
     if (process_->isOver()) throw std::runtime_error("the server did not start:\n" + folder_.read("errors"));
     std::this_thread::sleep_for(std::chrono::milliseconds(20));
   }

@@ -171,7 +171,7 @@ TEST_F(Upload, NewStartSendsTheWholeFileAgain) {
 
 TEST_F(Upload, ChallengesAreAnsweredFromTheUrl) {
   const std::string file = folder_.write("file", "x"), users = folder_.write("users", "al:s3:c\n");
-  for (const std::string& method : testsupport::answeredChallenges()) {
+  for (const std::string& method : answeredChallenges()) {
     const WebServer server(
         "server.modules += (\"mod_auth\", \"mod_authn_file\")\nauth.backend = \"plain\"\n"
         "auth.backend.plain.userfile = \"" +
