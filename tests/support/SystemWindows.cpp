@@ -98,21 +98,23 @@ void runShell(const std::string& command) {
   if (result != 0) throw std::runtime_error("failed: " + command);
 }
 
-// The guard goes when either side is done; a test that dies leaves it, so the command's time is bounded.
+// The command is over when its guard is gone, and is to end when there is a file that says so: nothing of it
+// then runs on in the folder. A test that dies says nothing, so the command's time is bounded.
 BackgroundCommand::BackgroundCommand(const std::string& command, const std::string& folder)
     : guard_(folder + "/guard") {
   const std::string script = folder + "/command";
   std::ofstream(guard_).flush();
   const std::string guard = shellPath(guard_);
   std::ofstream(script, std::ios::binary)
-      << command << " & p=$!; i=0; while kill -0 $p && [ -e " << guard
-      << " ] && [ $((i += 1)) -lt 6000 ]; do sleep 0.05; done 2>/dev/null; kill $p; rm -f " << guard << "\n";
+      << command << " & p=$!; i=0; while kill -0 $p && [ ! -e " << guard
+      << ".end ] && [ $((i += 1)) -lt 6000 ]; do sleep 0.05; done 2>/dev/null; kill $p; wait $p; rm -f "
+      << guard << "\n";
   startShell(script);
 }
 
 BackgroundCommand::~BackgroundCommand() {
-  std::error_code ignored;
-  fs::remove(guard_, ignored);
+  std::ofstream(guard_ + ".end").flush();
+  await([&] { return isOver(); });
 }
 
 bool BackgroundCommand::isOver() { return !fs::exists(guard_); }
