@@ -7,6 +7,7 @@
 #include "tovin/Array.h"
 #include "tovinCore/Exception.h"
 #include "tovinCore/Utf8.h"
+#include "ztclient/WarningScope.h"
 #include "ztcore/ztMemoryStreams.h"
 
 /// Bytes as tests write them: pairs of hexadecimal digits, with blanks where a reader wants them.
@@ -62,9 +63,8 @@ void expectMessage(const std::wstring& message, Body&& body) {
 template <class Body>
 std::wstring warningsOf(Body&& body) {
   std::wstring warnings;
-  const auto before = tovin::Exception::setWarningHandler([&](const wchar_t* text) { warnings += text; });
+  const WarningScope scope([&](const wchar_t* text) { warnings += text; });
   body();
-  tovin::Exception::setWarningHandler(before);
   return warnings;
 }
 
