@@ -13,8 +13,8 @@ function(ztb_copy_dll name)
     COMMAND_ERROR_IS_FATAL ANY)
 endfunction()
 
-# The DLLs of others that ours need beside them: the compiler's, which all must share because they throw exceptions to
-# one another, and the cipher's. They are put where the programs are built, and installed with them.
+# The compiler's DLLs, which all must share because they throw exceptions to one another. They are put where the
+# programs are built, and installed with them.
 
 get_filename_component(ztb_compiler_dir ${CMAKE_CXX_COMPILER} DIRECTORY)
 execute_process(
@@ -22,18 +22,16 @@ execute_process(
   OUTPUT_VARIABLE ztb_runtime_dir
   OUTPUT_STRIP_TRAILING_WHITESPACE)
 get_filename_component(ztb_runtime_dir ${ztb_runtime_dir} DIRECTORY)
-get_filename_component(ztb_cipher_dir ${LibGcrypt_LIBRARY} DIRECTORY)
 
-foreach(name IN ITEMS libstdc++-6 libgcc_s_seh-1 libwinpthread-1 libgcrypt-20 libgpg-error-0)
-  ztb_copy_dll(${name} ${ztb_runtime_dir} ${ztb_compiler_dir} ${ztb_cipher_dir} ${ztb_cipher_dir}/../bin)
+foreach(name IN ITEMS libstdc++-6 libgcc_s_seh-1 libwinpthread-1)
+  ztb_copy_dll(${name} ${ztb_runtime_dir} ${ztb_compiler_dir})
   install(FILES ${CMAKE_RUNTIME_OUTPUT_DIRECTORY}/${name}.dll DESTINATION ${CMAKE_INSTALL_BINDIR})
 endforeach()
 
 # Whoever passes their code on passes on their terms, as Debian has them.
 foreach(
   package IN
-  ITEMS gcc-mingw-w64-x86-64-posix-runtime mingw-w64-common libgcrypt-mingw-w64-dev libgpg-error-mingw-w64-dev
-        libz-mingw-w64-dev libcurl4-openssl-dev libexpat1-dev)
+  ITEMS gcc-mingw-w64-x86-64-posix-runtime mingw-w64-common libz-mingw-w64-dev libcurl4-openssl-dev libexpat1-dev)
   set(ztb_terms /usr/share/doc/${package}/copyright)
   if(EXISTS ${ztb_terms})
     install(

@@ -16,7 +16,7 @@
 /// protection against anyone who means to read or alter it.
 ///
 /// - Shape: keys of 1 to 56 bytes; a text is zero-terminated and its terminator is not enciphered.
-/// - Errors: Exception when the cipher cannot be had or refuses the key; Decrypt says false.
+/// - Errors: Exception for a key that is empty or too long; Decrypt says false.
 /// - Threads: any. Each thread keeps the last key expanded, which costs far more than a short text.
 class ZTCORE_API ztBlowFish {
  public:
