@@ -17,9 +17,14 @@ using tovin::guarded;
 
 namespace {
 
-// A file is read in pieces of this size. expat scans an incomplete token again only when it has grown by
-// half, so that small pieces cost nothing.
-constexpr int pieceSize = 2048;
+// What stays of a file behind a fault is a whole number of pieces of this size.
+constexpr size_t keptPiece = 2048;
+
+// A file is read in pieces of this size. expat scans a token that is not complete anew with each piece, so
+// that within a longer token the pieces are as long as what it has of it: all of them together cost no more
+// than a few scans.
+constexpr size_t pieceSize = size_t{64} << 10;
+constexpr size_t longestPiece = size_t{1} << 29;
 
 constexpr wchar_t nullPointer[] = L"Cannot dereference a NULL pointer";
 
@@ -88,18 +93,34 @@ void CWsdlParser::XMLParser::rethrowFailure() {
 template <class Read>
 tovin::iNode* CWsdlParser::XMLParser::parsePieces(Read&& read) {
   for (size_t count = 1; count > 0;) {
-    auto* piece = static_cast<unsigned char*>(XML_GetBuffer(expat_, pieceSize));
-    count = piece ? read(piece, unsigned{pieceSize}) : 0;
+    const size_t size = std::clamp(incompleteBytes(), pieceSize, longestPiece);
+    auto* piece = static_cast<unsigned char*>(XML_GetBuffer(expat_, static_cast<int>(size)));
+    count = piece ? read(piece, static_cast<unsigned>(size)) : 0;
     const XML_Status status =
         piece ? XML_ParseBuffer(expat_, static_cast<int>(count), count == 0) : XML_STATUS_ERROR;
+    const bool taken = status == XML_STATUS_OK && !failure_ && !addsTooMuch_;
+    raw_.items().insert(raw_.end(), piece, piece + (taken ? count : std::min(count, keptBeforeFault())));
     rethrowFailure();
     if (addsTooMuch_) throw tovin::Exception(L"Parse error: definitions and entities add too much");
     if (status != XML_STATUS_OK) {
       throw tovin::Exception(L"Parse error: %hs", XML_ErrorString(XML_GetErrorCode(expat_)));
     }
-    raw_.items().insert(raw_.end(), piece, piece + count);
   }
   return root_.get();
+}
+
+// How much was fed of a token that is not complete.
+size_t CWsdlParser::XMLParser::incompleteBytes() const noexcept {
+  const XML_Index begin = XML_GetCurrentByteIndex(expat_);
+  return raw_.getSize() - std::min(raw_.getSize(), static_cast<size_t>(std::max<XML_Index>(begin, 0)));
+}
+
+// How much of the piece with the fault lies in whole pieces before the one in which the faulty token ends.
+size_t CWsdlParser::XMLParser::keptBeforeFault() const noexcept {
+  const XML_Index begin = std::max<XML_Index>(XML_GetCurrentByteIndex(expat_), 0);
+  const size_t last = static_cast<size_t>(begin + std::max(XML_GetCurrentByteCount(expat_), 1) - 1);
+  const size_t kept = last / keptPiece * keptPiece;
+  return kept - std::min(kept, raw_.getSize());
 }
 
 tovin::iNode* CWsdlParser::XMLParser::parse(const wchar_t* fileName) {

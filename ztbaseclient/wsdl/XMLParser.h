@@ -18,8 +18,7 @@ struct XML_ParserStruct;
 ///
 /// - Shape: names and attribute texts are the document's UTF-8, each byte one wide character.
 /// - Ownership: holds one reference to the root until reset(); parse() lends it.
-/// - Attributes whose names differ by ASCII case only are one: the first is kept, a warning tells of the
-///   others.
+/// - Attributes whose names differ by ASCII case only refuse the document: "Property %ls already exists\n".
 /// - What is not written but comes from definitions and entities is bounded: beyond, the document is refused.
 /// - Errors: "Unable to open file", "Parse error: %hs" from a file. Bytes that are no XML raise nothing: what
 ///   was built before the fault is the answer, null if that is nothing.
@@ -56,6 +55,8 @@ class ZTBASECLIENT_API CWsdlParser::XMLParser {
   tovin::iNode* parseBytes(const tovin::Array<unsigned char>& bytes);
   template <class Read>
   tovin::iNode* parsePieces(Read&& read);
+  size_t incompleteBytes() const noexcept;
+  size_t keptBeforeFault() const noexcept;
   void rethrowFailure();
   template <class Body>
   void protect(Body&& body);

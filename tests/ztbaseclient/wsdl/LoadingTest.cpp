@@ -43,10 +43,11 @@ TEST_F(Loading, AFileIsHandedOutAgainCompressed) {
 
 // In pieces of 2048 bytes: the one with the fault is not kept, nor what follows.
 TEST_F(Loading, AFaultKeepsThePiecesBeforeIt) {
-  const std::pair<size_t, size_t> rows[] = {{100, 0}, {2043, 0}, {2044, 2048}, {5000, 4096}, {8994, 8192}};
+  const std::pair<size_t, size_t> rows[] = {{100, 0},     {2043, 0},      {2044, 2048},   {5000, 4096},
+                                            {8994, 8192}, {65531, 63488}, {65532, 65536}, {300000, 299008}};
   for (const auto& [faultAt, kept] : rows) {  // where the tag begins that is a fault at its end
-    std::string document = "<a>" + std::string(faultAt - 3, ' ') + "</bb>";
-    document.resize(9000, ' ');
+    std::string document = "<a b='" + std::string(faultAt - 8, 'x') + "'></bb>";
+    document.resize(faultAt + 9000, ' ');
     folder_.write("bad.wsdl", document);
     CWsdlParser::XMLParser parser;
     expectMessage(L"Parse error: mismatched tag", [&] { parser.parse(path("bad.wsdl").c_str()); });
