@@ -1,7 +1,9 @@
 #include "ztcore/CHttp.h"
 
+#include <algorithm>
 #include <random>
 #include <string>
+#include <utility>
 
 #include "tovinCore/Exception.h"
 #include "tovinCore/Guard.h"
@@ -15,6 +17,7 @@ namespace {
 constexpr const char* ClassName = "CHttp";
 constexpr unsigned defaultTimeout = 30000;
 constexpr int mostRestarts = 5;
+using Kind = CHttpException::Kind;
 
 // Long and random enough to be in no body.
 std::string makeBoundary() {
@@ -48,6 +51,35 @@ std::string escaped(const char* text) {
   return out;
 }
 
+// What kind of failure libcurl means.
+Kind kindOf(CURLcode code) {
+  switch (code) {
+    case CURLE_COULDNT_RESOLVE_HOST:
+    case CURLE_COULDNT_RESOLVE_PROXY:
+      return Kind::Name;
+    case CURLE_OPERATION_TIMEDOUT:
+      return Kind::TimeOut;
+    case CURLE_SSL_CONNECT_ERROR:
+    case CURLE_SSL_ENGINE_NOTFOUND:
+    case CURLE_SSL_ENGINE_SETFAILED:
+    case CURLE_SSL_ENGINE_INITFAILED:
+    case CURLE_SSL_CERTPROBLEM:
+    case CURLE_SSL_CIPHER:
+    case CURLE_PEER_FAILED_VERIFICATION:
+    case CURLE_SSL_CACERT_BADFILE:
+    case CURLE_SSL_CRL_BADFILE:
+    case CURLE_SSL_ISSUER_ERROR:
+    case CURLE_SSL_SHUTDOWN_FAILED:
+    case CURLE_SSL_PINNEDPUBKEYNOTMATCH:
+    case CURLE_SSL_INVALIDCERTSTATUS:
+    case CURLE_SSL_CLIENTCERT:
+    case CURLE_USE_SSL_FAILED:
+      return Kind::Tls;
+    default:
+      return Kind::Connection;
+  }
+}
+
 bool isSuccess(long status) { return status >= 200 && status < 300; }
 bool keepsMethod(long status) { return status == 307 || status == 308; }
 
@@ -72,25 +104,36 @@ class CHttp::Transfer {
   const std::string& boundary() const { return boundary_; }
   const std::string& answer() const { return http_.body(); }
 
+  void setWatch(std::function<bool()> watch) { http_.setWatch(std::move(watch)); }
+
   unsigned connectTimeout = defaultTimeout;
   unsigned sendTimeout = defaultTimeout;
 
  private:
+  void begin(const wchar_t* url);
   template <class Step>
   ResponseResult step(Step&& step);
   ResponseResult judge();
   ResponseResult judgeAnswer();
   ResponseResult startAgain();
   ResponseResult followRedirection();
+  HttpTarget redirectedTarget() const;
   bool canAnswerChallenge() const;
-  [[noreturn]] void refuse() const;
+  bool canAnswerProxyChallenge() const;
+  [[noreturn]] void raise(Kind kind, const std::wstring& message) const;
+  [[noreturn]] void refuseAgain() const;
 
   HttpTransfer http_;
   std::string boundary_;
-  std::wstring url_;
+  // As the caller gave it, credentials and all.
+  tovin::SecretString<wchar_t> url_;
   HttpTarget target_;
+  // What a request found out on its way: where it is led, and how it is let in. The next one begins anew.
   unsigned long authentication_ = CURLAUTH_NONE;
-  int restarts_ = 0;
+  unsigned long proxyAuthentication_ = CURLAUTH_NONE;
+  bool expects_ = true;
+  bool again_ = false;
+  int requests_ = 0;
 };
 
 void CHttp::Transfer::open(const wchar_t* url, int64_t size) {
@@ -98,15 +141,19 @@ void CHttp::Transfer::open(const wchar_t* url, int64_t size) {
     throw tovin::Exception(L"A body's size is -1 or -2, not %lld", size);
   }
   http_.close();
-  if (target_.url.empty() || url_ != (url ? url : L"")) {
-    target_ = HttpTarget::parse(url);
-    url_ = url;
-    authentication_ = CURLAUTH_NONE;
-    restarts_ = 0;
-  }
+  const bool goesOn = std::exchange(again_, false) && url_.text().view() == (url ? url : L"");
+  if (!goesOn) begin(url);
   boundary_ = makeBoundary();
-  http_.open({target_, authentication_, "multipart/form-data; boundary=" + boundary_,
-              size == ChunkedAfterContinue, connectTimeout});
+  http_.open({target_, authentication_, proxyAuthentication_, "multipart/form-data; boundary=" + boundary_,
+              size == ChunkedAfterContinue && expects_, connectTimeout, 1 + mostRestarts - requests_});
+}
+
+void CHttp::Transfer::begin(const wchar_t* url) {
+  target_ = HttpTarget::parse(url);
+  url_ = tovin::SecretString<wchar_t>(url ? url : L"");
+  authentication_ = proxyAuthentication_ = CURLAUTH_NONE;
+  expects_ = true;
+  requests_ = 0;
 }
 
 // A request that failed is closed: its caller begins anew or gives up.
@@ -135,10 +182,21 @@ CHttp::ResponseResult CHttp::Transfer::await(unsigned timeout) {
 }
 
 CHttp::ResponseResult CHttp::Transfer::judge() {
+  if (http_.sentTooMany()) refuseAgain();
+  if (http_.refusedExpectation()) {
+    expects_ = false;
+    return startAgain();
+  }
   if (http_.wasLost() || http_.diedUnanswered()) return startAgain();
-  const bool answered = http_.status() >= 300;
+  const bool answered = http_.status() >= 300 && http_.hasWholeHead();
   if (http_.failure() && !answered) {
-    throw tovin::Exception(L"The request to %hs failed: %hs", target_.url, http_.failure());
+    const std::wstring words = withoutUserInfo(tovin::utf8ToWide(http_.failure()));
+    raise(kindOf(http_.failureCode()),
+          tovin::format(L"The request to %hs failed: %ls", target_.url.c_str(), words.c_str()));
+  }
+  if (!http_.hasWholeHead()) {
+    raise(Kind::Connection,
+          tovin::format(L"The request to %hs failed: the answer ends in its head", target_.url.c_str()));
   }
   return judgeAnswer();
 }
@@ -150,46 +208,71 @@ CHttp::ResponseResult CHttp::Transfer::judgeAnswer() {
     authentication_ = http_.challenge();
     return startAgain();
   }
-  if (!isSuccess(status)) refuse();
-  if (!http_.isComplete()) {
-    throw tovin::Exception(L"The server answered %ld%hs before it had the whole form", status,
-                           http_.reason());
+  if (canAnswerProxyChallenge()) {
+    proxyAuthentication_ = CURLAUTH_DIGEST;
+    return startAgain();
   }
-  restarts_ = 0;
+  if (!isSuccess(status)) {
+    raise(Kind::Status, tovin::format(L"The server answered %ld%hs", status, http_.reason().c_str()));
+  }
+  if (!http_.isComplete()) {
+    raise(Kind::Status, tovin::format(L"The server answered %ld%hs before it had the whole form", status,
+                                      http_.reason().c_str()));
+  }
   return Success;
 }
 
 bool CHttp::Transfer::canAnswerChallenge() const {
-  const bool hasCredentials = !target_.user.empty() || !target_.password.empty();
-  return http_.status() == 401 && hasCredentials && authentication_ == CURLAUTH_NONE &&
+  return http_.status() == 401 && target_.hasCredentials() && authentication_ == CURLAUTH_NONE &&
          http_.challenge() != CURLAUTH_NONE;
+}
+
+// A proxy that takes Basic has had it already.
+bool CHttp::Transfer::canAnswerProxyChallenge() const {
+  return http_.status() == 407 && proxyAuthentication_ == CURLAUTH_NONE &&
+         http_.proxyChallenge() == CURLAUTH_DIGEST;
 }
 
 CHttp::ResponseResult CHttp::Transfer::startAgain() {
   http_.close();
-  if (restarts_++ == mostRestarts) {
-    throw tovin::Exception(L"The request to %hs was to be sent again more than %d times", target_.url,
-                           mostRestarts);
-  }
+  requests_ += std::max(http_.requests(), 1);
+  if (requests_ > mostRestarts) refuseAgain();
+  again_ = true;
   return StartAgain;
+}
+
+void CHttp::Transfer::refuseAgain() const {
+  raise(Kind::Redirection, tovin::format(L"The request to %hs was to be sent again more than %d times",
+                                         target_.url.c_str(), mostRestarts));
+}
+
+HttpTarget CHttp::Transfer::redirectedTarget() const {
+  try {
+    return HttpTarget::parse(tovin::utf8ToWide(http_.redirection()).c_str());
+  } catch (const tovin::MemoryException&) {
+    throw;
+  } catch (const tovin::Exception& e) {
+    raise(Kind::Redirection, e.getMessage());
+  }
 }
 
 // Credentials are for the server they were given for.
 CHttp::ResponseResult CHttp::Transfer::followRedirection() {
-  HttpTarget next = HttpTarget::parse(tovin::utf8ToWide(http_.redirection()).c_str());
+  HttpTarget next = redirectedTarget();
   if (target_.isSecure() && !next.isSecure()) {
-    throw tovin::Exception(L"The server redirects from HTTPS to %hs", next.url);
+    raise(Kind::Redirection, tovin::format(L"The server redirects from HTTPS to %hs", next.url.c_str()));
   }
   const bool sameServer = next.origin() == target_.origin();
-  next.user = sameServer ? target_.user : std::string();
-  next.password = sameServer ? target_.password : std::string();
+  next.user = sameServer ? target_.user : tovin::SecretString<char>();
+  next.password = sameServer ? target_.password : tovin::SecretString<char>();
   if (!sameServer) authentication_ = CURLAUTH_NONE;
-  target_ = next;
+  target_ = std::move(next);
   return startAgain();
 }
 
-void CHttp::Transfer::refuse() const {
-  throw tovin::Exception(L"The server answered %ld%hs", http_.status(), http_.reason());
+void CHttp::Transfer::raise(Kind kind, const std::wstring& message) const {
+  const bool cut = http_.failure() && kind != Kind::Status;
+  throw CHttpException({kind, http_.status(), cut ? static_cast<int>(http_.failureCode()) : 0}, message);
 }
 
 CHttp::CHttp(int connections) {
@@ -201,6 +284,10 @@ CHttp::~CHttp() = default;
 void CHttp::SetTimeouts(unsigned connecting, unsigned sending) {
   transfer_->connectTimeout = connecting;
   transfer_->sendTimeout = sending;
+}
+
+void CHttp::SetWatch(std::function<bool()> watch) {
+  guarded({ClassName, "SetWatch"}, [&] { transfer_->setWatch(std::move(watch)); });
 }
 
 CHttp::ResponseResult CHttp::OpenConnect(const wchar_t* url, int verb, int64_t size, int formDataType) {

@@ -1,9 +1,11 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <memory>
 
 #include "tovin/BaseString.h"
+#include "ztcore/CHttpException.h"
 #include "ztcore/Export.h"
 
 /// Posts a multipart form (RFC 7578) over HTTP or HTTPS, pushing: the caller hands over each piece when it
@@ -19,10 +21,11 @@
 ///
 /// - Results: Success; StartAgain when the whole request is to be sent anew, beginning with OpenConnect:
 ///   after a redirection that keeps the method (307, 308), a 401 that the user and password in the URL answer
-///   (Basic, and but for Windows Digest), or when a kept connection died before any answer. Any call of a
-///   request may give it.
-/// - Errors: every failure is an exception that tells what the server answered or what went wrong: an answer
-///   that is no success, a connection that fails or dies, TLS, time-outs, more than 5 new starts.
+///   (Basic, and but for Windows Digest), a 407 of a proxy likewise, a 417, or when a kept connection died
+///   before any answer. Any call of a request may give it. What a request was told on its way is forgotten
+///   with it: the next one goes to its own URL.
+/// - Errors: every failure is a CHttpException: an answer that is no success or ends in its head, a
+///   connection that fails or dies, TLS, time-outs, more than 5 requests behind the first one.
 /// - TLS: certificates and host names are verified against the system's authorities, or those in the file
 ///   that the environment variable SSL_CERT_FILE names. A redirection never leads from HTTPS to HTTP.
 /// - Proxies: those of the environment variables http_proxy, https_proxy and no_proxy, with the user and
@@ -48,6 +51,8 @@ class ZTCORE_API CHttp {
   /// How long connecting may take, and how long the server may refuse to take further data; 30 s each at
   /// first.
   void SetTimeouts(unsigned connecting, unsigned sending);
+  /// \param watch asked five times a second while a call waits; false gives the request up, as Cancelled.
+  void SetWatch(std::function<bool()> watch);
 
   /// Begins a request; gives up one that is under way.
   ResponseResult OpenConnect(const wchar_t* url, int verb, int64_t size, int formDataType);
@@ -58,7 +63,8 @@ class ZTCORE_API CHttp {
   ResponseResult AppendData(const void* bytes, size_t count);
   ResponseResult EndPostSection();
   /// Waits for the answer.
-  /// \param timeout how long the server may take to begin it, and between two parts of it.
+  /// \param timeout how long the server may take for its head, and as long again for the rest: an answer
+  /// whose body goes on after that counts as it is.
   ResponseResult CheckResponseHeader(unsigned timeout);
   /// The body of the last answer, at most 1 MiB of it; UTF-8, or 8-bit text where it is no UTF-8.
   ResponseResult GetErrorMessageBody(tovin::WideString& body) const;

@@ -1,6 +1,9 @@
 #pragma once
 
 #include <string>
+#include <string_view>
+
+#include "tovin/SecretString.h"
 
 // Where a request goes: a URL without credentials, and those that it was given with.
 struct HttpTarget {
@@ -10,8 +13,13 @@ struct HttpTarget {
   // Scheme, host and port.
   std::string origin() const { return url.substr(0, url.find('/', url.find("//") + 2)); }
   bool isSecure() const { return url.starts_with("https:"); }
+  bool hasCredentials() const { return !user.text().isEmpty() || !password.text().isEmpty(); }
 
   std::string url;
-  std::string user;
-  std::string password;
+  tovin::SecretString<char> user;
+  tovin::SecretString<char> password;
 };
+
+// A text that may have a URL in it, for a message: all that may be a user and a password is taken out of it,
+// rather too much than too little.
+std::wstring withoutUserInfo(std::wstring_view text);

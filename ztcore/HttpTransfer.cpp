@@ -7,11 +7,16 @@
 #include "tovinCore/Exception.h"
 #include "tovinCore/Utf8.h"
 #include "tovinCore/platform/Environment.h"
+#include "tovinCore/platform/PipeSignal.h"
+
+using tovin::platform::PipeSignalBlock;
 
 namespace {
 
 constexpr size_t smallPiece = 16 << 10;
 constexpr size_t longestBody = size_t{1} << 20;
+// So often a wait is looked up from.
+constexpr std::chrono::milliseconds watchEvery(200);
 
 void startCurl() {
   static const CURLcode started = curl_global_init(CURL_GLOBAL_DEFAULT);
@@ -42,6 +47,14 @@ void set(CURL* easy, CURLoption option, Value value) {
     throw tovin::Exception(L"Unable to set up the request: %hs", curl_easy_strerror(code));
 }
 
+const char* orEmpty(const tovin::SecretString<char>& text) {
+  return text.text().isNull() ? "" : text.text().c_str();
+}
+
+[[noreturn]] void raiseTimeOut(const wchar_t* pattern, unsigned timeout) {
+  throw CHttpException({CHttpException::Kind::TimeOut}, tovin::format(pattern, timeout));
+}
+
 }  // namespace
 
 HttpTransfer::HttpTransfer(int connections)
@@ -52,13 +65,23 @@ HttpTransfer::HttpTransfer(int connections)
   curl_multi_setopt(multi_.get(), CURLMOPT_MAXCONNECTS, static_cast<long>(std::max(connections, 1)));
 }
 
-HttpTransfer::~HttpTransfer() { close(); }
+// Connections that were kept take leave of their servers.
+HttpTransfer::~HttpTransfer() {
+  const PipeSignalBlock quiet;
+  close();
+  easy_.reset();
+  multi_.reset();
+}
 
 void HttpTransfer::open(const Request& request) {
+  const PipeSignalBlock quiet;
   close();
   over_ = lost_ = paused_ = connected_ = bodyEnded_ = bodyFull_ = headComplete_ = false;
+  expecting_ = request.afterContinue;
+  requests_ = 0;
+  mostRequests_ = request.mostRequests;
   code_ = CURLE_OK;
-  waiting_.clear();
+  dropWaiting();
   pendingCount_ = 0;
   taken_ = 0;
   status_ = 0;
@@ -71,6 +94,7 @@ void HttpTransfer::open(const Request& request) {
 }
 
 void HttpTransfer::close() noexcept {
+  const PipeSignalBlock quiet;
   if (open_ && !over_) curl_multi_remove_handle(multi_.get(), easy_.get());
   open_ = false;
 }
@@ -82,6 +106,9 @@ void HttpTransfer::setOptions(const Request& request) {
   set(easy, CURLOPT_PROTOCOLS_STR, "http,https");
   set(easy, CURLOPT_HTTP_VERSION, static_cast<long>(CURL_HTTP_VERSION_1_1));
   set(easy, CURLOPT_USERAGENT, "ztbaseclient");
+  set(easy, CURLOPT_NOSIGNAL, 1L);
+  // What a proxy says before the request is under way is no answer to it.
+  set(easy, CURLOPT_SUPPRESS_CONNECT_HEADERS, 1L);
   set(easy, CURLOPT_ERRORBUFFER, errorText_);
   set(easy, CURLOPT_CONNECTTIMEOUT_MS, static_cast<long>(request.connectTimeout));
   set(easy, CURLOPT_POST, 1L);
@@ -97,12 +124,22 @@ void HttpTransfer::setOptions(const Request& request) {
   set(easy, CURLOPT_WRITEDATA, this);
   const std::string authorities = tovin::wideToUtf8(tovin::platform::environmentVariable("SSL_CERT_FILE"));
   if (!authorities.empty()) set(easy, CURLOPT_CAINFO, authorities.c_str());
+  setAuthentication(request);
+  setHeaders(request);
+}
+
+// To a tunnel through the proxy curl answers the proxy's challenge before the request begins.
+void HttpTransfer::setAuthentication(const Request& request) {
+  CURL* easy = easy_.get();
   if (request.authentication != CURLAUTH_NONE) {
     set(easy, CURLOPT_HTTPAUTH, request.authentication);
-    set(easy, CURLOPT_USERNAME, request.target.user.c_str());
-    set(easy, CURLOPT_PASSWORD, request.target.password.c_str());
+    set(easy, CURLOPT_USERNAME, orEmpty(request.target.user));
+    set(easy, CURLOPT_PASSWORD, orEmpty(request.target.password));
   }
-  setHeaders(request);
+  if (request.proxyAuthentication != CURLAUTH_NONE)
+    set(easy, CURLOPT_PROXYAUTH, request.proxyAuthentication);
+  else if (request.target.isSecure() && computesDigest())
+    set(easy, CURLOPT_PROXYAUTH, CURLAUTH_BASIC | CURLAUTH_DIGEST);
 }
 
 void HttpTransfer::setHeaders(const Request& request) {
@@ -140,7 +177,8 @@ int HttpTransfer::onConnected(void* self, char*, char*, int, int) {
   auto* transfer = static_cast<HttpTransfer*>(self);
   transfer->connected_ = true;
   transfer->lost_ = transfer->taken_ > 0;
-  return transfer->lost_ ? CURL_PREREQFUNC_ABORT : CURL_PREREQFUNC_OK;
+  ++transfer->requests_;
+  return transfer->lost_ || transfer->sentTooMany() ? CURL_PREREQFUNC_ABORT : CURL_PREREQFUNC_OK;
 }
 
 int HttpTransfer::onRewind(void* self, curl_off_t, int) {
@@ -156,12 +194,17 @@ size_t HttpTransfer::onHeader(char* line, size_t one, size_t count, void* self) 
 
 // A status line ("HTTP/1.1 403 Forbidden") begins an answer, an empty line ends its head; "100 Continue"
 // comes before the real one, and so does the challenge that curl, for Digest, asks for with an empty request.
+// Curl itself would meet a refused expectation with the same expectation, for ever: false gives up.
 bool HttpTransfer::takeHeader(std::string_view line) {
   while (!line.empty() && (line.back() == '\n' || line.back() == '\r')) line.remove_suffix(1);
-  if (line.empty()) headComplete_ = status_ >= 200;
+  if (line.empty()) {
+    headComplete_ = status_ >= 200;
+    return !refusedExpectation();
+  }
   const size_t blank = line.find(' ');
   if (!line.starts_with("HTTP/") || blank == std::string_view::npos) return true;
   line.remove_prefix(blank + 1);
+  status_ = 0;
   std::from_chars(line.data(), line.data() + line.size(), status_);
   reason_ = line.substr(std::min(line.find(' '), line.size()));
   body_.clear();
@@ -182,7 +225,7 @@ size_t HttpTransfer::takeBody(std::string_view bytes) {
 
 void HttpTransfer::push(const char* bytes, size_t count, unsigned timeout) {
   if (waiting_.size() + count <= smallPiece) {
-    waiting_.append(bytes, count);
+    waiting_.insert(waiting_.end(), bytes, bytes + count);
     return;
   }
   flush(timeout);
@@ -190,11 +233,17 @@ void HttpTransfer::push(const char* bytes, size_t count, unsigned timeout) {
 }
 
 void HttpTransfer::flush(unsigned timeout) {
-  handOver(waiting_.data(), waiting_.size(), timeout);
+  handOver(reinterpret_cast<const char*>(waiting_.data()), waiting_.size(), timeout);
+  dropWaiting();
+}
+
+void HttpTransfer::dropWaiting() noexcept {
+  tovin::wipe(waiting_.data(), waiting_.size());
   waiting_.clear();
 }
 
 void HttpTransfer::endBody(unsigned timeout) {
+  const PipeSignalBlock quiet;
   flush(timeout);
   bodyEnded_ = true;
   if (!over_ && paused_) curl_easy_pause(easy_.get(), CURLPAUSE_CONT);
@@ -204,6 +253,7 @@ void HttpTransfer::endBody(unsigned timeout) {
 // The time-out runs while connected: before that, curl watches the time.
 void HttpTransfer::handOver(const char* bytes, size_t count, unsigned timeout) {
   if (over_ || count == 0) return;
+  const PipeSignalBlock quiet;
   pending_ = bytes;
   pendingCount_ = count;
   if (paused_) curl_easy_pause(easy_.get(), CURLPAUSE_CONT);
@@ -214,12 +264,13 @@ void HttpTransfer::handOver(const char* bytes, size_t count, unsigned timeout) {
     work();
     if (over_ || pendingCount_ == 0) return;
     if (pendingCount_ < before || !connected_) deadline = Clock::now() + patience;
-    if (Clock::now() >= deadline) throw tovin::Exception(L"The server took no data for %u ms", timeout);
+    if (Clock::now() >= deadline) raiseTimeOut(L"The server took no data for %u ms", timeout);
     waitUntil(deadline);
   }
 }
 
 void HttpTransfer::awaitAnswer(unsigned timeout) {
+  const PipeSignalBlock quiet;
   const std::chrono::milliseconds patience(timeout);
   auto deadline = Clock::now() + patience;
   for (bool begun = false;;) {
@@ -230,7 +281,7 @@ void HttpTransfer::awaitAnswer(unsigned timeout) {
     if (Clock::now() >= deadline) break;
     waitUntil(deadline);
   }
-  if (!headComplete_) throw tovin::Exception(L"The server did not answer within %u ms", timeout);
+  if (!headComplete_) raiseTimeOut(L"The server did not answer within %u ms", timeout);
   finish(CURLE_OK);  // what is missing of the body is too late
 }
 
@@ -244,8 +295,11 @@ void HttpTransfer::work() {
 
 void HttpTransfer::waitUntil(Clock::time_point deadline) {
   const auto left = std::chrono::ceil<std::chrono::milliseconds>(deadline - Clock::now()).count();
-  const auto wait = std::clamp<long long>(left, 0, 1000);
+  const auto wait = std::clamp<long long>(left, 0, watchEvery.count());
   curl_multi_poll(multi_.get(), nullptr, 0, static_cast<int>(wait), nullptr);
+  if (!watch_ || Clock::now() - watched_ < watchEvery) return;
+  watched_ = Clock::now();
+  if (!watch_()) throw CHttpException({CHttpException::Kind::Cancelled}, L"The request was cancelled");
 }
 
 void HttpTransfer::finish(CURLcode code) {
@@ -273,9 +327,9 @@ std::string HttpTransfer::redirection() const {
   return url ? url : std::string();
 }
 
-unsigned long HttpTransfer::challenge() const {
+unsigned long HttpTransfer::bestOffer(CURLINFO offers) const {
   long offered = 0;
-  curl_easy_getinfo(easy_.get(), CURLINFO_HTTPAUTH_AVAIL, &offered);
+  curl_easy_getinfo(easy_.get(), offers, &offered);
   if ((static_cast<unsigned long>(offered) & CURLAUTH_DIGEST) != 0 && computesDigest())
     return CURLAUTH_DIGEST;
   return static_cast<unsigned long>(offered) & CURLAUTH_BASIC;

@@ -4,9 +4,11 @@
 
 #include <chrono>
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <string>
 
+#include "ztcore/CHttpException.h"
 #include "ztcore/HttpTarget.h"
 
 // One POST at a time on libcurl's multi interface, turned round: curl asks for the body through a callback,
@@ -20,9 +22,13 @@ class HttpTransfer {
     HttpTarget target;
     // How the credentials of the target go along: a CURLAUTH_ bit, or CURLAUTH_NONE.
     unsigned long authentication;
+    // The same for those of a proxy; CURLAUTH_NONE leaves it to curl, which sends them as Basic.
+    unsigned long proxyAuthentication;
     std::string contentType;
     bool afterContinue;
     unsigned connectTimeout;
+    // Curl sends some by itself, for Digest and on kept connections that are dead.
+    int mostRequests;
   };
 
   explicit HttpTransfer(int connections);
@@ -41,6 +47,8 @@ class HttpTransfer {
   // Returns when the request is over, at the latest one time-out behind the answer's head: what is missing of
   // its body then is left out. Raises "The server did not answer within %u ms".
   void awaitAnswer(unsigned timeout);
+  // Asked while one of them waits; false raises "The request was cancelled".
+  void setWatch(std::function<bool()> watch) { watch_ = std::move(watch); }
 
   bool isOpen() const noexcept { return open_; }
   bool isOver() const noexcept { return over_; }
@@ -49,8 +57,16 @@ class HttpTransfer {
   bool diedUnanswered() const noexcept;
   // Curl took the whole body.
   bool isComplete() const noexcept { return bodyEnded_ && pendingCount_ == 0 && waiting_.empty(); }
+  // The server wants the body without being asked for its consent first.
+  bool refusedExpectation() const noexcept { return expecting_ && headComplete_ && status_ == 417; }
+  // Curl was to send more requests than were allowed.
+  bool sentTooMany() const noexcept { return requests_ > mostRequests_; }
+  int requests() const noexcept { return requests_; }
   // Null when nothing failed.
   const char* failure() const noexcept;
+  CURLcode failureCode() const noexcept { return code_; }
+
+  bool hasWholeHead() const noexcept { return headComplete_; }
 
   // 0 without an answer.
   long status() const noexcept { return status_; }
@@ -59,7 +75,8 @@ class HttpTransfer {
   // Empty unless the answer redirects.
   std::string redirection() const;
   // What the answer's challenge takes: the best of Digest and Basic, or CURLAUTH_NONE.
-  unsigned long challenge() const;
+  unsigned long challenge() const { return bestOffer(CURLINFO_HTTPAUTH_AVAIL); }
+  unsigned long proxyChallenge() const { return bestOffer(CURLINFO_PROXYAUTH_AVAIL); }
 
  private:
   using Clock = std::chrono::steady_clock;
@@ -71,14 +88,17 @@ class HttpTransfer {
   static int onRewind(void* self, curl_off_t, int);
 
   void setOptions(const Request& request);
+  void setAuthentication(const Request& request);
   void setHeaders(const Request& request);
   size_t give(char* out, size_t room);
   bool takeHeader(std::string_view line);
   size_t takeBody(std::string_view bytes);
   void handOver(const char* bytes, size_t count, unsigned timeout);
   void flush(unsigned timeout);
+  void dropWaiting() noexcept;
   void work();
   void waitUntil(Clock::time_point deadline);
+  unsigned long bestOffer(CURLINFO offers) const;
   void finish(CURLcode code);
 
   std::unique_ptr<CURLM, decltype(&curl_multi_cleanup)> multi_;
@@ -94,10 +114,15 @@ class HttpTransfer {
   bool bodyEnded_ = false;
   bool bodyFull_ = false;
   bool headComplete_ = false;
+  bool expecting_ = false;
+  int requests_ = 0;
+  int mostRequests_ = 0;
   CURLcode code_ = CURLE_OK;
+  std::function<bool()> watch_;
+  Clock::time_point watched_{};
 
-  // Small pieces, gathered; then the piece that curl is being given.
-  std::string waiting_;
+  // Small pieces, gathered: a session id is among them. Then the piece that curl is being given.
+  tovin::SecretBytes waiting_;
   const char* pending_ = nullptr;
   size_t pendingCount_ = 0;
   uint64_t taken_ = 0;

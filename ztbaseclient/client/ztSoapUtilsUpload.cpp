@@ -1,8 +1,10 @@
+#include <exception>
 #include <optional>
 #include <vector>
 
 #include "tovinCore/Exception.h"
 #include "tovinCore/Utf8.h"
+#include "tovinCore/Wipe.h"
 #include "ztbaseclient/client/ErrorPage.h"
 #include "ztbaseclient/client/ztSoapUtils.h"
 #include "ztcore/CHttp.h"
@@ -31,11 +33,18 @@ struct Form {
 class Upload {
  public:
   Upload(CHttp& http, const Form& form)
-      : http_(http), form_(form), compress_(1, true), piece_(bufferSize), packed_(bufferSize) {}
+      : http_(http), form_(form), compress_(1, true), piece_(bufferSize), packed_(bufferSize) {
+    if (form_.progress) http_.SetWatch([this] { return report(); });
+  }
 
   void run() {
     do attempt();
     while (result_ == CHttp::StartAgain);
+  }
+
+  // What the progress function threw: it ended the upload, and is no failure of it.
+  void rethrowThrown() const {
+    if (thrown_) std::rethrow_exception(thrown_);
   }
 
  private:
@@ -56,8 +65,11 @@ class Upload {
   }
 
   bool sendField(const char* name, const wchar_t* value) {
+    const std::wstring_view text(value ? value : L"");
+    tovin::SecretBytes bytes(tovin::utf8Length(text));  // a session id is as good as a password
+    tovin::wideToUtf8(text, reinterpret_cast<char*>(bytes.data()));
     return succeeded(http_.AddPostSection(name, nullptr, nullptr, nullptr)) &&
-           append(tovin::wideToUtf8(value).append(lineEnd));
+           succeeded(http_.AppendData(bytes.data(), bytes.size())) && append(lineEnd);
   }
 
   bool append(std::string_view bytes) { return succeeded(http_.AppendData(bytes.data(), bytes.size())); }
@@ -75,14 +87,25 @@ class Upload {
   }
 
   bool sendPieces(ztFile& file) {
-    const auto length = static_cast<uint64_t>(file.GetLength());
-    uint64_t done = 0;
+    length_ = static_cast<uint64_t>(file.GetLength());
+    done_ = 0;
     while (const unsigned count = file.Read(piece_.data(), bufferSize)) {
       if (!sendPacked(count)) return false;
-      done += count;
-      if (form_.progress) form_.progress(done, length);
+      done_ += count;
+      if (form_.progress && !report()) {
+        throw CHttpException({CHttpException::Kind::Cancelled}, L"The request was cancelled");
+      }
     }
     return true;
+  }
+
+  bool report() noexcept {
+    try {
+      return form_.progress(done_, length_);
+    } catch (...) {
+      thrown_ = std::current_exception();
+      return false;
+    }
   }
 
   // Compresses so many bytes of the piece, none for the end of the stream, and appends what comes of it.
@@ -97,12 +120,26 @@ class Upload {
   }
 
   CHttp& http_;
-  const Form& form_;
+  const Form form_;
   ztCompress compress_;
   std::vector<unsigned char> piece_;
   std::vector<unsigned char> packed_;
+  uint64_t done_ = 0;
+  uint64_t length_ = 0;
+  std::exception_ptr thrown_;
   CHttp::ResponseResult result_ = CHttp::StartAgain;
 };
+
+// The reason that the server gives takes the place of the message; what kind of failure it was stays.
+[[noreturn]] void rethrowWithReason(const tovin::Exception& failure, const wchar_t* filePath,
+                                    const tovin::WideString& reason) {
+  if (reason.isEmpty()) throw;
+  const std::wstring message = tovin::format(L"Unable to upload %ls: %ls", filePath, reason);
+  if (const auto* http = dynamic_cast<const CHttpException*>(&failure)) {
+    throw CHttpException(http->getOutcome(), message);
+  }
+  throw tovin::Exception(message.c_str());
+}
 
 }  // namespace
 
@@ -110,16 +147,18 @@ void ztSoapUtils::UploadViaCGI(const wchar_t* filePath, const wchar_t* fileName,
                                const wchar_t* sessionId, bool flag, const wchar_t* url,
                                const UploadProgress& progress) {
   std::optional<CHttp> http;
+  std::optional<Upload> upload;
   try {
     http.emplace(1);
     const int64_t size = flag ? CHttp::Chunked : CHttp::ChunkedAfterContinue;
-    Upload(*http, {filePath, fileName, jobId, sessionId, size, url, progress}).run();
+    upload.emplace(*http, Form{filePath, fileName, jobId, sessionId, size, url, progress});
+    upload->run();
   } catch (tovin::Exception& e) {
+    if (upload) upload->rethrowThrown();
     e.appendMessage(tovin::format(L"%ls::UploadViaCGI: Corvanta exception caught", ClassName));
     tovin::WideString reason;
     if (http) GetUploadCgiError(*http, reason);
-    if (!reason.isEmpty()) throw tovin::Exception(L"Unable to upload %ls: %ls", filePath, reason);
-    throw;
+    rethrowWithReason(e, filePath, reason);
   } catch (...) {
     throw tovin::Exception(L"%ls::UploadViaCGI: Severe error caught", ClassName);
   }
