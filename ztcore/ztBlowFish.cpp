@@ -109,11 +109,12 @@ void Cipher::expand() {
 template <size_t count>
 void Cipher::crypt(Block (&blocks)[count], const Subkeys& subkeys) const noexcept {
   for (size_t round = 0; round < rounds; round += 2) {
-    for (Block& block : blocks) {
-      block.left ^= subkeys[round];
-      block.right ^= mixed(block.left) ^ subkeys[round + 1];
-      block.left ^= mixed(block.right);
-    }
+#pragma GCC unroll 4
+    for (size_t i = 0; i < count; ++i) blocks[i].left ^= subkeys[round];
+#pragma GCC unroll 4
+    for (size_t i = 0; i < count; ++i) blocks[i].right ^= mixed(blocks[i].left) ^ subkeys[round + 1];
+#pragma GCC unroll 4
+    for (size_t i = 0; i < count; ++i) blocks[i].left ^= mixed(blocks[i].right);
   }
   for (Block& block : blocks) block = {block.right ^ subkeys[rounds + 1], block.left ^ subkeys[rounds]};
 }

@@ -22,6 +22,8 @@ bool ztStringReader::GetLine(tovin::WideString& line) {
 bool ztStringReader::getFileLine(tovin::WideString& line) {
   std::string_view text;
   size_t length = 0;
+  wasTooLong_ = false;
+  if (inLongLine_) passLongLine();
   if (!findLine(text, length)) {
     position_ = std::max(position_, file_->GetPosition());  // behind a mark without text
     return false;
@@ -49,11 +51,29 @@ bool ztStringReader::findLine(std::string_view& text, size_t& length) {
     searched -= searched % 2;  // half a unit is looked at again
   } while (end == lines::none && searched <= lines::maxBytes && file_->Fill());
   text = file_->GetWindow().substr(0, end);
-  if (text.size() > lines::maxBytes) lines::refuseLong(file_->GetName(), file_->GetPosition());
+  if (text.size() > lines::maxBytes) {
+    const int64_t begin = file_->GetPosition();
+    passLongLine();
+    wasTooLong_ = true;
+    lines::refuseLong(file_->GetName(), begin);
+  }
   hadLineEnd_ = end != lines::none;
   length = text.size() + (!hadLineEnd_ ? 0 : file_->Is16Bit() ? 2 : 1);
   if (hadLineEnd_) lines::dropReturn(text, file_->GetEncoding());
   return length > 0;
+}
+
+// The rest of one whose end is not written yet is passed over when it is.
+void ztStringReader::passLongLine() {
+  inLongLine_ = true;
+  do {
+    const std::string_view window = file_->GetWindow();
+    const size_t end = lines::findLineFeed(window, 0, file_->GetEncoding());
+    const size_t unit = file_->Is16Bit() ? 2 : 1;
+    inLongLine_ = end == lines::none;
+    file_->Consume(inLongLine_ ? window.size() / unit * unit : end + unit);
+    position_ = file_->GetPosition();
+  } while (inLongLine_ && file_->Fill());
 }
 
 bool ztStringReader::getMemoryLine(tovin::WideString& line) {
@@ -72,12 +92,13 @@ bool ztStringReader::getMemoryLine(tovin::WideString& line) {
 void ztStringReader::Seek(int64_t position) {
   if (position < 0) throw tovin::Exception(L"Position %d lies before the beginning", position);
   position_ = position;
+  inLongLine_ = false;
   if (file_) file_->Seek(position);
 }
 
 int64_t ztStringReader::SkipEqualLines(ztStringReader& a, ztStringReader& b,
                                        const std::function<void(int64_t)>& watch) {
-  if (!a.file_ || !b.file_) return 0;
+  if (!a.file_ || !b.file_ || a.inLongLine_ || b.inLongLine_) return 0;
   const int64_t count = ztLineSkipper(*a.file_, *b.file_, watch).skip();
   if (count == 0) return 0;
   a.position_ = a.file_->GetPosition();
@@ -87,6 +108,7 @@ int64_t ztStringReader::SkipEqualLines(ztStringReader& a, ztStringReader& b,
 
 void ztStringReader::SkipLinesWithout(std::string_view text) {
   if (!file_ || file_->Is16Bit()) return;
+  if (inLongLine_) passLongLine();
   bool more = true;
   while (more) {
     const std::string_view window = file_->GetWindow();

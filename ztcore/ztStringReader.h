@@ -20,7 +20,7 @@ class ztMemoryStringFile;
 /// - Broken text: a byte that belongs to no character is U+DC00 plus the byte, so that different bytes stay
 ///   different.
 /// - Memory: a line has up to 16 MiB in the file, at most four times as much as wide text; a longer one is
-///   refused with "Line at byte %d of file %ls is longer than %d bytes".
+///   refused, once, with "Line at byte %d of file %ls is longer than %d bytes", and passed over.
 /// - Growth: what is written behind the last line given is found by the next GetLine. A line without an end
 ///   is given as it stands; to have it whole later, seek back to where it began.
 /// - Ownership: owns the open file; borrows a text in memory.
@@ -36,6 +36,8 @@ class ZTCORE_API ztStringReader {
   bool GetLine(tovin::WideString& line);
   /// Whether the last line given had an end of its own.
   bool HadLineEnd() const noexcept { return hadLineEnd_; }
+  /// Whether the last GetLine refused a line: the position is behind what there is of it.
+  bool WasTooLong() const noexcept { return wasTooLong_; }
   int64_t GetPosition() const noexcept { return position_; }
   /// From the start; a place behind the end is allowed and has no lines.
   void Seek(int64_t position);
@@ -57,9 +59,12 @@ class ZTCORE_API ztStringReader {
   bool getMemoryLine(tovin::WideString& line);
   ztFile::Encoding encodingOf(std::string_view text);
   bool findLine(std::string_view& text, size_t& length);
+  void passLongLine();
 
   std::unique_ptr<ztFastReadFile> file_;
   const ztMemoryStringFile* memory_ = nullptr;
   int64_t position_ = 0;
   bool hadLineEnd_ = true;
+  bool inLongLine_ = false;
+  bool wasTooLong_ = false;
 };

@@ -125,6 +125,16 @@ TEST_F(Lines, ALineWithoutEndIsRefusedWhenItGrowsTooLong) {
   const std::wstring other = file("other", "x\n" + std::string((1 << 24) + (1 << 20), 'y') + "z");
   ztStringReader a(name.c_str()), b(other.c_str());
   EXPECT_ANY_THROW(ztStringReader::SkipEqualLines(a, b));
+  // Told once; what its writer adds to it is no line either.
+  EXPECT_TRUE(reader.WasTooLong());
+  EXPECT_EQ(rest(reader), L"");
+  folder_.append("long", std::string(1 << 24, 'y') + "\nnext\n");
+  EXPECT_EQ(rest(reader), L"[next\n]");
+  EXPECT_FALSE(reader.WasTooLong());
+  const std::wstring wide = file("wide", "\xFF\xFE" + utf16(std::wstring((1 << 23) + 1, L'y') + L"\nz\n"));
+  ztStringReader units(wide.c_str());
+  EXPECT_ANY_THROW(rest(units));
+  EXPECT_EQ(rest(units), L"[z\n]");
 }
 
 TEST_F(Lines, WhatCannotBeOpenedIsNamed) {

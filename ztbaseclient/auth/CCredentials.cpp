@@ -118,6 +118,7 @@ void CCredentials::SetAsUtilityCredentials() {
 void CCredentials::Clear() {
   guarded({ClassName, "Clear"}, [&] {
     tovin::wipe(buffer_.data(), buffer_.size());
+    isBodyRead_ = false;
     header_ = Header();
     body_ = Body();
     roles_.Clear();

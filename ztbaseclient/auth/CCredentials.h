@@ -18,7 +18,7 @@
 ///     credentials.GenerateCredentialsString(text);
 ///
 ///     CCredentials received(text);          // the clear header only
-///     if (received.VerifyChecksum()) …      // now: DecryptBody overwrites what the checksum is of
+///     if (received.VerifyChecksum()) …      // now: DecryptBody wipes what the checksum is of
 ///     received.DecryptBody();               // the rest
 ///
 /// The string is obfuscation, not encryption: its key is part of this library, so whoever sees the string has
@@ -110,6 +110,7 @@ class ZTBASECLIENT_API CCredentials : public tovin::FrameworkClass<CCredentials,
   void GenerateCredentialsString(tovin::WideString& out);
   /// Clears the record and reads the header; the body stays enciphered.
   void SetCredentialsString(const wchar_t* text);
+  /// Once: after it a further call changes nothing.
   void DecryptBody();
   /// Of the enciphered body: true after GenerateCredentialsString and for an undamaged string, until
   /// DecryptBody.
@@ -182,12 +183,14 @@ class ZTBASECLIENT_API CCredentials : public tovin::FrameworkClass<CCredentials,
   size_t AppendBitsetValue(size_t position, const tovin::BitsetValue& bits);
   static size_t AssignBitsetValue(tovin::BitsetValue& bits, Bytes source);
   void requireRoom() const;
+  void encodeBuffer();
   int16_t DoEncryption();
-  size_t DoDecryption();
+  tovin::SecretBytes DoDecryption() const;
 
-  // The header and behind it the body: enciphered, or clear in the midst of GenerateCredentialsString and
+  // The header and behind it the body: enciphered, clear in the midst of GenerateCredentialsString, wiped
   // after DecryptBody.
   tovin::SecretBytes buffer_;
+  bool isBodyRead_ = false;
   Header header_;
   Body body_;
   CAuthRoles roles_;

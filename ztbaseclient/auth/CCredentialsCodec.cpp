@@ -200,17 +200,14 @@ int16_t CCredentials::DoEncryption() {
   });
 }
 
-// Returns the length of the clear body, which then lies where its longer cipher lay; the buffer keeps its
-// size.
-size_t CCredentials::DoDecryption() {
+tovin::SecretBytes CCredentials::DoDecryption() const {
   return guarded({ClassName, "DoDecryption"}, [&] {
     const std::optional<Bytes> section = encryptedSection();
     if (!section) throw tovin::Exception(L"Decrypt failed");
     tovin::SecretBytes clear;
     credentialscipher::decipher(
         tovin::Array<unsigned char>(std::vector<unsigned char>(section->begin(), section->end())), clear);
-    std::copy(clear.begin(), clear.end(), bodyAt(0));
-    return clear.size();
+    return clear;
   });
 }
 
@@ -229,8 +226,8 @@ bool CCredentials::VerifyChecksum() const noexcept {
 
 // The length field has 16 bits and a sign. Looked at first, so that a refused record is as it was.
 void CCredentials::requireRoom() const {
-  const size_t roles = hasOldFormat() ? GetNumBitsLength(roles_) + GetNumBytes(roles_) : 0;
-  const size_t clear = CalcClearBodyLen() + roles;
+  size_t clear = in_body::texts + textCount + GetNumBitsLength(roles_) + GetNumBytes(roles_);
+  for (const Text& text : body_.texts) clear += tovin::utf8Length(text.text().view());
   const size_t enciphered = credentialscipher::encipheredLength(clear);
   if (enciphered > INT16_MAX)
     throw tovin::Exception(L"Credentials of %d enciphered bytes are too long", enciphered);
@@ -239,16 +236,29 @@ void CCredentials::requireRoom() const {
 void CCredentials::GenerateCredentialsString(tovin::WideString& out) {
   guarded({ClassName, "GenerateCredentialsString"}, [&] {
     requireRoom();
-    header_.formatVersion = currentFormat;
-    tovin::wipe(buffer_.data(), buffer_.size());  // what a shorter body would leave behind it
-    buffer_.assign(in_header::end + CalcClearBodyLen(), 0);
-    writeBody();
-    header_.encryptedLength = DoEncryption();
-    header_.quickChecksum = CalcChecksum(bodyAt(0), buffer_.size() - in_header::end);
-    writeHeader();
-    out.setLength(base64::encodedLength(buffer_.size()));
+    const Header headerBefore = header_;
+    tovin::SecretBytes bufferBefore;
+    bufferBefore.swap(buffer_);
+    try {
+      encodeBuffer();
+      out.setLength(base64::encodedLength(buffer_.size()));
+    } catch (...) {
+      buffer_.swap(bufferBefore);
+      header_ = headerBefore;
+      throw;
+    }
+    isBodyRead_ = false;
     base64::encode(buffer_.data(), buffer_.size(), out.data());
   });
+}
+
+void CCredentials::encodeBuffer() {
+  header_.formatVersion = currentFormat;
+  buffer_.assign(in_header::end + CalcClearBodyLen(), 0);
+  writeBody();
+  header_.encryptedLength = DoEncryption();
+  header_.quickChecksum = CalcChecksum(bodyAt(0), buffer_.size() - in_header::end);
+  writeHeader();
 }
 
 void CCredentials::SetCredentialsString(const wchar_t* text) {
@@ -266,10 +276,15 @@ void CCredentials::SetCredentialsString(const wchar_t* text) {
   });
 }
 
+// What was read gives up its place in the buffer, which keeps its size: its checksum is no longer right, and
+// there is nothing left to decipher.
 void CCredentials::DecryptBody() {
   guarded({ClassName, "DecryptBody"}, [&] {
-    const size_t length = DoDecryption();
-    readBody({bodyAt(0), length});
+    if (isBodyRead_) return;
+    const tovin::SecretBytes clear = DoDecryption();
+    readBody(clear);
+    tovin::wipe(bodyAt(0), clear.size());
+    isBodyRead_ = true;
   });
 }
 

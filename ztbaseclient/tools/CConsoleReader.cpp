@@ -116,8 +116,13 @@ bool CConsoleReader::GetNextEntry(CConsoleEntry& entry) {
   return guarded({ClassName, "GetNextEntry"}, [&] {
     if (!source_) return false;
     empty(entry);
-    if (!findBegin()) return false;
-    readPairs(entry);
+    try {
+      if (!findBegin()) return false;
+      readPairs(entry);
+    } catch (...) {
+      if (source_->WasTooLong()) resume_ = source_->GetPosition();
+      throw;
+    }
     return true;
   });
 }

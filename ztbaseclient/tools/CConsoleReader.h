@@ -28,7 +28,8 @@ class ztStringReader;
 ///   was not written yet.
 /// - Units: bytes of a file, characters of a text in memory.
 /// - Ownership: owns the open file; borrows a text in memory. Copying moves what is read to the copy.
-/// - Errors: without a file there are no entries, and the position is 0; lines as in ztStringReader.
+/// - Errors: without a file there are no entries, and the position is 0; lines as in ztStringReader: one that
+///   is too long is told once, its entry is given up, and the next call goes on behind it.
 class ZTBASECLIENT_API CConsoleReader {
  public:
   static constexpr const char* ClassName = "CConsoleReader";

@@ -188,12 +188,14 @@ class ZTBASECLIENT_API CWsdlParser {
   struct State;
   struct Definition;
   class SchemaLoader;
+  class SchemasBefore;
 
   void adopt(tovin::iNode* root);
   tovin::iNode* requireRoot() const;
   tovin::iNode* findDefinition(const wchar_t* element, const wchar_t* name);
   void recordSoapPrefixes(const tovin::iNode* definitions);
   void readPort(tovin::iNode* node, tovin::Array<CPort>& ports, std::unordered_set<std::wstring>& bindings);
+  void readBinding(const wchar_t* bindingName, CPort& port);
   void readMessage(const wchar_t* direction, tovin::WideString& name, CMsg& message,
                    const COperation& operation);
   void buildSchemas(tovin::iNode* types);

@@ -40,6 +40,36 @@ void markGlobal(iNode* schemaNode) {
 
 }  // namespace
 
+// What there was before the schemas were asked for: a question that fails for want of something leaves it as
+// it was, and the next one begins anew.
+class CWsdlParser::SchemasBefore {
+ public:
+  SchemasBefore(State& state, iNode* types)
+      : state_(state),
+        types_(types),
+        children_(types->getNumberOfChildren()),
+        records_(state.externalSchemas.getSize()),
+        heldFiles_(state.heldFiles),
+        schemas_(state.schemas) {}
+
+  void restore() {
+    while (types_->getNumberOfChildren() > children_) {
+      types_->removeChildAt(types_->getNumberOfChildren() - 1);
+    }
+    state_.externalSchemas.setSize(records_);
+    state_.heldFiles = std::move(heldFiles_);
+    state_.schemas = std::move(schemas_);
+  }
+
+ private:
+  State& state_;
+  iNode* types_;
+  unsigned children_;
+  size_t records_;
+  FilesByName heldFiles_;
+  SchemaSet schemas_;
+};
+
 // One query for the whole document rather than one for each schema, whose queries would all begin at its
 // root.
 void CWsdlParser::annotateElements(iNode* root) {
@@ -65,18 +95,19 @@ void CWsdlParser::buildSchemas(iNode* types) {
 const tovin::Array<CWsdlParser::CSchema>& CWsdlParser::GetSchemaInfo() {
   return guarded({ClassName, "GetSchemaInfo"}, [&]() -> const tovin::Array<CSchema>& {
     SchemaSet& schemas = state_->schemas;
-    if (schemas.failure) throw tovin::Exception(schemas.failure->c_str());
+    state_->schemaFault.rethrow();
     iNode* root = requireRoot();
     if (schemas.asked) return schemas.schemas();
-    schemas.asked = true;
-    iNode* types = state_->search.findNode(root, L"types");
-    if (!types) return schemas.schemas();
-    try {
-      buildSchemas(types);
-    } catch (const tovin::Exception& e) {
-      schemas.failure = e.getMessage();
-      throw;
+    if (iNode* types = state_->search.findNode(root, L"types")) {
+      SchemasBefore before(*state_, types);
+      try {
+        buildSchemas(types);
+      } catch (...) {
+        if (!state_->schemaFault.keep()) before.restore();
+        throw;
+      }
     }
+    schemas.asked = true;
     return schemas.schemas();
   });
 }

@@ -83,27 +83,41 @@ CWsdlParser::COperation readOperation(const NodeSearch& search, const CWsdlParse
   return operation;
 }
 
-// The operations of a binding by name, each handed out once: those of one name pair in document order.
+// The operations of a binding by name, each handed out once: those of one name pair in document order. One
+// whose name matches exactly goes before one that matches folded.
 class UnpairedOperations {
  public:
   explicit UnpairedOperations(tovin::Array<CWsdlParser::COperation>& operations) {
     for (size_t i = operations.getSize(); i > 0; --i) {
       CWsdlParser::COperation& operation = operations[i - 1];
-      waiting_[folded(operation.name.view())].push_back(&operation);
+      exact_[std::wstring(operation.name.view())].push_back(&operation);
+      folded_[folded(operation.name.view())].push_back(&operation);
     }
   }
 
   CWsdlParser::COperation& take(const tovin::WideString& name) {
-    const auto found = waiting_.find(folded(name.view()));
-    if (found == waiting_.end() || found->second.empty()) throw tovin::Exception(L"Couldn't find operation");
-    CWsdlParser::COperation* operation = found->second.back();
-    found->second.pop_back();
+    CWsdlParser::COperation* operation = takeFrom(exact_, std::wstring(name.view()));
+    if (!operation) operation = takeFrom(folded_, folded(name.view()));
+    if (!operation) throw tovin::Exception(L"Couldn't find operation");
+    taken_.insert(operation);
     return *operation;
   }
 
  private:
   // The first of a name last.
-  std::unordered_map<std::wstring, std::vector<CWsdlParser::COperation*>> waiting_;
+  using ByName = std::unordered_map<std::wstring, std::vector<CWsdlParser::COperation*>>;
+
+  CWsdlParser::COperation* takeFrom(ByName& waiting, const std::wstring& name) const {
+    const auto found = waiting.find(name);
+    if (found == waiting.end()) return nullptr;
+    std::vector<CWsdlParser::COperation*>& operations = found->second;
+    while (!operations.empty() && taken_.count(operations.back()) != 0) operations.pop_back();
+    return operations.empty() ? nullptr : operations.back();
+  }
+
+  ByName exact_;
+  ByName folded_;
+  std::unordered_set<const CWsdlParser::COperation*> taken_;
 };
 
 void pair(CWsdlParser::COperation& operation, iNode* portTypeOperation) {
@@ -175,7 +189,7 @@ void CWsdlParser::readPort(iNode* node, tovin::Array<CPort>& ports,
   port.name = name;
   port.soap11OrHttp = isSoap11OrHttp(requireRoot(), addresses[0]);
   port.address = findAttrVal(addresses[0], L"location");
-  GetBindingInfo(binding, port);
+  readBinding(binding, port);
 }
 
 bool CWsdlParser::IsNewBinding(const wchar_t* bindingName, const tovin::Array<CPort>& ports) {
@@ -185,7 +199,13 @@ bool CWsdlParser::IsNewBinding(const wchar_t* bindingName, const tovin::Array<CP
   return true;
 }
 
+// A question of its own, which shares nothing with the one before.
 void CWsdlParser::GetBindingInfo(const wchar_t* bindingName, CPort& port) {
+  state_->shared.start();
+  readBinding(bindingName, port);
+}
+
+void CWsdlParser::readBinding(const wchar_t* bindingName, CPort& port) {
   guarded({ClassName, "GetBindingInfo()"}, [&] {
     iNode* node = findDefinition(L"binding", bindingName);
     if (!node) throw tovin::Exception(L"Can't find binding %ls", bindingName ? bindingName : L"");

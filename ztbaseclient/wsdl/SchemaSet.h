@@ -53,9 +53,8 @@ class SchemaSet {
   void addInclusion(tovin::iNode* includer, tovin::iNode* fileRoot);
   void addFileRoot(const tovin::iNode* root);
 
-  /// Whether the schemas were asked for; the failure of the first time stays.
+  /// Whether they are all there.
   bool asked = false;
-  std::optional<std::wstring> failure;
 
   /// All schemas at once, after the files. "Too many namespaces share the schemas that they include".
   void addAll(const tovin::NodeReferenceSet& schemaNodes);

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <exception>
 #include <memory>
 #include <string>
 #include <unordered_map>
@@ -45,6 +46,45 @@ class SharedReading {
   size_t count_ = 0;
 };
 
+// A fault of the document, which meets every later question too. What only lacked memory may be tried again.
+class RememberedFault {
+ public:
+  // From a handler: whether it is such a fault.
+  bool keep() {
+    try {
+      throw;
+    } catch (const tovin::MemoryException&) {
+      return false;
+    } catch (const tovin::Exception& e) {
+      for (const tovin::CatchEntry& entry : e.getTrail()) {
+        if (entry.catchClass == tovin::CatchClass::severe) return false;
+      }
+      first_ = e;
+      fault_ = std::current_exception();
+      return true;
+    } catch (...) {
+      return false;
+    }
+  }
+
+  // As it was the first time, class and trail.
+  void rethrow() const {
+    if (!fault_) return;
+    try {
+      std::rethrow_exception(fault_);
+    } catch (tovin::Exception& e) {
+      e = first_;
+      throw;
+    }
+  }
+
+  void forget() noexcept { fault_ = nullptr; }
+
+ private:
+  tovin::Exception first_;
+  std::exception_ptr fault_;
+};
+
 // What the reader holds, its sources being several.
 struct CWsdlParser::State {
   XMLParser xml;
@@ -61,6 +101,7 @@ struct CWsdlParser::State {
   FilesByName heldFiles;
   SharedReading shared;
   SchemaSet schemas;
+  RememberedFault schemaFault;
   // Of the schemas; made when they are first asked about.
   std::unique_ptr<TypeBuilder> types;
   tovin::WideString lastAtomicType;
@@ -74,6 +115,7 @@ struct CWsdlParser::State {
     lastAtomicType = L"";
     types.reset();
     schemas = SchemaSet(next);
+    schemaFault.forget();
     root = tovin::Ptr<tovin::iNode>(next);
   }
 };

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <climits>
 #include <cstring>
+#include <span>
 #include <string>
 #include <utility>
 
@@ -25,6 +26,15 @@ constexpr size_t keptPiece = 2048;
 // than a few scans.
 constexpr size_t pieceSize = size_t{64} << 10;
 constexpr size_t longestPiece = size_t{1} << 29;
+
+// Whether expat has nothing against the beginning of a document.
+bool beginsWell(std::span<const unsigned char> bytes) {
+  const std::unique_ptr<XML_ParserStruct, decltype(&XML_ParserFree)> expat(XML_ParserCreate(nullptr),
+                                                                           XML_ParserFree);
+  if (!expat) throw tovin::MemoryException(1, sizeof(void*));
+  return XML_Parse(expat.get(), reinterpret_cast<const char*>(bytes.data()), static_cast<int>(bytes.size()),
+                   false) == XML_STATUS_OK;
+}
 
 constexpr wchar_t nullPointer[] = L"Cannot dereference a NULL pointer";
 
@@ -74,6 +84,7 @@ void CWsdlParser::XMLParser::reset() {
   failure_ = nullptr;
   added_ = 0;
   addsTooMuch_ = false;
+  stoppedAt_ = 0;
   lastIndex_ = -1;
 }
 
@@ -99,7 +110,8 @@ tovin::iNode* CWsdlParser::XMLParser::parsePieces(Read&& read) {
     const XML_Status status =
         piece ? XML_ParseBuffer(expat_, static_cast<int>(count), count == 0) : XML_STATUS_ERROR;
     const bool taken = status == XML_STATUS_OK && !failure_ && !addsTooMuch_;
-    raw_.items().insert(raw_.end(), piece, piece + (taken ? count : std::min(count, keptBeforeFault())));
+    raw_.items().insert(raw_.end(), piece, piece + count);
+    if (!taken && count > 0) cutRawBytes(raw_.getSize() - count);
     rethrowFailure();
     if (addsTooMuch_) throw tovin::Exception(L"Parse error: definitions and entities add too much");
     if (status != XML_STATUS_OK) {
@@ -115,12 +127,21 @@ size_t CWsdlParser::XMLParser::incompleteBytes() const noexcept {
   return raw_.getSize() - std::min(raw_.getSize(), static_cast<size_t>(std::max<XML_Index>(begin, 0)));
 }
 
-// How much of the piece with the fault lies in whole pieces before the one in which the faulty token ends.
-size_t CWsdlParser::XMLParser::keptBeforeFault() const noexcept {
-  const XML_Index begin = std::max<XML_Index>(XML_GetCurrentByteIndex(expat_), 0);
-  const size_t last = static_cast<size_t>(begin + std::max(XML_GetCurrentByteCount(expat_), 1) - 1);
-  const size_t kept = last / keptPiece * keptPiece;
-  return kept - std::min(kept, raw_.getSize());
+// Behind a fault, which lies somewhere behind the good bytes: keeps the whole pieces before the one in which
+// expat, or what it calls, meets it. Where that is, expat does not tell; it is asked again with less.
+void CWsdlParser::XMLParser::cutRawBytes(size_t good) {
+  size_t kept = stoppedAt_ / keptPiece;
+  if (stoppedAt_ == 0) {
+    const size_t first = good / keptPiece, last = (raw_.getSize() + keptPiece - 1) / keptPiece;
+    kept = first;
+    for (size_t count = last - first; count > 1;) {
+      const size_t half = count / 2;
+      const bool parses = beginsWell(std::span(raw_).first((kept + half) * keptPiece));
+      count = parses ? count - half : half;
+      if (parses) kept += half;
+    }
+  }
+  raw_.setSize(std::min(kept * keptPiece, raw_.getSize()));
 }
 
 tovin::iNode* CWsdlParser::XMLParser::parse(const wchar_t* fileName) {
@@ -184,8 +205,14 @@ void CWsdlParser::XMLParser::protect(Body&& body) {
     body();
   } catch (...) {
     failure_ = std::current_exception();
-    XML_StopParser(expat_, false);
+    stop();
   }
+}
+
+void CWsdlParser::XMLParser::stop() {
+  stoppedAt_ =
+      static_cast<size_t>(XML_GetCurrentByteIndex(expat_) + std::max(XML_GetCurrentByteCount(expat_), 1)) - 1;
+  XML_StopParser(expat_, false);
 }
 
 void CWsdlParser::XMLParser::startElement(void* userData, const char* name, const char** attributes) {
@@ -204,7 +231,7 @@ void CWsdlParser::XMLParser::charHandler(void* userData, const char* text, int l
 
 void CWsdlParser::XMLParser::startElementImpl(const char* name, const char** attributes) {
   if (root_ && !current_) throw tovin::Exception(nullPointer);
-  if (expat_ && addsTooMuch(name, attributes)) return static_cast<void>(XML_StopParser(expat_, false));
+  if (expat_ && addsTooMuch(name, attributes)) return stop();
   const tovin::Ptr<tovin::iNode> node(builder_->makeNode(name, attributes));
   if (!root_)
     root_ = node;

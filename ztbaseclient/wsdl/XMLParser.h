@@ -56,7 +56,8 @@ class ZTBASECLIENT_API CWsdlParser::XMLParser {
   template <class Read>
   tovin::iNode* parsePieces(Read&& read);
   size_t incompleteBytes() const noexcept;
-  size_t keptBeforeFault() const noexcept;
+  void cutRawBytes(size_t good);
+  void stop();
   void rethrowFailure();
   template <class Body>
   void protect(Body&& body);
@@ -75,5 +76,7 @@ class ZTBASECLIENT_API CWsdlParser::XMLParser {
   // About how many bytes of the document are not written in it, and where the last element stood.
   size_t added_ = 0;
   long long lastIndex_ = -1;
+  // The last byte of the token at which a callback gave up; 0 for none.
+  size_t stoppedAt_ = 0;
   bool addsTooMuch_ = false;
 };

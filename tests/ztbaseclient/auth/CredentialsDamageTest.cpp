@@ -122,7 +122,22 @@ TEST(CredentialsDamage, RolesThatNoSectionHoldsAreNotWritten) {
   tovin::WideString text(L"before");
   expectMessage(L"Credentials of 33384 enciphered bytes are too long",
                 [&] { c.GenerateCredentialsString(text); });
-  EXPECT_EQ(text, L"before");
+  // Counted in the bytes that are written, not in characters.
+  c.SetRoles(rolesOf(150'000, {}));
+  const std::wstring wide(255, L'\u4E2D');
+  c.SetUsername(wide.c_str());
+  c.SetPassword(wide.c_str());
+  c.SetFormatVersionNumber(1);
+  c.GenerateCredentialsString(text);
+  EXPECT_TRUE(CCredentials(text.c_str()).VerifyChecksum());
+  for (const auto set : {&CCredentials::SetClientDescription, &CCredentials::SetClientMachineName,
+                         &CCredentials::SetClientVersion, &CCredentials::SetDomain,
+                         &CCredentials::SetXMLDBEndPoint, &CCredentials::SetLogEndPoint,
+                         &CCredentials::SetLocatorEndPoint})
+    (c.*set)(wide.c_str());
+  expectMessage(L"Credentials of 34224 enciphered bytes are too long",
+                [&] { c.GenerateCredentialsString(text); });
+  EXPECT_TRUE(c.VerifyChecksum());  // what was written before is still there
 }
 
 }  // namespace

@@ -114,6 +114,18 @@ TEST_F(ConsoleLog, ACutOffEntryIsGivenOnceAndAMarkerCutInTwoIsFound) {
   EXPECT_EQ(rest(reader), L"[c=3|]");
 }
 
+// Outside of entries it is noise like any other line.
+TEST_F(ConsoleLog, ALineThatIsTooLongGivesItsEntryUpOnce) {
+  const std::string entry = tovin::wideToUtf8(begin + L"a\t1\n" + end), tooLong((1 << 24) + 1, 'x');
+  const std::string cut = tovin::wideToUtf8(begin) + tooLong + "\n" + tovin::wideToUtf8(end);
+  const std::wstring name = file("long.log", entry + tooLong + "\n" + cut + entry);
+  CConsoleReader reader(name.c_str(), 0);
+  EXPECT_ANY_THROW(rest(reader));
+  CConsoleReader other(name.c_str(), reader.GetResumePosition());
+  EXPECT_EQ(rest(reader), L"[a=1|]");
+  EXPECT_EQ(rest(other), L"[a=1|]");
+}
+
 TEST_F(ConsoleLog, ACopyTakesTheSourceOver) {
   ztMemoryStringFile log((begin + L"a\t1\n" + end + begin + L"b\t2\n" + end).c_str());
   CConsoleReader first(log, 0);
