@@ -18,6 +18,24 @@ if(CMAKE_CXX_COMPILER_ID MATCHES "GNU|Clang")
   add_compile_options(-ffp-contract=off)
 endif()
 
+# What a fault in the memory can do is kept small: guarded stacks, checked copies, tables that nobody can write to,
+# and jumps that land only where they may.
+if(ZTB_HARDENING)
+  include(CheckCXXCompilerFlag)
+  add_compile_options(-fstack-protector-strong)
+  if(NOT CMAKE_CXX_FLAGS MATCHES "_FORTIFY_SOURCE")
+    add_compile_options(-U_FORTIFY_SOURCE -D_FORTIFY_SOURCE=2)
+  endif()
+  check_cxx_compiler_flag(-fcf-protection=full ztb_has_cf_protection)
+  if(ztb_has_cf_protection)
+    add_compile_options(-fcf-protection=full)
+  endif()
+  if(UNIX AND NOT APPLE)
+    add_link_options(LINKER:-z,relro,-z,now)
+    set(CMAKE_POSITION_INDEPENDENT_CODE ON)
+  endif()
+endif()
+
 if(ZTB_WARNINGS_AS_ERRORS)
   add_compile_options(
     -Wall
@@ -53,8 +71,12 @@ if(ZTB_LTO)
   endif()
 endif()
 
-# Installed programs and libraries find their libraries wherever the prefix is moved.
-if(NOT CMAKE_INSTALL_RPATH AND UNIX AND NOT APPLE)
+# Programs and libraries find their libraries wherever the build tree or the prefix is moved. They are built with the
+# path that is installed: where the two differ, CMake fills up with empty entries, which mean the current folder.
+if(NOT DEFINED CMAKE_INSTALL_RPATH AND UNIX AND NOT APPLE)
+  set(CMAKE_BUILD_WITH_INSTALL_RPATH ON)
   file(RELATIVE_PATH ztb_lib_from_bin /${CMAKE_INSTALL_BINDIR} /${CMAKE_INSTALL_LIBDIR})
-  set(CMAKE_INSTALL_RPATH "$ORIGIN" "$ORIGIN/${ztb_lib_from_bin}")
+  set(CMAKE_INSTALL_RPATH "$ORIGIN/../lib" "$ORIGIN/${ztb_lib_from_bin}")
+  list(REMOVE_DUPLICATES CMAKE_INSTALL_RPATH)
+  set(ztb_library_rpath "$ORIGIN")
 endif()

@@ -54,6 +54,10 @@ function(ztb_library)
                SOVERSION ${PROJECT_VERSION_MAJOR}.${PROJECT_VERSION_MINOR}
                VERIFY_INTERFACE_HEADER_SETS ON)
 
+  if(DEFINED ztb_library_rpath)
+    set_property(TARGET ${ARG_NAME} PROPERTY INSTALL_RPATH ${ztb_library_rpath})
+  endif()
+
   install(
     TARGETS ${ARG_NAME}
     EXPORT ztbaseclientTargets

@@ -65,6 +65,15 @@ std::string requireWritable(std::wstring_view text, const char* what) {
   return tovin::wideToUtf8(text);
 }
 
+// Refuses a section that would be read as something else.
+std::string requireSection(std::wstring_view text) {
+  const std::string head = "[" + requireWritable(text, "section") + "]";
+  const Line line(head);
+  if (!line.isSection || line.name.size() + 2 != head.size())
+    throw tovin::Exception(L"A settings file cannot hold the section \"%ls\"", std::wstring(text));
+  return head;
+}
+
 // Refuses a name that would be read as something else.
 std::string requireName(std::wstring_view text) {
   const std::string name = requireWritable(text, "name");
@@ -81,7 +90,7 @@ std::string requireName(std::wstring_view text) {
 IniText IniText::load(const std::wstring& file) {
   IniText text;
   ztFile in;
-  if (!in.Open(file.c_str(), ztFile::ForReading)) {
+  if (!in.Open(file.c_str(), ztFile::ForReadingRegular)) {
     if (!tovin::platform::pathExists(file.c_str())) return text;
     throw tovin::Exception(L"Unable to read settings file %ls", file);
   }
@@ -130,7 +139,7 @@ std::optional<std::wstring> IniText::find(std::wstring_view section, std::wstrin
 
 void IniText::set(std::wstring_view section, std::wstring_view name, std::wstring_view value) {
   const std::string line = lineOf(requireName(name), requireWritable(value, "value"));
-  const std::string head = "[" + requireWritable(section, "section") + "]";
+  const std::string head = requireSection(section);
   Place place = locate(section, name);
   if (place.line) {
     lines_[*place.line] = line;

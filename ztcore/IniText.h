@@ -11,7 +11,7 @@
 class IniText {
  public:
   // The empty text for a file that is not there. Raises "Unable to read settings file %ls" for one that
-  // cannot be read or is a folder, "Settings file %ls is longer than %d bytes".
+  // cannot be read or is none of bytes, "Settings file %ls is longer than %d bytes".
   static IniText load(const std::wstring& file);
   // Raises "Unable to write settings file %ls", the file being as it was.
   void save(const std::wstring& file) const;

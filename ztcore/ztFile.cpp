@@ -13,6 +13,8 @@ platform::OpenMode modeOf(int mode) {
       return platform::OpenMode::write;
     case ztFile::ForAppending:
       return platform::OpenMode::append;
+    case ztFile::ForReadingRegular:
+      return platform::OpenMode::readRegular;
     default:
       return platform::OpenMode::read;
   }
@@ -71,11 +73,9 @@ int64_t ztFile::GetLength() const {
 bool ztFile::CanOpen(const wchar_t* name, int mode) {
   if (!name) return false;
   // Opening for writing would cut the file, so it is tried as for appending.
-  const bool reading = modeOf(mode) == platform::OpenMode::read;
-  const intptr_t handle =
-      platform::openFile(name, reading ? platform::OpenMode::read : platform::OpenMode::probe);
+  const bool writing = mode == ForWriting || mode == ForAppending;
+  const intptr_t handle = platform::openFile(name, writing ? platform::OpenMode::probe : modeOf(mode));
   if (handle != none) platform::closeFile(handle);
   return handle != none;
 }
 
-bool ztFile::IsRegular(const wchar_t* name) { return name && platform::isRegularFile(name); }

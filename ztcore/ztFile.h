@@ -17,7 +17,9 @@
 ///   %ls".
 class ZTCORE_API ztFile {
  public:
-  enum Mode { ForReading = 1, ForWriting = 2, ForAppending = 3 };
+  /// ForReadingRegular takes files of bytes only, no device and no pipe, which could be waited for or read
+  /// without end.
+  enum Mode { ForReading = 1, ForWriting = 2, ForAppending = 3, ForReadingRegular = 4 };
   /// How the text of a file is encoded.
   enum class Encoding { Unknown = 0, Utf16 = 1, Bytes = 2, Utf8 = 3, Utf16BigEndian = 4 };
 
@@ -44,8 +46,6 @@ class ZTCORE_API ztFile {
   /// Whether the file can be opened in a mode; a folder cannot, and writing is tried without changing the
   /// file.
   static bool CanOpen(const wchar_t* name, int mode);
-  /// Whether there is a file of bytes: no folder, no device, no pipe. Opens nothing, so that it never waits.
-  static bool IsRegular(const wchar_t* name);
 
  private:
   static constexpr intptr_t none = -1;

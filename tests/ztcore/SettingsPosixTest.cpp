@@ -1,4 +1,6 @@
 // Settings in a file, where there is no registry.
+#include <sys/stat.h>
+
 #include "tests/support/Bytes.h"
 #include "tests/support/TempFolder.h"
 #include "ztcore/ztRegistry.h"
@@ -82,6 +84,9 @@ TEST_F(Settings, TextsThatALineCannotHoldAreRefused) {
     EXPECT_THROW(registry.SetValue(name, L"2"), tovin::Exception);
   }
   EXPECT_THROW(registry.SetValue(L"n", L"2\n[k]"), tovin::Exception);
+  for (const wchar_t* key : {L" k", L"k\t", L"k\f", L"k\n"}) {
+    EXPECT_THROW(created(key).SetValue(L"n", L"1"), tovin::Exception) << "would not be read back";
+  }
   EXPECT_EQ(folder_.read(file), "[k]\nn=\n");
 }
 
@@ -97,6 +102,9 @@ TEST_F(Settings, FileThatCannotBeReadIsToldAndNeverReplaced) {
   expectMessage(unreadable, [&] { registry.Open(L"k"); });
   ASSERT_TRUE(registry.Create(L"k"));
   expectMessage(unreadable, [&] { registry.SetValue(L"n", L"1"); });
+  std::filesystem::remove(path);
+  ASSERT_EQ(mkfifo(path.c_str(), 0600), 0);  // nobody writes to it
+  expectMessage(unreadable, [&] { registry.Open(L"k"); });
 }
 
 TEST_F(Settings, LinkedFileIsReplacedWhereItLies) {

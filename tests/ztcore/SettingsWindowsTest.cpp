@@ -80,7 +80,7 @@ TEST(FilesOfWindows, NamesMayBeLongAndOfEitherForm) {
   EXPECT_FALSE(tovin::platform::pathExists(name.c_str()));
   ASSERT_TRUE(tovin::platform::replaceFile(name.c_str(), "first"));
   ASSERT_TRUE(tovin::platform::replaceFile(name.c_str(), "second"));
-  EXPECT_TRUE(tovin::platform::pathExists(name.c_str()) && ztFile::IsRegular(name.c_str()));
+  EXPECT_TRUE(tovin::platform::pathExists(name.c_str()) && ztFile::CanOpen(name.c_str(), ztFile::ForReadingRegular));
   const std::wstring canonical(ztFileName(name.c_str()).GetCanonicalName().view());
   std::wstring marked = L"\\\\?\\" + canonical;
   for (wchar_t& c : marked) c = c == L'/' ? L'\\' : c;
@@ -101,8 +101,8 @@ TEST(FilesOfWindows, NamesMayBeLongAndOfEitherForm) {
 }
 
 TEST(FilesOfWindows, DevicesAreNoRegularFiles) {
-  EXPECT_FALSE(ztFile::IsRegular(L"NUL"));
-  EXPECT_FALSE(ztFile::IsRegular(L"\\\\.\\pipe\\none"));
+  EXPECT_FALSE(ztFile::CanOpen(L"NUL", ztFile::ForReadingRegular));
+  EXPECT_FALSE(ztFile::CanOpen(L"\\\\.\\pipe\\none", ztFile::ForReadingRegular));
 }
 
 }  // namespace

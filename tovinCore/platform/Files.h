@@ -2,15 +2,18 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <string>
+#include <string_view>
 
 #include "tovinCore/Export.h"
 
 /// Files as the operating system has them. Names are UTF-16.
 namespace tovin::platform {
 
-/// `probe` opens an existing file for writing and leaves it as it is; `create` makes a new file for the user
-/// alone, as far as its folder does not say who may read it, and none where there is one.
-enum class OpenMode { read, write, append, probe, create };
+/// `readRegular` opens files of bytes only, no device and no pipe, and never waits; `probe` opens an existing
+/// file for writing and leaves it as it is; `create` makes a new file for the user alone, as far as its folder
+/// does not say who may read it, and none where there is one.
+enum class OpenMode { read, readRegular, write, append, probe, create };
 
 /// A handle, -1 when the file cannot be had; a folder never can.
 TOVINCORE_API intptr_t openFile(const wchar_t* name, OpenMode mode) noexcept;
@@ -21,7 +24,8 @@ TOVINCORE_API int64_t writeFile(intptr_t handle, const void* bytes, size_t count
 TOVINCORE_API bool seekFile(intptr_t handle, int64_t position) noexcept;
 /// -1 for a failure.
 TOVINCORE_API int64_t fileLength(intptr_t handle) noexcept;
-/// Whether there is a file of bytes: no folder, no device, no pipe. Opens nothing, so that it never waits.
-TOVINCORE_API bool isRegularFile(const wchar_t* name) noexcept;
+/// The computer and folder that a file name leads to over the network ("\\\\computer\\folder"); empty for a
+/// name on this computer.
+TOVINCORE_API std::wstring networkShareOf(std::wstring_view name);
 
 }  // namespace tovin::platform

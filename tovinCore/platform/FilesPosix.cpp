@@ -12,6 +12,8 @@ namespace {
 
 int flagsOf(OpenMode mode) {
   switch (mode) {
+    case OpenMode::readRegular:
+      return O_RDONLY | O_NONBLOCK;  // a pipe that nobody writes to is not waited for
     case OpenMode::write:
       return O_WRONLY | O_CREAT | O_TRUNC;
     case OpenMode::append:
@@ -37,13 +39,18 @@ int64_t uninterrupted(Call&& call) {
   return result;
 }
 
+bool isWanted(int file, OpenMode mode) {
+  struct stat facts;
+  if (::fstat(file, &facts) != 0) return false;
+  return mode == OpenMode::readRegular ? S_ISREG(facts.st_mode) : !S_ISDIR(facts.st_mode);
+}
+
 }  // namespace
 
 intptr_t openFile(const wchar_t* name, OpenMode mode) noexcept {
   const int64_t file = uninterrupted(
       [&] { return ::open(wideToUtf8(name).c_str(), flagsOf(mode) | O_CLOEXEC, permissionsOf(mode)); });
-  struct stat facts;
-  if (file >= 0 && (::fstat(static_cast<int>(file), &facts) != 0 || S_ISDIR(facts.st_mode))) {
+  if (file >= 0 && !isWanted(descriptor(file), mode)) {
     closeFile(file);
     return -1;
   }
@@ -71,9 +78,7 @@ int64_t fileLength(intptr_t handle) noexcept {
   return ::fstat(descriptor(handle), &facts) == 0 ? facts.st_size : -1;
 }
 
-bool isRegularFile(const wchar_t* name) noexcept {
-  struct stat facts;
-  return ::stat(wideToUtf8(name).c_str(), &facts) == 0 && S_ISREG(facts.st_mode);
-}
+// Here the network is part of the one tree of files.
+std::wstring networkShareOf(std::wstring_view) { return {}; }
 
 }  // namespace tovin::platform

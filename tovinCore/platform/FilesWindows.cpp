@@ -41,8 +41,15 @@ DWORD pieceOf(size_t count) { return static_cast<DWORD>(std::min(count, longestP
 // A folder is refused by the system itself; who may read a new file is as its folder says.
 intptr_t openFile(const wchar_t* name, OpenMode mode) noexcept {
   const Opening opening = openingOf(mode);
-  const HANDLE file = ::CreateFileW(systemPath(name).c_str(), opening.access, sharedWithAll, nullptr,
+  const std::wstring path = systemPath(name);
+  const bool regular = mode == OpenMode::readRegular;
+  if (regular && path.starts_with(L"\\\\.\\")) return -1;  // a device or a pipe
+  const HANDLE file = ::CreateFileW(path.c_str(), opening.access, sharedWithAll, nullptr,
                                     opening.disposition, FILE_ATTRIBUTE_NORMAL, nullptr);
+  if (file != INVALID_HANDLE_VALUE && regular && ::GetFileType(file) != FILE_TYPE_DISK) {
+    ::CloseHandle(file);
+    return -1;
+  }
   return reinterpret_cast<intptr_t>(file);
 }
 
@@ -70,11 +77,15 @@ int64_t fileLength(intptr_t handle) noexcept {
   return ::GetFileSizeEx(handleOf(handle), &length) ? length.QuadPart : -1;
 }
 
-bool isRegularFile(const wchar_t* name) noexcept {
-  const std::wstring path = systemPath(name);
-  if (path.starts_with(L"\\\\.\\")) return false;  // a device or a pipe
-  const DWORD attributes = ::GetFileAttributesW(path.c_str());
-  return attributes != INVALID_FILE_ATTRIBUTES && !(attributes & FILE_ATTRIBUTE_DIRECTORY);
+// Of the marked forms too, "\\\\?\\UNC\\computer\\folder"; either separator will do.
+std::wstring networkShareOf(std::wstring_view name) {
+  std::wstring path(name);
+  std::replace(path.begin(), path.end(), L'/', L'\\');
+  constexpr std::wstring_view marked = L"\\\\?\\UNC\\";
+  if (path.starts_with(marked)) path.replace(0, marked.size(), L"\\\\");
+  if (!path.starts_with(L"\\\\") || path.starts_with(L"\\\\?") || path.starts_with(L"\\\\.\\")) return {};
+  const size_t folder = path.find(L'\\', 2);
+  return path.substr(0, folder == std::wstring::npos ? folder : path.find(L'\\', folder + 1));
 }
 
 }  // namespace tovin::platform

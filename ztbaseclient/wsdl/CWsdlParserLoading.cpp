@@ -4,10 +4,11 @@
 #include <vector>
 
 #include "tovinCore/Guard.h"
+#include "tovinCore/Units.h"
 #include "tovinCore/Utf8.h"
+#include "tovinCore/platform/Files.h"
 #include "ztbaseclient/wsdl/CSchema.h"
 #include "ztbaseclient/wsdl/WsdlParserState.h"
-#include "ztcore/ztFile.h"
 #include "ztcore/ztFileName.h"
 
 using tovin::guarded;
@@ -33,12 +34,20 @@ tovin::WideString locationOf(const iNode& reference) {
 }
 
 tovin::Ptr<iNode> readSchemaFile(const tovin::WideString& name) {
-  // A device or a pipe would be read without end.
-  if (!ztFile::IsRegular(name)) throw tovin::Exception(L"Unable to open file");
   CWsdlParser::XMLParser parser;
-  tovin::Ptr<iNode> root(parser.parse(name));
+  tovin::Ptr<iNode> root(parser.parseRegular(name));
   if (!root) throw tovin::Exception(nullPointer);
   return root;
+}
+
+// A document must not make this computer speak to another one, unless it came from there.
+void requireNear(const tovin::WideString& file, const wchar_t* wsdlFileName) {
+  const std::wstring share = tovin::platform::networkShareOf(file.view());
+  if (share.empty()) return;
+  const std::wstring own = tovin::platform::networkShareOf(wsdlFileName ? wsdlFileName : L"");
+  if (!tovin::equalFolded(share, own)) {
+    throw tovin::Exception(L"Schema %ls lies on another computer than its document", file);
+  }
 }
 
 // The file beside the document that has its name and the extension xsd.
@@ -98,6 +107,7 @@ class CWsdlParser::SchemaLoader {
       return;
     }
     record.schemaNamespace.setUrl(attributeText(&child, L"namespace"));
+    requireNear(file, wsdlFileName_);
     record.root = readSchemaFile(record.fileName);
     // Known before its own references are followed, so that files which import each other come to an end.
     known_.emplace(folded(record.fileName.view()), record.root);

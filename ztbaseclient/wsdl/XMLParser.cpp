@@ -145,10 +145,18 @@ void CWsdlParser::XMLParser::cutRawBytes(size_t good) {
 }
 
 tovin::iNode* CWsdlParser::XMLParser::parse(const wchar_t* fileName) {
+  return parseFile(fileName, ztFile::ForReading);
+}
+
+tovin::iNode* CWsdlParser::XMLParser::parseRegular(const wchar_t* fileName) {
+  return parseFile(fileName, ztFile::ForReadingRegular);
+}
+
+tovin::iNode* CWsdlParser::XMLParser::parseFile(const wchar_t* fileName, int mode) {
   return guarded({CWsdlParser::ClassName, "parse()"}, [&] {
     prepare();
     ztFile file;
-    if (!file.Open(fileName, ztFile::ForReading, ztFile::Encoding::Bytes, true)) {
+    if (!file.Open(fileName, mode, ztFile::Encoding::Bytes, true)) {
       throw tovin::Exception(L"Unable to open file");
     }
     return parsePieces([&](unsigned char* piece, unsigned size) { return size_t{file.Read(piece, size)}; });

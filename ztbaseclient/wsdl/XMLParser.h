@@ -31,6 +31,8 @@ class ZTBASECLIENT_API CWsdlParser::XMLParser {
   ~XMLParser();
 
   tovin::iNode* parse(const wchar_t* fileName);
+  /// The same of files of bytes only: no device and no pipe is waited for or read.
+  tovin::iNode* parseRegular(const wchar_t* fileName);
   tovin::iNode* parse(const tovin::Array<unsigned char>& bytes);
   /// From where the stream stands to its end, with the errors of a file.
   tovin::iNode* parse(tovin::iByteInputStream& stream);
@@ -52,6 +54,7 @@ class ZTBASECLIENT_API CWsdlParser::XMLParser {
   class Builder;
 
   void prepare();
+  tovin::iNode* parseFile(const wchar_t* fileName, int mode);
   tovin::iNode* parseBytes(const tovin::Array<unsigned char>& bytes);
   template <class Read>
   tovin::iNode* parsePieces(Read&& read);

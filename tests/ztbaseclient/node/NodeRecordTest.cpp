@@ -3,6 +3,7 @@
 #include "tovin/values/IntegerValue.h"
 #include "ztbaseclient/node/CBaseNode.h"
 #include "ztbaseclient/node/CObjectTransportNode.h"
+#include "ztbaseclient/node/NodeRecord.h"
 
 namespace {
 
@@ -54,6 +55,25 @@ TEST(NodeRecord, IsTheHandWrittenOneInEveryVersion) {
     EXPECT_TRUE(tovin::seek<tovin::Value>(carrier->GetObject())->equals(tovin::DoubleValue(2.5)));
     EXPECT_EQ(carrier->findParent(), root.get());
   }
+}
+
+TEST(NodeRecord, OfAnyClassIsReadByTheVersionThatItBeginsWith) {
+  Writer carrier;
+  tovin::Ptr<CObjectTransportNode>(CObjectTransportNode::allocate())->serialize(carrier);
+  const std::pair<std::string, const tovin::ClassTag*> rows[] = {
+      {golden(3), &CBaseNode::Tag},
+      {bytesOf(carrier), &CObjectTransportNode::Tag},
+      {unhexFile("records/transport_7074.hex"), &CObjectTransportNode::Tag}};
+  for (const auto& [record, tag] : rows) {
+    Reader in(record + "behind", 3);
+    const tovin::Ptr<tovin::iNode> node = ReadNodeRecord(in);
+    EXPECT_TRUE(node->getClassTag() == *tag);
+    EXPECT_EQ(in.GetRemaining(), 6u);
+    Reader cut(record.substr(0, record.size() - 1), 3);
+    EXPECT_THROW(ReadNodeRecord(cut), tovin::Exception);
+  }
+  Reader unknown(unhex("01 05"), 3);
+  expectMessage(L"Deserialization version mismatch (5 , 9095)", [&] { ReadNodeRecord(unknown); });
 }
 
 TEST(NodeRecord, CutAnywhereIsRefusedAndCanBeReleased) {

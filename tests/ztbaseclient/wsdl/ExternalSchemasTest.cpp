@@ -113,8 +113,10 @@ TEST_F(ExternalSchemas, AreFilesOnly) {
     read(schema(import(location)));
     EXPECT_EQ(wsdl::resolved(parser_), "atomic int of http://www.w3.org/2001/XMLSchema");
   }
-  EXPECT_EQ(trailOf([&] { parser_.GetSchemaInfo(); }),
-            "CWsdlParser.loadExternalSchemata() CWsdlParser.GetSchemaInfo ");
+  for (int time = 0; time < 2; ++time) {
+    EXPECT_EQ(trailOf([&] { parser_.GetSchemaInfo(); }),
+              "CWsdlParser.parse() CWsdlParser.loadExternalSchemata() CWsdlParser.GetSchemaInfo ");
+  }
 }
 
 TEST_F(ExternalSchemas, ThatAreNoXmlFailAllQuestions) {

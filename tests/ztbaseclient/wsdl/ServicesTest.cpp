@@ -167,6 +167,19 @@ TEST_F(Services, OperationsOfOneNamePairInOrder) {
             "CWsdlParser.OpHasOverloads() ");
 }
 
+TEST_F(Services, OperationsPairExactlyBeforeTheyPairFolded) {
+  readBinding(
+      "<operation name='get'><soap:operation soapAction='small'/></operation>"
+      "<operation name='GET'><soap:operation soapAction='large'/></operation>"
+      "<operation name='Get'><soap:operation soapAction='mixed'/></operation></binding>"
+      "<portType name='P'><operation name='Get'/><operation name='gET'/><operation name='GET'/></portType>"
+      "<binding name='rest'>");
+  tovin::Array<CWsdlParser::COperation>& operations = ports_[0].binding.operations;
+  parser_.GetOperationInfoFromPortType(L"P", operations);
+  for (const auto& [index, name] : {std::pair(0u, L"gET"), std::pair(1u, L"GET"), std::pair(2u, L"Get")})
+    EXPECT_EQ(operations[index].node->getProperties()->find(L"name")->getValue().getText(), name) << index;
+}
+
 TEST_F(Services, AnOperationIsFoundByItsMessages) {
   read(overloads);
   using Text = const wchar_t*;
@@ -217,6 +230,14 @@ TEST_F(Services, WhatIsSharedWithoutEndIsRefused) {
        "</message>" + rest);
   expectMessage(L"Too much is shared, at M",
                 [&] { parser_.GetOperationInfoFromPortType(L"P", ports_[0].binding.operations); });
+  // A question about one binding, which a subclass may ask, has nothing to do with those before.
+  struct Asking : CWsdlParser {
+    using CWsdlParser::GetBindingInfo;
+  } asking;
+  wsdl::parse(asking, wsdl::definitions(rest));
+  CWsdlParser::CPort one;
+  for (int i = 0; i < 600; ++i) asking.GetBindingInfo(L"B", one);
+  EXPECT_EQ(one.binding.operations.getSize(), 600u);
   expectMessage(L"Too much is shared, at p411:B", [&] { read("<service>" + ports + "</service>" + rest); });
 }
 

@@ -1,0 +1,3 @@
+#include "ztbaseclient/Version.h"
+
+const char* ztbaseclient::loadedVersion() noexcept { return ZTBASECLIENT_VERSION; }
