@@ -78,4 +78,3 @@ bool ztFile::CanOpen(const wchar_t* name, int mode) {
   if (handle != none) platform::closeFile(handle);
   return handle != none;
 }
-

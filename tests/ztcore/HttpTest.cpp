@@ -214,16 +214,17 @@ TEST_F(Http, NewStartsAreCounted) {
   for (const std::string& bytes : answers) {
     std::atomic<int> heads = 0;
     const auto script = [&](Connection& connection) {
-      while (!connection.readHead().empty()) {
+      for (std::string head; !(head = connection.readHead()).empty();) {
         ++heads;
+        if (head.find("Expect: ") == std::string::npos) connection.readBody();
         connection.send(bytes);
-        if (bytes == answers[0]) connection.readBody();
       }
     };
     SocketServer server(std::vector<SocketServer::Script>(40, script));
+    CHttp http(1);  // its kept connection goes before the server does
     for (int request = 1; request < 4; ++request) {
       const std::string message = messageOf([&] {
-        while (attempt(http_, server.url(), "text", 5000, CHttp::ChunkedAfterContinue) == CHttp::StartAgain) {
+        while (attempt(http, server.url(), "text", 5000, CHttp::ChunkedAfterContinue) == CHttp::StartAgain) {
         }
       });
       if (bytes == answers[0]) {

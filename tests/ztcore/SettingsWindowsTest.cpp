@@ -80,7 +80,8 @@ TEST(FilesOfWindows, NamesMayBeLongAndOfEitherForm) {
   EXPECT_FALSE(tovin::platform::pathExists(name.c_str()));
   ASSERT_TRUE(tovin::platform::replaceFile(name.c_str(), "first"));
   ASSERT_TRUE(tovin::platform::replaceFile(name.c_str(), "second"));
-  EXPECT_TRUE(tovin::platform::pathExists(name.c_str()) && ztFile::CanOpen(name.c_str(), ztFile::ForReadingRegular));
+  EXPECT_TRUE(tovin::platform::pathExists(name.c_str()) &&
+              ztFile::CanOpen(name.c_str(), ztFile::ForReadingRegular));
   const std::wstring canonical(ztFileName(name.c_str()).GetCanonicalName().view());
   std::wstring marked = L"\\\\?\\" + canonical;
   for (wchar_t& c : marked) c = c == L'/' ? L'\\' : c;

@@ -11,8 +11,8 @@
 namespace tovin::platform {
 
 /// `readRegular` opens files of bytes only, no device and no pipe, and never waits; `probe` opens an existing
-/// file for writing and leaves it as it is; `create` makes a new file for the user alone, as far as its folder
-/// does not say who may read it, and none where there is one.
+/// file for writing and leaves it as it is; `create` makes a new file for the user alone, as far as its
+/// folder does not say who may read it, and none where there is one.
 enum class OpenMode { read, readRegular, write, append, probe, create };
 
 /// A handle, -1 when the file cannot be had; a folder never can.

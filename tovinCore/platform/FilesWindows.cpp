@@ -44,8 +44,8 @@ intptr_t openFile(const wchar_t* name, OpenMode mode) noexcept {
   const std::wstring path = systemPath(name);
   const bool regular = mode == OpenMode::readRegular;
   if (regular && path.starts_with(L"\\\\.\\")) return -1;  // a device or a pipe
-  const HANDLE file = ::CreateFileW(path.c_str(), opening.access, sharedWithAll, nullptr,
-                                    opening.disposition, FILE_ATTRIBUTE_NORMAL, nullptr);
+  const HANDLE file = ::CreateFileW(path.c_str(), opening.access, sharedWithAll, nullptr, opening.disposition,
+                                    FILE_ATTRIBUTE_NORMAL, nullptr);
   if (file != INVALID_HANDLE_VALUE && regular && ::GetFileType(file) != FILE_TYPE_DISK) {
     ::CloseHandle(file);
     return -1;

@@ -130,10 +130,10 @@ TEST(CredentialsDamage, RolesThatNoSectionHoldsAreNotWritten) {
   c.SetFormatVersionNumber(1);
   c.GenerateCredentialsString(text);
   EXPECT_TRUE(CCredentials(text.c_str()).VerifyChecksum());
-  for (const auto set : {&CCredentials::SetClientDescription, &CCredentials::SetClientMachineName,
-                         &CCredentials::SetClientVersion, &CCredentials::SetDomain,
-                         &CCredentials::SetXMLDBEndPoint, &CCredentials::SetLogEndPoint,
-                         &CCredentials::SetLocatorEndPoint})
+  for (const auto set :
+       {&CCredentials::SetClientDescription, &CCredentials::SetClientMachineName,
+        &CCredentials::SetClientVersion, &CCredentials::SetDomain, &CCredentials::SetXMLDBEndPoint,
+        &CCredentials::SetLogEndPoint, &CCredentials::SetLocatorEndPoint})
     (c.*set)(wide.c_str());
   expectMessage(L"Credentials of 34224 enciphered bytes are too long",
                 [&] { c.GenerateCredentialsString(text); });
