@@ -118,6 +118,21 @@ size_t countLineFeeds(std::string_view bytes, Encoding encoding) {
   return is16Bit(encoding) ? count16Bit(bytes, lowByte(encoding)) : count8Bit(bytes);
 }
 
+// In blocks of a size that the compiler knows, so that it looks at many bytes at once.
+size_t plainPrefix(std::string_view bytes) {
+  constexpr size_t lanes = 32;
+  const auto isPlain = [](char c) { return static_cast<signed char>(c) > 0 && c != '\r'; };
+  size_t at = 0;
+  for (; bytes.size() - at >= lanes; at += lanes) {
+    uint8_t strange = 0;
+    for (size_t lane = 0; lane < lanes; ++lane)
+      strange = static_cast<uint8_t>(strange | (isPlain(bytes[at + lane]) ? 0 : 1));
+    if (strange != 0) break;
+  }
+  while (at < bytes.size() && isPlain(bytes[at])) ++at;
+  return at;
+}
+
 void dropReturn(std::string_view& bytes, Encoding encoding) {
   if (!is16Bit(encoding)) {
     if (bytes.ends_with('\r')) bytes.remove_suffix(1);

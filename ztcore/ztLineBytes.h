@@ -30,6 +30,9 @@ size_t wholeLines(std::string_view bytes, ztFile::Encoding encoding);
 
 size_t countLineFeeds(std::string_view bytes, ztFile::Encoding encoding);
 
+// How many bytes at the beginning are ASCII, none of them zero or a carriage return.
+size_t plainPrefix(std::string_view bytes);
+
 // Takes away a carriage return at the end.
 void dropReturn(std::string_view& bytes, ztFile::Encoding encoding);
 

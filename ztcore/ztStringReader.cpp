@@ -106,6 +106,53 @@ int64_t ztStringReader::SkipEqualLines(ztStringReader& a, ztStringReader& b,
   return count;
 }
 
+// What of the window is plain. The same bytes are looked at once, however often the skipping begins anew.
+std::string_view ztStringReader::plainWindow() {
+  const std::string_view window = file_->GetWindow();
+  const int64_t begin = file_->GetPosition();
+  const size_t known = plainEnd_ > begin ? static_cast<size_t>(plainEnd_ - begin) : 0;
+  if (known >= window.size()) return window;
+  const size_t length = known + lines::plainPrefix(window.substr(known));
+  plainEnd_ = begin + static_cast<int64_t>(length);
+  return window.substr(0, length);
+}
+
+// Reads more behind a window that is plain to its end. A very long line would be searched again and again.
+bool ztStringReader::growPlainWindow() {
+  const size_t size = file_->GetWindow().size();
+  return size < 2 * ztFastReadFile::PieceSize && plainWindow().size() == size && file_->Fill() &&
+         !file_->Is16Bit();
+}
+
+int64_t ztStringReader::SkipPairs(ztStringReader& a, ztStringReader& b, const PairTest& test,
+                                  const std::function<void(int64_t)>& watch) {
+  for (const ztStringReader* each : {&a, &b}) {
+    if (!each->file_ || each->file_->Is16Bit() || each->inLongLine_) return 0;
+  }
+  int64_t count = 0;
+  for (bool more = true; more;) {
+    const std::string_view plainA = a.plainWindow(), plainB = b.plainWindow();
+    size_t atA = 0, atB = 0, endA, endB;
+    bool passes = true;
+    for (;; atA = endA + 1, atB = endB + 1, ++count) {
+      endA = plainA.find('\n', atA);
+      endB = plainB.find('\n', atB);
+      if (endA == lines::none || endB == lines::none) break;
+      passes = test(plainA.substr(atA, endA - atA), plainB.substr(atB, endB - atB));
+      if (!passes) break;
+    }
+    a.file_->Consume(atA);
+    b.file_->Consume(atB);
+    if (watch) watch(a.file_->GetPosition());
+    more = passes && (endA != lines::none || a.growPlainWindow()) &&
+           (endB != lines::none || b.growPlainWindow());
+  }
+  if (count == 0) return 0;
+  a.position_ = a.file_->GetPosition();
+  b.position_ = b.file_->GetPosition();
+  return count;
+}
+
 void ztStringReader::SkipLinesWithout(std::string_view text) {
   if (!file_ || file_->Is16Bit()) return;
   if (inLongLine_) passLongLine();

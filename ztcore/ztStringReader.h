@@ -50,6 +50,14 @@ class ZTCORE_API ztStringReader {
   static int64_t SkipEqualLines(ztStringReader& a, ztStringReader& b,
                                 const std::function<void(int64_t position)>& watch = {});
 
+  /// Passes over pairs of lines from here on as long as a test says so, without decoding them. It is asked
+  /// about ASCII only: lines without their line feed, which hold neither zero bytes nor carriage returns. It
+  /// stops, at the latest, before the first pair of others.
+  /// \return how many lines of each.
+  using PairTest = std::function<bool(std::string_view line1, std::string_view line2)>;
+  static int64_t SkipPairs(ztStringReader& a, ztStringReader& b, const PairTest& test,
+                           const std::function<void(int64_t position)>& watch = {});
+
   /// Passes over lines that do not hold a text, which is ASCII without a line feed, at the speed of memory
   /// where it can; never over a last line without an end. What it does not pass over may be without it too.
   void SkipLinesWithout(std::string_view text);
@@ -60,6 +68,8 @@ class ZTCORE_API ztStringReader {
   ztFile::Encoding encodingOf(std::string_view text);
   bool findLine(std::string_view& text, size_t& length);
   void passLongLine();
+  std::string_view plainWindow();
+  bool growPlainWindow();
 
   std::unique_ptr<ztFastReadFile> file_;
   const ztMemoryStringFile* memory_ = nullptr;
@@ -67,4 +77,6 @@ class ZTCORE_API ztStringReader {
   bool hadLineEnd_ = true;
   bool inLongLine_ = false;
   bool wasTooLong_ = false;
+  // Up to where the file is known to be plain: ASCII without zero bytes and carriage returns.
+  int64_t plainEnd_ = 0;
 };

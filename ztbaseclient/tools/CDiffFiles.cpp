@@ -10,6 +10,7 @@
 #include "tovinCore/Numbers.h"
 #include "tovinCore/Units.h"
 #include "ztbaseclient/tools/DiffInfo.h"
+#include "ztbaseclient/tools/NearLines.h"
 #include "ztcore/ztFastReadFile.h"
 #include "ztcore/ztStringReader.h"
 
@@ -83,7 +84,8 @@ bool CDiffFiles::FileIsBinary(const wchar_t* path) {
 
 void CDiffFiles::Compared(int64_t) const {}
 
-// Equal lines leave no trace but their number, so they are skipped without being looked at.
+// Equal lines leave no trace but their number, so they are skipped without being looked at; of lines that
+// differ less than the worst so far no more than that is left.
 void CDiffFiles::compareText(const wchar_t* file1, const wchar_t* file2, int tolerance) const {
   ztStringReader reader1(file1), reader2(file2);
   tovin::WideString line1, line2;
@@ -92,6 +94,14 @@ void CDiffFiles::compareText(const wchar_t* file1, const wchar_t* file2, int tol
   const auto watch = [this](int64_t done) { Compared(done); };
   for (int64_t lines = 0;;) {
     lines += ztStringReader::SkipEqualLines(reader1, reader2, watch);
+    if (tolerance != 0) {
+      NearLines near(worst.measure);
+      const auto passes = [&](std::string_view text1, std::string_view text2) {
+        return near.pass(text1, text2);
+      };
+      lines += ztStringReader::SkipPairs(reader1, reader2, passes, watch);
+      differ = differ || near.differ();
+    }
     if (!reader1.GetLine(line1)) break;
     if (!reader2.GetLine(line2)) throw DiffErrorException(L"File %ls is longer than %ls", file1, file2);
     const int lineNo = static_cast<int>(++lines);

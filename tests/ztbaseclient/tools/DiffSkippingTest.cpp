@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <charconv>
 #include <cmath>
 #include <random>
 #include <vector>
@@ -101,6 +102,39 @@ TEST_F(DiffSkipping, ComesToTheSameEndAsThePlainComparison) {
     const std::vector<std::string> lines = someLines(random);
     const std::string text1 = variant(random, lines), text2 = variant(random, lines);
     expectSame(text1, text2, static_cast<int>(below(random, 3)) * 4);
+  }
+}
+
+// A number and one that is near it, each written in any of many ways.
+std::pair<std::string, std::string> nearNumbers(Random& random) {
+  static const double nearness[] = {0, 0, 1e-13, 1e-9, 1e-7, 3e-7, 1e-6, 2e-6};
+  static const int digits[] = {9, 9, 9, 6, 3, 15, 0, 12};
+  const auto text = [&](double number, size_t form) {
+    char room[64];
+    const auto kind = below(random, 60) ? std::chars_format::fixed : std::chars_format::scientific;
+    return std::string(room, std::to_chars(room, room + sizeof room, number, kind, digits[form]).ptr);
+  };
+  const double value = (static_cast<double>(below(random, 100'000)) - 20) / 1000;
+  const size_t form = below(random, below(random, 4) ? 3 : std::size(digits));
+  return {text(value, form), text(value * (1 + nearness[below(random, 8)]), below(random, 50) ? form : 7)};
+}
+
+TEST_F(DiffSkipping, TablesWithinToleranceComeToTheSameEnd) {
+  Random random(22);
+  static const char* const gaps[] = {" ", " ", " ", "\t", ",", "=", "  ", "x", "\xC2\xA0"};
+  for (int round = 0; round < 600; ++round) {
+    std::string text1, text2;
+    for (size_t line = below(random, 12); line > 0; --line) {
+      for (size_t field = 1 + below(random, 4); field > 0; --field) {
+        const auto [number1, number2] = nearNumbers(random);
+        const std::string gap = gaps[below(random, below(random, 8) ? 6 : std::size(gaps))];
+        text1 += gap + number1;
+        text2 += gap + number2;
+      }
+      text1 += '\n';
+      text2 += below(random, 30) ? "\n" : "\r\n";
+    }
+    expectSame(text1, text2, 1 + static_cast<int>(below(random, 8)));
   }
 }
 
