@@ -98,9 +98,9 @@ bool NearLines::pass(std::string_view line1, std::string_view line2) {
   return true;
 }
 
-// The zero has no digits to share; whoever looks closer knows what to do with it.
+// A zero shares no digits with anything: nothing is less than its share.
 bool NearLines::passNumbers(const char*& at1, const char* end1, const char*& at2, const char* end2) const {
   double x = 0, y = 0;
-  if (!takeDecimal(at1, end1, x) || !takeDecimal(at2, end2, y) || x == 0 || y == 0) return false;
+  if (!takeDecimal(at1, end1, x) || !takeDecimal(at2, end2, y)) return false;
   return std::fabs(x - y) < limit_ * std::min(std::fabs(x), std::fabs(y));
 }
