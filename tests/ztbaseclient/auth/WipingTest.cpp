@@ -4,8 +4,10 @@
 #include <new>
 
 #include "tests/support/Bytes.h"
+#include "tests/support/TempFolder.h"
 #include "ztbaseclient/auth/CAuthParameters.h"
 #include "ztbaseclient/auth/CCredentials.h"
+#include "ztbaseclient/client/ztSoapUtils.h"
 
 namespace {
 
@@ -88,6 +90,16 @@ TEST(Wiping, NothingOfAPasswordIsLeftInMemoryGivenBack) {
     CAuthParameters().SetPassword(password);
   };
   EXPECT_EQ(passwordsLeftBy(read), 0);
+}
+
+TEST(Wiping, NothingIsLeftByAnUpload) {
+  const testsupport::ScopedVariable noProxy("no_proxy", "*");
+  const std::wstring url = std::wstring(L"http://ann:") + password + L"@127.0.0.1:1/";
+  const auto upload = [&] {
+    EXPECT_THROW(ztSoapUtils::UploadViaCGI(L".", L"name", nullptr, password, true, url.c_str()),
+                 tovin::Exception);
+  };
+  EXPECT_EQ(passwordsLeftBy(upload), 0);
 }
 
 TEST(Wiping, NothingIsLeftByAFailureEither) {
