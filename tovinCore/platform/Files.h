@@ -13,7 +13,7 @@ namespace tovin::platform {
 enum class OpenMode { read, write, append, probe, create };
 
 /// A handle, -1 when the file cannot be had; a folder never can.
-TOVINCORE_API intptr_t openFile(const wchar_t* name, OpenMode mode) noexcept;
+TOVINCORE_API intptr_t openFile(const wchar_t* name, OpenMode mode);
 TOVINCORE_API void closeFile(intptr_t handle) noexcept;
 /// The count, 0 at the end, -1 for a failure; it may be less than asked for.
 TOVINCORE_API int64_t readFile(intptr_t handle, void* bytes, size_t count) noexcept;
@@ -22,6 +22,6 @@ TOVINCORE_API bool seekFile(intptr_t handle, int64_t position) noexcept;
 /// -1 for a failure.
 TOVINCORE_API int64_t fileLength(intptr_t handle) noexcept;
 /// Whether there is a file of bytes: no folder, no device, no pipe. Opens nothing, so that it never waits.
-TOVINCORE_API bool isRegularFile(const wchar_t* name) noexcept;
+TOVINCORE_API bool isRegularFile(const wchar_t* name);
 
 }  // namespace tovin::platform

@@ -39,9 +39,10 @@ int64_t uninterrupted(Call&& call) {
 
 }  // namespace
 
-intptr_t openFile(const wchar_t* name, OpenMode mode) noexcept {
-  const int64_t file = uninterrupted(
-      [&] { return ::open(wideToUtf8(name).c_str(), flagsOf(mode) | O_CLOEXEC, permissionsOf(mode)); });
+intptr_t openFile(const wchar_t* name, OpenMode mode) {
+  const std::string path = wideToUtf8(name);
+  const int64_t file =
+      uninterrupted([&] { return ::open(path.c_str(), flagsOf(mode) | O_CLOEXEC, permissionsOf(mode)); });
   struct stat facts;
   if (file >= 0 && (::fstat(static_cast<int>(file), &facts) != 0 || S_ISDIR(facts.st_mode))) {
     closeFile(file);
@@ -71,9 +72,10 @@ int64_t fileLength(intptr_t handle) noexcept {
   return ::fstat(descriptor(handle), &facts) == 0 ? facts.st_size : -1;
 }
 
-bool isRegularFile(const wchar_t* name) noexcept {
+bool isRegularFile(const wchar_t* name) {
+  const std::string path = wideToUtf8(name);
   struct stat facts;
-  return ::stat(wideToUtf8(name).c_str(), &facts) == 0 && S_ISREG(facts.st_mode);
+  return ::stat(path.c_str(), &facts) == 0 && S_ISREG(facts.st_mode);
 }
 
 }  // namespace tovin::platform

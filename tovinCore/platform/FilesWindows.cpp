@@ -39,7 +39,7 @@ DWORD pieceOf(size_t count) { return static_cast<DWORD>(std::min(count, longestP
 }  // namespace
 
 // A folder is refused by the system itself; who may read a new file is as its folder says.
-intptr_t openFile(const wchar_t* name, OpenMode mode) noexcept {
+intptr_t openFile(const wchar_t* name, OpenMode mode) {
   const Opening opening = openingOf(mode);
   const HANDLE file = ::CreateFileW(systemPath(name).c_str(), opening.access, sharedWithAll, nullptr,
                                     opening.disposition, FILE_ATTRIBUTE_NORMAL, nullptr);
@@ -70,7 +70,7 @@ int64_t fileLength(intptr_t handle) noexcept {
   return ::GetFileSizeEx(handleOf(handle), &length) ? length.QuadPart : -1;
 }
 
-bool isRegularFile(const wchar_t* name) noexcept {
+bool isRegularFile(const wchar_t* name) {
   const std::wstring path = systemPath(name);
   if (path.starts_with(L"\\\\.\\")) return false;  // a device or a pipe
   const DWORD attributes = ::GetFileAttributesW(path.c_str());
