@@ -71,8 +71,8 @@ endfunction()
 
 # ztb_test(<name> SOURCES <file>... [LIBS <library>...] [LABELS <label>...] [TIMEOUT <seconds>])
 #
-# The GoogleTest program test_<name>, one ctest named <name>. The label "threads" has it run under the thread
-# sanitizer too.
+# The GoogleTest program test_<name>, as two ctests: <name> with the object pools off, <name>.pools with them on.
+# The label "threads" has it run under the thread sanitizer too.
 function(ztb_test name)
   cmake_parse_arguments(PARSE_ARGV 1 ARG "" "TIMEOUT" "SOURCES;LIBS;LABELS")
   ztb_refuse_unparsed(ztb_test ${name})
@@ -81,8 +81,11 @@ function(ztb_test name)
   endif()
   add_executable(test_${name} ${ARG_SOURCES})
   target_link_libraries(test_${name} PRIVATE testSupport ${ARG_LIBS})
-  add_test(NAME ${name} COMMAND test_${name} --gtest_brief=1)
-  set_tests_properties(${name} PROPERTIES LABELS "${ARG_LABELS}" TIMEOUT ${ARG_TIMEOUT})
+  foreach(run IN ITEMS ${name} ${name}.pools)
+    add_test(NAME ${run} COMMAND test_${name} --gtest_brief=1)
+    set_tests_properties(${run} PROPERTIES LABELS "${ARG_LABELS}" TIMEOUT ${ARG_TIMEOUT})
+  endforeach()
+  set_tests_properties(${name}.pools PROPERTIES ENVIRONMENT ZTB_TEST_POOLS=1)
   if("threads" IN_LIST ARG_LABELS)
     add_dependencies(threadTests test_${name})
   endif()

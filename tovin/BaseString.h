@@ -100,9 +100,14 @@ class BaseString {
   C* data() noexcept { return text_; }
 
   BaseString& assign(const C* text, size_t length) {
-    BaseString old;
-    if (text_ && capacity() < length) std::swap(old.text_, text_);  // the text may lie inside it
-    grow(length);
+    if (!text_ || capacity() < length) {
+      BaseString fresh;  // beside the old text, in which the new one may lie
+      fresh.enlarge(length);
+      std::char_traits<C>::copy(fresh.text_, text, length);
+      fresh.setLength(length);
+      std::swap(text_, fresh.text_);
+      return *this;
+    }
     std::char_traits<C>::move(text_, text, length);
     setLength(length);
     return *this;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <type_traits>
+#include <utility>
 
 #include "tovin/Object.h"
 #include "tovin/PooledClass.h"
@@ -26,9 +27,26 @@ class LeakRegistration {
   LeakRegistration(const LeakRegistration&) noexcept { add(); }
   LeakRegistration& operator=(const LeakRegistration&) noexcept { return *this; }
   ~LeakRegistration() { remove(); }
-  void add() noexcept { T::m_leakDetector.Add(this, T::ClassName); }
-  void remove() noexcept { T::m_leakDetector.Sub(this); }
+  void add() const noexcept {
+    if (!std::exchange(counted_, true)) T::m_leakDetector.Add(this, T::ClassName);
+  }
+  void remove() const noexcept {
+    if (std::exchange(counted_, false)) T::m_leakDetector.Sub(this);
+  }
+
+ private:
+  mutable bool counted_ = false;
 };
+
+/// The detector of a base, which counts an object of a derived class too; null for a base that has none.
+template <class Base>
+LeakDetector* detectorOf() {
+  if constexpr (requires { Base::m_leakDetector; }) {
+    return &Base::m_leakDetector;
+  } else {
+    return nullptr;
+  }
+}
 
 /// The contract of framework class T, written once.
 ///
@@ -43,8 +61,19 @@ class FrameworkClass : public Bases... {
  public:
   Class& getClass() const override { return T::m_class; }
   const ClassTag& getClassTag() const override { return T::Tag; }
-  Object* newInstance() const override { return T::m_class.newInstance(); }
-  Object* clone() const override { return T::m_class.allocateCopy(self()); }
+  Object* newInstance() const override {
+    return guarded({T::ClassName, "newInstance"}, [] { return T::m_class.newInstance(); });
+  }
+  /// Of a node a deep copy: assigning nodes is shallow.
+  Object* clone() const override {
+    return guarded({T::ClassName, "clone"}, [this]() -> Object* {
+      if constexpr (requires { self().cloneNode(true); }) {
+        return self().cloneNode(true);
+      } else {
+        return T::m_class.allocateCopy(self());
+      }
+    });
+  }
 
   void* _SeekClassIdentity(const ClassTag& tag) override {
     if (tag == T::Tag) return &self();
@@ -61,12 +90,24 @@ class FrameworkClass : public Bases... {
     });
   }
 
-  static T* allocate() { return T::m_class.allocate(); }
-  static T* allocateCopy(const T& source) { return T::m_class.allocateCopy(source); }
-  static void deallocate(T*& object) { T::m_class.deallocate(object); }
+  static T* allocate() {
+    return guarded({T::ClassName, "allocate"}, [] { return T::m_class.allocate(); });
+  }
+  static T* allocateCopy(const T& source) {
+    return guarded({T::ClassName, "allocateCopy"}, [&] { return T::m_class.allocateCopy(source); });
+  }
+  static void deallocate(T*& object) {
+    guarded({T::ClassName, "deallocate"}, [&] { T::m_class.deallocate(object); });
+  }
 
-  void AddToLeakDetector() { registration_.add(); }
-  void RemoveFromLeakDetector() { registration_.remove(); }
+  /// The detector of the base that each object has, null if none has one.
+  static LeakDetector* partDetector() {
+    LeakDetector* found = nullptr;
+    static_cast<void>(((found = detectorOf<Bases>()) || ...));
+    return found;
+  }
+  void AddToLeakDetector() const { registration_.add(); }
+  void RemoveFromLeakDetector() const { registration_.remove(); }
 
  protected:
   T& self() { return static_cast<T&>(*this); }

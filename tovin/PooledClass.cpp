@@ -51,7 +51,7 @@ void Pool::adopt(PooledObject& object, void* memory) {
   object.origin_ = memory ? PooledObject::Origin::block : PooledObject::Origin::heap;
 }
 
-bool Pool::giveBack(PooledObject& object) {
+bool Pool::giveBack(PooledObject& object, std::exception_ptr& failure) {
   if (object.origin_ == PooledObject::Origin::plainNew) return false;
   AutoCriticalSection held(lock_);
   held.lock(lockTimeout, true);
@@ -65,10 +65,15 @@ bool Pool::giveBack(PooledObject& object) {
     return false;
   }
   held.unlock();
-  object.onDeactivate();
+  try {
+    object.onDeactivate();
+  } catch (...) {
+    failure = std::current_exception();
+  }
   held.lock(lockTimeout, true);
   if (outstanding_ == 0) refuseLeak();
   --outstanding_;
+  if (failure) return false;
   object.next_ = firstFree_;
   firstFree_ = &object;
   leaks_.setResting(++free_);

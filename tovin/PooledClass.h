@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <exception>
 
 #include "tovin/Object.h"
 #include "tovinCore/CriticalSection.h"
@@ -33,7 +34,9 @@ class TOVIN_API Pool {
   /// Tells the object that take() gave memory for where that came from.
   static void adopt(PooledObject& object, void* memory);
   /// Takes an object back. True: it was kept. False: it is counted out no more, and the caller destroys it.
-  bool giveBack(PooledObject& object);
+  /// \param failure out: what its onDeactivate threw; an object that could not put its things away is not
+  /// kept.
+  bool giveBack(PooledObject& object, std::exception_ptr& failure);
   /// Where the memory of an object that giveBack() refused goes after its destructor ran.
   void recycle(void* memory);
   static bool liesInBlock(const PooledObject& object) {
@@ -67,7 +70,11 @@ class PooledClassImp : public Class, public Pool {
 
  public:
   PooledClassImp(const ClassTag& tag, LeakDetector& leaks)
-      : Class(tag, leaks), Pool(sizeof(T), Limit, leaks) {}
+      : Class(tag, leaks), Pool(sizeof(T), Limit, leaks) {
+    if constexpr (requires { T::partDetector(); }) {
+      if (LeakDetector* part = T::partDetector()) leaks.setPart(*part);
+    }
+  }
 
   Object* newInstance() override { return allocate(); }
 
@@ -91,13 +98,19 @@ class PooledClassImp : public Class, public Pool {
     }
     return object;
   }
-  /// Returns an object to the pool and clears the caller's pointer.
+  /// Returns an object to the pool and clears the caller's pointer; nothing for null. What its onDeactivate
+  /// throws comes out when the object is gone.
   void deallocate(T*& object) {
     T* given = std::exchange(object, nullptr);
-    if (giveBack(*given)) return;
-    if (!liesInBlock(*given)) return delete given;
-    given->~T();
-    recycle(given);
+    std::exception_ptr failure;
+    if (!given || giveBack(*given, failure)) return;
+    if (liesInBlock(*given)) {
+      given->~T();
+      recycle(given);
+    } else {
+      delete given;
+    }
+    if (failure) std::rethrow_exception(std::move(failure));
   }
 
  private:

@@ -24,7 +24,8 @@ class SecretString {
   SecretString(const SecretString&) = default;
   SecretString(SecretString&&) noexcept = default;
   ~SecretString() { wipeText(); }
-  SecretString& operator=(SecretString other) noexcept {
+  SecretString& operator=(const SecretString& other) { return *this = SecretString(other); }
+  SecretString& operator=(SecretString&& other) noexcept {
     std::swap(text_, other.text_);
     return *this;
   }

@@ -1,12 +1,13 @@
 #include "tovinCore/CriticalSection.h"
 
 #include <chrono>
+#include <system_error>
 
 #include "tovinCore/Exception.h"
 
 namespace tovin {
 
-bool CriticalSection::wait(long timeout) {
+bool CriticalSection::wait(long timeout) noexcept try {
   const auto deadline = std::chrono::steady_clock::now() + std::chrono::milliseconds(timeout);
   std::unique_lock<std::mutex> held(mutex_);
   // Whoever gets the lock here leaves it marked contended: other sleepers may still be waiting behind it.
@@ -16,11 +17,17 @@ bool CriticalSection::wait(long timeout) {
     }
   }
   return true;
+} catch (const std::system_error&) {
+  return false;  // the system has no lock to sleep on
 }
 
 void CriticalSection::wake() noexcept {
   // Taking the mutex makes sure that a waiter which marked the lock contended is asleep by now.
-  { const std::lock_guard<std::mutex> held(mutex_); }
+  try {
+    const std::lock_guard<std::mutex> held(mutex_);
+  } catch (const std::system_error&) {
+    // A waiter that is not asleep yet sleeps until its time-out then.
+  }
   woken_.notify_one();
 }
 

@@ -20,7 +20,7 @@ class TOVINCORE_API CriticalSection {
     return state_.compare_exchange_strong(free, locked, std::memory_order_acquire, std::memory_order_relaxed);
   }
   /// \param timeout milliseconds. False when the lock was not had in that time.
-  bool lock(long timeout) { return tryLock() || wait(timeout); }
+  bool lock(long timeout) noexcept { return tryLock() || wait(timeout); }
   void unlock() noexcept {
     if (state_.exchange(unlocked, std::memory_order_release) == contended) wake();
   }
@@ -28,7 +28,7 @@ class TOVINCORE_API CriticalSection {
  private:
   // `contended` tells the holder that somebody may sleep, so only then does unlocking look for sleepers.
   enum : int { unlocked, locked, contended };
-  bool wait(long timeout);
+  bool wait(long timeout) noexcept;
   void wake() noexcept;
 
   std::atomic<int> state_{unlocked};

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <exception>
 #include <utility>
 
 #include "tovinCore/Export.h"
@@ -40,5 +41,28 @@ void guardedDestruction(const char* className, Body&& body, const char* method =
     discardNamed({className, method});
   }
 }
+
+/// Runs steps that give things up, one after the other: none is left out because another failed.
+///
+///     Releasing releasing;
+///     while (!list.isEmpty()) releasing.step([&] { list.takeLast()->release(); });
+///     releasing.finish();  // throws what the first failure threw
+class Releasing {
+ public:
+  template <class Body>
+  void step(Body&& body) {
+    try {
+      std::forward<Body>(body)();
+    } catch (...) {
+      if (!failure_) failure_ = std::current_exception();
+    }
+  }
+  void finish() {
+    if (failure_) std::rethrow_exception(std::move(failure_));
+  }
+
+ private:
+  std::exception_ptr failure_;
+};
 
 }  // namespace tovin

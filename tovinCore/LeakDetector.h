@@ -10,11 +10,13 @@ namespace tovin {
 
 /// Counts the living objects of one class. Static: one for each class, built with the class name.
 ///
-/// - Objects that rest in a pool are not alive; the pool says how many rest.
+/// - Objects that rest in a pool are not alive, nor what is part of them; the pool says how many rest.
 /// - Threads: any; the counts are relaxed atomics.
 class TOVINCORE_API LeakDetector {
  public:
-  explicit LeakDetector(const char* name) noexcept;
+  /// \param part the detector of what each object of the class has one of, for as long as it exists: of a
+  /// base, or of a member; null if none.
+  explicit LeakDetector(const char* name, LeakDetector* part = nullptr) noexcept;
   ~LeakDetector();
   LeakDetector(const LeakDetector&) = delete;
   LeakDetector& operator=(const LeakDetector&) = delete;
@@ -27,9 +29,8 @@ class TOVINCORE_API LeakDetector {
   void setResting(long count) noexcept { resting_.store(count, std::memory_order_relaxed); }
 
   const char* getName() const noexcept { return name_; }
-  long getLive() const noexcept {
-    return made_.load(std::memory_order_relaxed) - resting_.load(std::memory_order_relaxed);
-  }
+  long getLive() const noexcept;
+  void setPart(LeakDetector& part) noexcept;
 
   struct Count {
     std::string name;
@@ -39,7 +40,10 @@ class TOVINCORE_API LeakDetector {
   static std::vector<Count> report();
 
  private:
+  long live() const noexcept;
+
   const char* name_;
+  LeakDetector* part_;
   std::atomic<long> made_{0};
   std::atomic<long> resting_{0};
   LeakDetector* next_;

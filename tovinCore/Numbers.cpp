@@ -1,5 +1,6 @@
 #include "tovinCore/Numbers.h"
 
+#include <algorithm>
 #include <charconv>
 #include <cmath>
 #include <limits>
@@ -8,6 +9,9 @@
 
 namespace tovin::util {
 namespace {
+
+// No exponent that is written with more can make a difference, whatever the length of the digits.
+constexpr long long mostExponent = 1'000'000'000'000LL;
 
 bool isBlank(wchar_t c) { return c == L' ' || (c >= L'\t' && c <= L'\r'); }
 bool isDigit(char c) { return c >= '0' && c <= '9'; }
@@ -18,15 +22,88 @@ std::wstring_view trimmed(std::wstring_view text) {
   return text;
 }
 
-// Numbers are ASCII; a text with anything else is none.
-bool narrowed(std::wstring_view text, std::string& out) {
-  out.clear();
-  for (wchar_t c : text) {
-    if (static_cast<unsigned long>(c) > 0x7F) return false;
-    out += static_cast<char>(c);
+bool isDigit(wchar_t c) { return c >= L'0' && c <= L'9'; }
+
+// The characters of a number, in a place of its own: no text is too long for it, and none needs memory.
+class NumberChars {
+ public:
+  // False for a text that is no number because of what it consists of.
+  bool take(std::wstring_view text) noexcept { return text.size() <= longest ? narrow(text) : shorten(text); }
+  std::string_view view() const noexcept { return {chars_, size_}; }
+
+ private:
+  // Digits beyond these only tell whether a number lies on the middle between two doubles or above it.
+  static constexpr size_t decidingDigits = 800;
+  static constexpr size_t longest = decidingDigits + 100;
+
+  void put(char c) noexcept { chars_[size_++] = c; }
+
+  // Numbers are ASCII; a text with anything else is none.
+  bool narrow(std::wstring_view text) noexcept {
+    for (wchar_t c : text) {
+      if (static_cast<unsigned long>(c) > 0x7F) return false;
+      put(static_cast<char>(c));
+    }
+    return true;
   }
-  return true;
-}
+
+  // [sign] digits [. digits] [e [sign] digits], written anew as digits that decide and an exponent.
+  bool shorten(std::wstring_view text) noexcept {
+    size_t at = 0;
+    const auto more = [&] { return at < text.size(); };
+    if (text[at] == L'-' || text[at] == L'+') put(static_cast<char>(text[at++]));
+    const size_t begin = size_;
+    long long exponent = 0;
+    bool point = false, digits = false, rest = false;
+    for (; more() && (isDigit(text[at]) || (text[at] == L'.' && !point)); ++at) {
+      if (text[at] == L'.') {
+        point = true;
+        continue;
+      }
+      digits = true;
+      const bool significant = size_ > begin || text[at] != L'0';
+      const bool dropped = significant && size_ - begin == decidingDigits;
+      if (significant && !dropped) put(static_cast<char>(text[at]));
+      rest = rest || (dropped && text[at] != L'0');
+      if (dropped)
+        exponent += point ? 0 : 1;
+      else
+        exponent -= point ? 1 : 0;
+    }
+    if (!digits) return false;
+    if (more()) {
+      long long written = 0;
+      text.remove_prefix(at);
+      if (!readExponent(text, written)) return false;
+      exponent += written;
+    }
+    if (size_ == begin) return put('0'), true;
+    if (rest) {
+      put('1');
+      --exponent;
+    }
+    put('e');
+    size_ = static_cast<size_t>(std::to_chars(chars_ + size_, chars_ + sizeof chars_, exponent).ptr - chars_);
+    return true;
+  }
+
+  static bool readExponent(std::wstring_view text, long long& value) noexcept {
+    if (text.front() != L'e' && text.front() != L'E') return false;
+    text.remove_prefix(1);
+    const bool negative = !text.empty() && text.front() == L'-';
+    if (negative || (!text.empty() && text.front() == L'+')) text.remove_prefix(1);
+    if (text.empty()) return false;
+    for (wchar_t c : text) {
+      if (!isDigit(c)) return false;
+      value = std::min(value * 10 + (c - L'0'), mostExponent);
+    }
+    if (negative) value = -value;
+    return true;
+  }
+
+  char chars_[longest + 32];
+  size_t size_ = 0;
+};
 
 // from_chars only says "out of range": whether above or below shows in where the first digit that counts
 // stands.
@@ -47,7 +124,7 @@ double outOfRange(std::string_view text) {
     const bool negative = text[++at] == '-';
     if (text[at] == '-' || text[at] == '+') ++at;
     long long written = 0;
-    for (; at < text.size(); ++at) written = std::min(written * 10 + (text[at] - '0'), 1'000'000'000'000LL);
+    for (; at < text.size(); ++at) written = std::min(written * 10 + (text[at] - '0'), mostExponent);
     exponent += negative ? -written : written;
   }
   return exponent > 0 ? std::numeric_limits<double>::infinity() : 0.0;
@@ -56,9 +133,9 @@ double outOfRange(std::string_view text) {
 }  // namespace
 
 bool tryStringToDouble(std::wstring_view text, double& value) noexcept {
-  std::string digits;
-  if (!narrowed(trimmed(text), digits) || digits.empty()) return false;
-  std::string_view rest = digits;
+  NumberChars chars;
+  if (!chars.take(trimmed(text)) || chars.view().empty()) return false;
+  std::string_view rest = chars.view();
   const bool negative = rest.front() == '-';
   if (rest.front() == '-' || rest.front() == '+') rest.remove_prefix(1);
   if (rest.empty() || rest.front() == '-') return false;
@@ -71,13 +148,19 @@ bool tryStringToDouble(std::wstring_view text, double& value) noexcept {
 }
 
 bool tryStringToInteger(std::wstring_view text, int& value) noexcept {
-  std::string digits;
-  if (!narrowed(trimmed(text), digits) || digits.empty()) return false;
-  const char* first = digits.data() + (digits.front() == '+' ? 1 : 0);
-  const char* last = digits.data() + digits.size();
-  if (first != last && first != digits.data() && *first == '-') return false;
-  const auto [end, error] = std::from_chars(first, last, value);
-  return error == std::errc() && end == last;
+  text = trimmed(text);
+  const bool negative = !text.empty() && text.front() == L'-';
+  if (negative || (!text.empty() && text.front() == L'+')) text.remove_prefix(1);
+  if (text.empty()) return false;
+  const long long limit = negative ? 0x80000000LL : 0x7FFFFFFFLL;
+  long long number = 0;
+  for (wchar_t c : text) {
+    if (!isDigit(c)) return false;
+    number = number * 10 + (c - L'0');
+    if (number > limit) return false;
+  }
+  value = static_cast<int>(negative ? -number : number);
+  return true;
 }
 
 int stringToInteger(std::wstring_view text) noexcept {

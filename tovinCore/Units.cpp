@@ -1,6 +1,7 @@
 #include "tovinCore/Units.h"
 
 #include <algorithm>
+#include <chrono>
 #include <random>
 
 namespace tovin {
@@ -48,11 +49,16 @@ constexpr auto asItIs = [](uint32_t unit) { return unit; };
 struct HashKey {
   uint64_t start, factor;
 
-  static uint64_t draw() {
+  static uint64_t draw() noexcept try {
     std::random_device source;
     return uint64_t{source()} << 32 | source();
+  } catch (...) {
+    // No randomness to be had: when, and where the stack lies, is not known to those who prepare texts
+    // either.
+    const auto now = std::chrono::steady_clock::now().time_since_epoch().count();
+    return (static_cast<uint64_t>(now) ^ reinterpret_cast<uintptr_t>(&now)) * 0x9E3779B97F4A7C15u;
   }
-  HashKey() : start(draw()), factor(draw() | 1) {}
+  HashKey() noexcept : start(draw()), factor(draw() | 1) {}
 };
 
 template <class Fold>

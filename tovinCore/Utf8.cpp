@@ -163,7 +163,8 @@ size_t wideToUtf8(std::wstring_view text, char* out) noexcept {
     for (size_t i = 0; i < asciiBlock; ++i) out[at + i] = static_cast<char>(text[at + i]);
   }
   char* to = out + ascii;
-  forCharacters(text.substr(ascii), [&](uint32_t value) {
+  text.remove_prefix(ascii);
+  forCharacters(text, [&](uint32_t value) {
     if (value < 0x80)
       *to++ = static_cast<char>(value);
     else
@@ -174,7 +175,8 @@ size_t wideToUtf8(std::wstring_view text, char* out) noexcept {
 
 size_t utf8Length(std::wstring_view text) noexcept {
   size_t length = asciiPrefix(text);
-  forCharacters(text.substr(length), [&](uint32_t value) { length += lengthOf(value); });
+  text.remove_prefix(length);
+  forCharacters(text, [&](uint32_t value) { length += lengthOf(value); });
   return length;
 }
 

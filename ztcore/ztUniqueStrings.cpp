@@ -66,9 +66,9 @@ class Part {
         return;
     }
     // The last reference goes under the lock, so that nobody finds the text between counting and removing it.
-    tovin::AutoCriticalSection held(lock_);
-    if (!held.lock(lockTimeout, false)) return;
+    if (!lock_.lock(lockTimeout)) return;
     if (entry.references.fetch_sub(1, std::memory_order_acq_rel) == 1) remove(entry);
+    lock_.unlock();
   }
 
   size_t count() {
@@ -137,8 +137,12 @@ class Part {
 constexpr uint32_t parts = 16;
 
 // Never destroyed: static objects of any module may hold names to the very end.
+std::atomic<Part*> madeTable{nullptr};
+
 Part* table() {
+  if (Part* made = madeTable.load(std::memory_order_acquire)) return made;
   static Part* only = new Part[parts];
+  madeTable.store(only, std::memory_order_release);
   return only;
 }
 
@@ -155,9 +159,15 @@ const wchar_t* ztUniqueStrings::GetUniqueString(const wchar_t* newText, const wc
     const uint32_t hash = tovin::hashKeyed({newText, length});
     result = partOf(hash).intern(newText, length, hash, fresh)->text();
   }
-  if (oldText) partOf(entryOf(oldText)->hash).release(*entryOf(oldText));
+  Release(oldText);
   if (created) *created = fresh;
   return result;
+}
+
+void ztUniqueStrings::giveUp(const wchar_t* text) noexcept {
+  Entry& entry = *entryOf(text);
+  // A text was handed out, so there is a table.
+  madeTable.load(std::memory_order_acquire)[entry.hash % parts].release(entry);
 }
 
 const wchar_t* ztUniqueStrings::AddReference(const wchar_t* text) noexcept {

@@ -7,7 +7,7 @@
 /// The process-wide table of shared wide texts: equal texts are one copy, and so one pointer.
 ///
 ///     name = ztUniqueStrings::GetUniqueString(L"size", name, &created);   // gives up what name held
-///     name = ztUniqueStrings::GetUniqueString(nullptr, name, nullptr);    // only gives up
+///     ztUniqueStrings::Release(name);                                     // only gives up
 ///
 /// - Ownership: each pointer handed out counts one reference; the copy dies with its last reference. A count
 ///   that reaches its limit stays there, and the text with it.
@@ -20,11 +20,19 @@ class ZTCORE_API ztUniqueStrings {
   /// \param created out, may be null: true when no copy of the text existed.
   static const wchar_t* GetUniqueString(const wchar_t* newText, const wchar_t* oldText, bool* created);
 
+  /// Gives up a reference; nothing for null.
+  static void Release(const wchar_t* text) noexcept {
+    if (text) giveUp(text);
+  }
+
   /// One more reference to a text handed out before; null for null.
   static const wchar_t* AddReference(const wchar_t* text) noexcept;
 
   /// How many distinct texts are held now.
   static size_t GetCount();
+
+ private:
+  static void giveUp(const wchar_t* text) noexcept;
 };
 
 /// Holds one shared text for a scope or as a key.
@@ -35,7 +43,7 @@ class ztUniqueString {
       : text_(ztUniqueStrings::GetUniqueString(text, nullptr, nullptr)) {}
   ztUniqueString(const ztUniqueString& other) noexcept : text_(ztUniqueStrings::AddReference(other.text_)) {}
   ztUniqueString(ztUniqueString&& other) noexcept : text_(other.text_) { other.text_ = nullptr; }
-  ~ztUniqueString() { ztUniqueStrings::GetUniqueString(nullptr, text_, nullptr); }
+  ~ztUniqueString() { ztUniqueStrings::Release(text_); }
   ztUniqueString& operator=(ztUniqueString other) noexcept {
     const wchar_t* mine = text_;
     text_ = other.text_;

@@ -75,8 +75,8 @@ std::string BitsetValue::getBytes() const {
 }
 
 void BitsetValue::setBytes(const unsigned char* bytes, unsigned bits) {
-  content_.words.clear();
   resize(bits);
+  setAll(false);
   for (size_t i = 0; i < bytesFor(bits); ++i) {
     content_.words.data()[i / 4] |= static_cast<uint32_t>(bytes[i]) << 8 * (i % 4);
   }

@@ -14,17 +14,19 @@ void writeList(iByteOutputStream& stream, const List& list, Write&& write) {
   for (const auto& element : list) write(element);
 }
 
-/// Reads it back, an element by each read(element). What arrived before a failure stays in the list.
+/// Reads it back, an element by each read(element). Empty after a failure.
 template <class List, class Read>
 void readList(iByteInputStream& stream, List& list, Read&& read) {
   list.clear();
   const int32_t count = readInt(stream);
   if (count < 0) throw Exception(L"A list cannot have the count %d", count);
+  List arrived;
   for (int32_t i = 0; i < count; ++i) {
     typename List::value_type element{};
     read(element);
-    list.push_back(std::move(element));
+    arrived.push_back(std::move(element));
   }
+  list.swap(arrived);
 }
 
 }  // namespace tovin::coding

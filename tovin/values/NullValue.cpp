@@ -7,7 +7,7 @@ LeakDetector NullValue::m_leakDetector(NullValue::ClassName);
 PooledClassImp<NullValue> NullValue::m_class(NullValue::Tag, NullValue::m_leakDetector);
 
 const NullValue& NullValue::shared() {
-  static const NullValue only;
+  static const NullValue only{uncounted};
   return only;
 }
 

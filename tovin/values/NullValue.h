@@ -12,6 +12,12 @@ class TOVIN_API NullValue : public ValueClass<NullValue> {
   static PooledClassImp<NullValue> m_class;
   static LeakDetector m_leakDetector;
 
+  /// Tells that a value is there for the whole process, and no object that leak detection asks for.
+  enum Uncounted { uncounted };
+
+  NullValue() = default;
+  explicit NullValue(Uncounted) { RemoveFromLeakDetector(); }
+
   /// The one that is cloned where a value is needed and none is set.
   static const NullValue& shared();
   void reset() override;

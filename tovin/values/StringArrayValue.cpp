@@ -9,6 +9,13 @@ LeakDetector StringArrayValue::m_leakDetector(StringArrayValue::ClassName);
 PooledClassImp<StringArrayValue> StringArrayValue::m_class(StringArrayValue::Tag,
                                                            StringArrayValue::m_leakDetector);
 
+// Copied beside the texts that go: one of them may fail.
+void StringArrayValue::copyFrom(const Value& source) {
+  StringArrayValue copy;
+  copy.ValueClass::copyFrom(source);
+  content().swap(copy.content());
+}
+
 void StringArrayValue::reset() { items_.clear(); }
 
 WideString StringArrayValue::getText() const {

@@ -18,6 +18,7 @@ class TOVIN_API StringArrayValue : public ValueClass<StringArrayValue> {
   size_t getSize() const noexcept { return items_.getSize(); }
   const WideString& operator[](size_t index) const { return items_[index]; }
   const Array<WideString>& getArray() const noexcept { return items_; }
+  void copyFrom(const Value& source) override;
   void reset() override;
   WideString getText() const override;
   void serialize(iByteOutputStream& stream) const override;

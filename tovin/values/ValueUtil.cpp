@@ -1,6 +1,7 @@
 #include "tovin/values/ValueUtil.h"
 
 #include <cmath>
+#include <iterator>
 #include <limits>
 
 #include "tovin/Ptr.h"
@@ -112,20 +113,33 @@ void assignFrom(BitsetValue& target, const Value& source) {
 }
 
 template <class T>
-bool coerce(Value*& slot, const ClassTag& target) {
+bool coerce(OwnedValue& coerced, const Value* source, const ClassTag& target) {
   if (target != T::Tag) return false;
   T* fresh = T::allocate();
-  OwnedValue owned(fresh);
-  if (slot) assignFrom(*fresh, *slot);
-  exchange(slot, std::move(owned));
+  coerced = OwnedValue(fresh);
+  if (source) assignFrom(*fresh, *source);
   return true;
 }
 
+OwnedValue coercedTo(const Value* source, const ClassTag& target) {
+  OwnedValue coerced;
+  const bool known =
+      coerce<StringValue>(coerced, source, target) || coerce<DoubleValue>(coerced, source, target) ||
+      coerce<IntegerValue>(coerced, source, target) || coerce<NullValue>(coerced, source, target) ||
+      coerce<BitsetValue>(coerced, source, target) || coerce<StringArrayValue>(coerced, source, target) ||
+      coerce<IntegerArrayValue>(coerced, source, target);
+  if (!known) refuseConversion(source ? source->getText() : WideString(), target);
+  return coerced;
+}
+
 void appendText(StringValue& target, const Value& source, const wchar_t* separator) {
-  WideString& text = target.content();
-  if (separator && !text.isEmpty()) text += separator;
-  text += source.getText();
-  if (text.isNull()) text.clear();
+  WideString added = source.getText();
+  if (separator && !target.content().isEmpty()) {
+    WideString separated(separator);
+    separated += added;
+    added = std::move(separated);
+  }
+  target.content().append(added.view());
 }
 
 void appendBits(BitsetValue& target, const BitsetValue& source) {
@@ -140,16 +154,23 @@ void appendBits(BitsetValue& target, const BitsetValue& source) {
 
 bool isOfIntegers(const Value& value) { return as<IntegerValue>(value) || as<IntegerArrayValue>(value); }
 
+// The elements are there before the list changes: the source may be the slot's own value.
+template <class List, class Element>
+void appendList(Value*& slot, std::vector<Element> added) {
+  OwnedValue coerced;
+  if (slot->getClassTag() != List::Tag) coerced = coercedTo(slot, List::Tag);
+  auto& list = seek<List>(static_cast<Object*>(coerced ? coerced.get() : slot))->content();
+  list.insert(list.end(), std::make_move_iterator(added.begin()), std::make_move_iterator(added.end()));
+  if (coerced) exchange(slot, std::move(coerced));
+}
+
 void appendElements(Value*& slot, const Value& source) {
-  const bool integers = isOfIntegers(*slot) && isOfIntegers(source);
-  const OwnedValue added(source.cloneValue());  // the source may be the slot's own value
-  CoerceToType(slot, integers ? IntegerArrayValue::Tag : StringArrayValue::Tag);
-  for (const WideString& text : elementsOf(*added)) {
-    if (integers)
-      seek<IntegerArrayValue>(static_cast<Object*>(slot))->add(integerOf(text, IntegerArrayValue::Tag));
-    else
-      seek<StringArrayValue>(static_cast<Object*>(slot))->add(text);
-  }
+  std::vector<WideString> texts = elementsOf(source);
+  if (!isOfIntegers(*slot) || !isOfIntegers(source))
+    return appendList<StringArrayValue>(slot, std::move(texts));
+  std::vector<int> numbers;
+  for (const WideString& text : texts) numbers.push_back(integerOf(text, IntegerArrayValue::Tag));
+  appendList<IntegerArrayValue>(slot, std::move(numbers));
 }
 
 }  // namespace
@@ -174,11 +195,7 @@ void AppendToValue(Value*& slot, const Value& source, bool readOnly, const wchar
 
 void CoerceToType(Value*& slot, const ClassTag& target) {
   if (slot && slot->getClassTag() == target) return;
-  const bool known = coerce<StringValue>(slot, target) || coerce<DoubleValue>(slot, target) ||
-                     coerce<IntegerValue>(slot, target) || coerce<NullValue>(slot, target) ||
-                     coerce<BitsetValue>(slot, target) || coerce<StringArrayValue>(slot, target) ||
-                     coerce<IntegerArrayValue>(slot, target);
-  if (!known) refuseConversion(slot ? slot->getText() : WideString(), target);
+  exchange(slot, coercedTo(slot, target));
 }
 
 void refuseReadOnly(const wchar_t* name) {

@@ -62,7 +62,9 @@ void Lexer::next() {
 bool Lexer::precedes(std::wstring_view characters) const noexcept {
   size_t from = end_;
   while (isBlank(at(from))) ++from;
-  return text_.substr(from).starts_with(characters);
+  std::wstring_view rest = text_;
+  rest.remove_prefix(std::min(from, rest.size()));
+  return rest.starts_with(characters);
 }
 
 void Lexer::fail(size_t position, std::wstring_view what) const {

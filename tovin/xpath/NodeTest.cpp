@@ -35,9 +35,9 @@ bool NodeTest::matchesName(const wchar_t* candidate) const noexcept {
 
 std::wstring_view localName(const wchar_t* name) noexcept {
   if (!name) return {};
-  const std::wstring_view text(name);
-  const size_t colon = text.find(L':');
-  return colon == text.npos ? text : text.substr(colon + 1);
+  std::wstring_view text(name);
+  text.remove_prefix(text.find(L':') + 1);  // none is found at npos, and 1 more is 0
+  return text;
 }
 
 }  // namespace tovin::xpath

@@ -23,7 +23,7 @@ bool isConsole(HANDLE stream) {
 }  // namespace
 
 // A console takes UTF-16, whatever its code page is; a file or a pipe gets the bytes.
-void printErrorLine(const std::string& text) noexcept {
+void printErrorLine(const std::string& text) noexcept try {
   DWORD written;
   if (isConsole(errorStream())) {
     const std::wstring line = utf8ToWide(text) + L"\n";
@@ -32,6 +32,8 @@ void printErrorLine(const std::string& text) noexcept {
     const std::string line = text + "\n";
     ::WriteFile(errorStream(), line.data(), static_cast<DWORD>(line.size()), &written, nullptr);
   }
+} catch (...) {
+  // No memory for the line: it is lost like one that cannot be written.
 }
 
 bool isErrorTerminal() noexcept { return isConsole(errorStream()); }

@@ -16,7 +16,7 @@ namespace tovin::platform {
 enum class OpenMode { read, readRegular, write, append, probe, create };
 
 /// A handle, -1 when the file cannot be had; a folder never can.
-TOVINCORE_API intptr_t openFile(const wchar_t* name, OpenMode mode) noexcept;
+TOVINCORE_API intptr_t openFile(const wchar_t* name, OpenMode mode);
 TOVINCORE_API void closeFile(intptr_t handle) noexcept;
 /// The count, 0 at the end, -1 for a failure; it may be less than asked for.
 TOVINCORE_API int64_t readFile(intptr_t handle, void* bytes, size_t count) noexcept;

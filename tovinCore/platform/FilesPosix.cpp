@@ -47,9 +47,10 @@ bool isWanted(int file, OpenMode mode) {
 
 }  // namespace
 
-intptr_t openFile(const wchar_t* name, OpenMode mode) noexcept {
-  const int64_t file = uninterrupted(
-      [&] { return ::open(wideToUtf8(name).c_str(), flagsOf(mode) | O_CLOEXEC, permissionsOf(mode)); });
+intptr_t openFile(const wchar_t* name, OpenMode mode) {
+  const std::string path = wideToUtf8(name);
+  const int64_t file =
+      uninterrupted([&] { return ::open(path.c_str(), flagsOf(mode) | O_CLOEXEC, permissionsOf(mode)); });
   if (file >= 0 && !isWanted(descriptor(file), mode)) {
     closeFile(file);
     return -1;

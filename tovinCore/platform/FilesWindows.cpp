@@ -39,7 +39,7 @@ DWORD pieceOf(size_t count) { return static_cast<DWORD>(std::min(count, longestP
 }  // namespace
 
 // A folder is refused by the system itself; who may read a new file is as its folder says.
-intptr_t openFile(const wchar_t* name, OpenMode mode) noexcept {
+intptr_t openFile(const wchar_t* name, OpenMode mode) {
   const Opening opening = openingOf(mode);
   const std::wstring path = systemPath(name);
   const bool regular = mode == OpenMode::readRegular;

@@ -1,5 +1,7 @@
 #include "ztbaseclient/auth/CCredentials.h"
 
+#include <utility>
+
 #include "tovin/Constants.h"
 #include "tovinCore/Units.h"
 
@@ -32,7 +34,17 @@ constexpr unsigned activeAdmin = 0x4000;
 CCredentials::CCredentials() = default;
 CCredentials::CCredentials(const wchar_t* credentialsString) { SetCredentialsString(credentialsString); }
 CCredentials::CCredentials(const CCredentials& other) = default;
-CCredentials& CCredentials::operator=(const CCredentials& other) = default;
+
+// What may fail comes first, so that a failure changes nothing.
+CCredentials& CCredentials::operator=(const CCredentials& other) {
+  CCredentials copy(other);
+  roles_ = other.roles_;
+  buffer_ = std::move(copy.buffer_);
+  header_ = copy.header_;
+  body_ = std::move(copy.body_);
+  return *this;
+}
+
 CCredentials::~CCredentials() = default;
 
 // An empty text takes no memory.

@@ -1,7 +1,9 @@
 #include "ztbaseclient/data/CProperty.h"
 
 #include <atomic>
+#include <cmath>
 #include <cwchar>
+#include <utility>
 
 #include "tovin/AllocBase.h"
 #include "tovin/Ptr.h"
@@ -10,6 +12,7 @@
 #include "tovin/values/StringValue.h"
 #include "tovin/values/ValueUtil.h"
 #include "tovinCore/Units.h"
+#include "ztbaseclient/data/CPropertyCollectionData.h"
 #include "ztbaseclient/framework/StreamPrimitives.h"
 #include "ztcore/ztUniqueStrings.h"
 
@@ -35,6 +38,13 @@ constexpr int newerHashVersion = 3;
 
 bool hasNewerHash(int streamVersion) { return streamVersion >= newerHashVersion; }
 
+using OwnedValue = tovin::MemPtr<tovin::Value, tovin::InstanceDeallocator>;
+
+bool isSame(const tovin::WideString& a, const tovin::WideString& b) { return a == b; }
+
+// As numbers: zero has two signs. A number that is none is the same as itself.
+bool isSame(double a, double b) { return a == b || (std::isnan(a) && std::isnan(b)); }
+
 bool isShareable(const wchar_t* name) { return name && *name != L'_'; }
 
 }  // namespace
@@ -55,57 +65,80 @@ CProperty::~CProperty() {
 
 int32_t CProperty::GetNewNameCount() noexcept { return newNames; }
 
+// A name as a property will hold it, made before anything changes.
+class CProperty::FreshName {
+ public:
+  enum Kind { byBeginning, ownCopy };
+  explicit FreshName(const wchar_t* text, Kind kind = byBeginning)
+      : own_(text && (kind == ownCopy || !isShareable(text))) {
+    text_ = own_ ? copyOf(text) : ztUniqueStrings::GetUniqueString(text, nullptr, &created_);
+  }
+  FreshName(const FreshName&) = delete;
+  FreshName& operator=(const FreshName&) = delete;
+  ~FreshName() {
+    if (text_) drop(text_, own_);
+  }
+
+  static void drop(const wchar_t* text, bool own) noexcept {
+    if (own)
+      tovin::AllocBase::_free(const_cast<wchar_t*>(text));
+    else
+      ztUniqueStrings::Release(text);
+  }
+  bool isOwn() const noexcept { return own_; }
+  bool isShared() const noexcept { return text_ && !own_; }
+  // To be asked once: whether the reference is one that nobody gives back, so that the text stays for ever.
+  bool becomesKept() const noexcept { return !created_ || newNames.fetch_add(1) + 1 < keptNames; }
+  const wchar_t* take() noexcept { return std::exchange(text_, nullptr); }
+
+ private:
+  static const wchar_t* copyOf(const wchar_t* text) {
+    const size_t bytes = (std::wcslen(text) + 1) * sizeof(wchar_t);
+    auto* copy = static_cast<wchar_t*>(tovin::AllocBase::_alloc(bytes));
+    if (!copy) throw tovin::MemoryException(1, static_cast<long long>(bytes));
+    return std::wmemcpy(copy, text, bytes / sizeof(wchar_t));
+  }
+
+  const wchar_t* text_ = nullptr;
+  bool own_;
+  bool created_ = false;
+};
+
 void CProperty::SetName(const wchar_t* text) {
   guarded({ClassName, "SetName"}, [&] {
-    if (isShareable(text) && !allocatedName_) return shareName(text);
-    const tovin::WideString name(text);  // the text may lie in the name that goes
-    if (allocatedName_) ClearAllocatedMName();
-    if (isShareable(name)) return shareName(name);
-    dropName();
-    if (!name.isNull()) SetAllocatedMName(name);
+    FreshName fresh(text);
+    takeName(fresh);
   });
 }
 
-void CProperty::shareName(const wchar_t* text) {
-  if (flags_.has(MetaDataFlags::sharedName)) {
-    name_ = nullptr;
+void CProperty::takeName(FreshName& fresh) noexcept {
+  dropName();
+  if (fresh.isShared()) {
     flags_.clear(MetaDataFlags::sharedName);
+    if (fresh.becomesKept()) flags_.set(MetaDataFlags::sharedName);
   }
-  bool created = false;
-  name_ = ztUniqueStrings::GetUniqueString(text, name_, &created);
-  if (!created || newNames.fetch_add(1) + 1 < keptNames) flags_.set(MetaDataFlags::sharedName);
+  allocatedName_ = fresh.isOwn();
+  name_ = fresh.take();
 }
 
-// Gives up a shared name, or only forgets one whose reference is not this property's.
-void CProperty::dropName() {
-  if (allocatedName_) return ClearAllocatedMName();
+// Gives up the name, or only forgets one whose reference is not this property's.
+void CProperty::dropName() noexcept {
+  if (storage_) storage_->noteNewName();
   if (!name_) return;
-  if (!flags_.has(MetaDataFlags::sharedName)) ztUniqueStrings::GetUniqueString(nullptr, name_, nullptr);
-  flags_.clear(MetaDataFlags::sharedName);
+  if (allocatedName_ || !flags_.has(MetaDataFlags::sharedName)) FreshName::drop(name_, allocatedName_);
+  if (!allocatedName_) flags_.clear(MetaDataFlags::sharedName);
   name_ = nullptr;
+  allocatedName_ = false;
 }
 
 void CProperty::SetAllocatedMName(const wchar_t* text) {
   guarded({ClassName, "SetAllocatedMName"}, [&] {
-    if (!text) return dropName();
-    const size_t bytes = (std::wcslen(text) + 1) * sizeof(wchar_t);
-    auto* copy = static_cast<wchar_t*>(tovin::AllocBase::_alloc(bytes));
-    if (!copy) throw tovin::MemoryException(1, static_cast<long long>(bytes));
-    std::wmemcpy(copy, text, bytes / sizeof(wchar_t));
-    dropName();
-    name_ = copy;
-    allocatedName_ = true;
+    FreshName fresh(text, FreshName::ownCopy);
+    takeName(fresh);
   });
 }
 
-void CProperty::ClearAllocatedMName() {
-  guarded({ClassName, "ClearAllocatedMName"}, [&] {
-    if (!allocatedName_) return dropName();
-    tovin::AllocBase::_free(const_cast<wchar_t*>(name_));
-    name_ = nullptr;
-    allocatedName_ = false;
-  });
-}
+void CProperty::ClearAllocatedMName() { dropName(); }
 
 void CProperty::ensureValue() const {
   if (!value_) value_ = tovin::NullValue::shared().cloneValue();
@@ -128,16 +161,17 @@ template <class ValueType, class Content>
 void CProperty::setTyped(const Content& content) {
   auto* typed = tovin::seek<ValueType>(static_cast<tovin::Object*>(value_));
   if (refusesChange()) {
-    ValueType wanted;
-    wanted = content;
-    if (typed && typed->equals(wanted)) return;
+    if (typed && isSame(typed->content(), content)) return;
     tovin::util::refuseReadOnly(name_);
   }
-  if (!typed) {
-    typed = ValueType::allocate();
-    AttachValue(typed);
+  if (typed) {
+    *typed = content;
+    return;
   }
+  typed = ValueType::allocate();
+  OwnedValue made(typed);
   *typed = content;
+  AttachValue(made.detach());
 }
 
 void CProperty::setValue(const wchar_t* text) {
@@ -189,7 +223,7 @@ void CProperty::CoerceToType(const tovin::ClassTag& target) {
 void CProperty::AttachValue(tovin::Value* value) {
   guarded({ClassName, "AttachValue"}, [&] {
     if (value == value_) return;
-    const tovin::MemPtr<tovin::Value, tovin::InstanceDeallocator> old(std::exchange(value_, value));
+    const OwnedValue old(std::exchange(value_, value));
   });
 }
 
@@ -222,11 +256,12 @@ void CProperty::Reset() {
 void CProperty::AssignFrom(const CProperty& source) {
   guarded({ClassName, "AssignFrom"}, [&] {
     if (&source == this) return;
-    SetName(source.name_);
+    FreshName fresh(source.name_);
     if (source.value_)
       tovin::util::SetValue(value_, *source.value_, false, name_);
     else
       AttachValue(nullptr);
+    takeName(fresh);
     flags_ = source.flags_;
   });
 }
@@ -237,8 +272,9 @@ void CProperty::assignFrom(const tovin::iProperty* source) {
       return AssignFrom(*property);
     }
     if (!source) return;
-    SetName(source->getName());
+    FreshName fresh(source->getName());
     tovin::util::SetValue(value_, source->getValue(), false, name_);
+    takeName(fresh);
     flags_ = source->getInfo()->getMetaDataFlags();
   });
 }
@@ -255,12 +291,23 @@ void CProperty::serialize(tovin::iByteOutputStream& stream) const {
 
 void CProperty::deserialize(tovin::iByteInputStream& stream) {
   guarded({ClassName, "deserialize"}, [&] {
-    readName(stream);
-    readValue(stream);
-    int32_t flags = 0;
-    ReadCompactInt(stream, flags);
-    flags_ = MetaDataFlags(static_cast<uint32_t>(flags));
+    try {
+      readName(stream);
+      readValue(stream);
+      int32_t flags = 0;
+      ReadCompactInt(stream, flags);
+      flags_ = MetaDataFlags(static_cast<uint32_t>(flags));
+    } catch (...) {
+      empty();
+      throw;
+    }
   });
+}
+
+void CProperty::empty() {
+  AttachValue(nullptr);
+  dropName();
+  flags_ = MetaDataFlags();
 }
 
 void CProperty::readName(tovin::iByteInputStream& stream) {

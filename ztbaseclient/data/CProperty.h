@@ -6,6 +6,8 @@
 #include "tovin/iProperty.h"
 #include "ztbaseclient/Export.h"
 
+class CPropertyCollectionData;
+
 /// One named, typed value: what a property collection holds.
 ///
 ///     CProperty* size = CProperty::allocate();
@@ -77,6 +79,7 @@ class ZTBASECLIENT_API CProperty
   /// The record: name, class hash of the value, the value's own record, flags. In streams before version 3
   /// the hash is of the older kind.
   void serialize(tovin::iByteOutputStream& stream) const override;
+  /// A failure leaves the property without name, value and flags.
   void deserialize(tovin::iByteInputStream& stream) override;
 
   void onActivate() override;
@@ -86,13 +89,17 @@ class ZTBASECLIENT_API CProperty
   static int32_t GetNewNameCount() noexcept;
 
  private:
+  friend class CPropertyCollectionData;
+
   bool refusesChange() const { return flags_.has(tovin::MetaDataFlags::readOnly) && value_; }
   void requireEditable() const;
-  void shareName(const wchar_t* text);
-  void dropName();
+  class FreshName;
+  void takeName(FreshName& fresh) noexcept;
+  void dropName() noexcept;
   void ensureValue() const;
   template <class ValueType, class Content>
   void setTyped(const Content& content);
+  void empty();
   void readName(tovin::iByteInputStream& stream);
   void readValue(tovin::iByteInputStream& stream);
 
@@ -100,5 +107,7 @@ class ZTBASECLIENT_API CProperty
   mutable tovin::Value* value_ = nullptr;
   tovin::MetaDataFlags flags_;
   tovin::iPropertyCollection* parent_ = nullptr;
+  // Back pointer to the storage that the property stands in: its index must hear of other names.
+  CPropertyCollectionData* storage_ = nullptr;
   bool allocatedName_ = false;
 };

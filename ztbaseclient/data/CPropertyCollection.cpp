@@ -13,7 +13,9 @@ using tovin::guarded;
 using tovin::MetaDataFlags;
 
 const tovin::ClassTagDecl CPropertyCollection::Tag("DraVolin.data.PropertyCollection");
-tovin::LeakDetector CPropertyCollection::m_leakDetector(CPropertyCollection::ClassName);
+// Each collection has one storage, which rests with it.
+tovin::LeakDetector CPropertyCollection::m_leakDetector(CPropertyCollection::ClassName,
+                                                        &CPropertyCollectionData::m_leakDetector);
 tovin::PooledClassImp<CPropertyCollection> CPropertyCollection::m_class(CPropertyCollection::Tag,
                                                                         CPropertyCollection::m_leakDetector);
 
@@ -137,6 +139,18 @@ tovin::iProperty* CPropertyCollection::define(const wchar_t* name, double number
     OwnedValue owned(value);
     *value = number;
     return defineWith(name, std::move(owned), flags);
+  });
+}
+
+// The new one comes first, so that a failure leaves the others.
+tovin::iProperty* CPropertyCollection::Redefine(const wchar_t* name, OwnedValue value) {
+  return guarded({ClassName, "Redefine"}, [&] {
+    CProperty* property = storage_->AppendProperty(name, std::move(value));
+    for (unsigned i = getSize() - 1; i > 0; --i) {
+      if (tovin::equalFolded(at(i - 1)->getName(), name)) storage_->RemoveProperty(i - 1);
+    }
+    property->setMetaDataFlags(0);
+    return property;
   });
 }
 
@@ -278,10 +292,18 @@ void CPropertyCollection::arrange(const NameList& names, bool createMissing, boo
 void CPropertyCollection::appendFrom(const tovin::iPropertyCollection* source) {
   guarded({ClassName, "appendFrom"}, [&] {
     if (!source) return;
-    for (unsigned i = 0, size = source->getSize(); i < size; ++i) {
-      const tovin::iProperty* property = source->get(i);
-      const unsigned flags = property->getInfo()->getMetaDataFlags().getBits() & MetaDataFlags::definable;
-      define(property->getName(), property->getValue(), flags);
+    const unsigned before = getSize();
+    bool taken = false;  // a name that is there already is refused, and what came before it stays
+    try {
+      for (unsigned i = 0, size = source->getSize(); i < size; ++i) {
+        const tovin::iProperty* property = source->get(i);
+        taken = storage_->GetIndex(property->getName()) >= 0;
+        const unsigned flags = property->getInfo()->getMetaDataFlags().getBits() & MetaDataFlags::definable;
+        define(property->getName(), property->getValue(), flags);
+      }
+    } catch (...) {
+      if (!taken) storage_->Shorten(before);
+      throw;
     }
   });
 }
@@ -294,13 +316,15 @@ void CPropertyCollection::assignFrom(const tovin::iPropertyCollection* source, b
       *storage_ = *same->storage_;
       return;
     }
-    storage_->Clear();
-    // Past define(): names that occur twice in the source are no reason to lose the rest.
-    for (unsigned i = 0, size = source->getSize(); i < size; ++i) {
-      const tovin::iProperty* property = source->get(i);
-      CProperty* copy = storage_->MakeNewPropertyWithCopiedValue(property->getName(), &property->getValue());
-      copy->setMetaDataFlags(property->getInfo()->getMetaDataFlags());
-    }
+    storage_->Refill([&] {
+      // Past define(): names that occur twice in the source are no reason to lose the rest.
+      for (unsigned i = 0, size = source->getSize(); i < size; ++i) {
+        const tovin::iProperty* property = source->get(i);
+        CProperty* copy =
+            storage_->MakeNewPropertyWithCopiedValue(property->getName(), &property->getValue());
+        copy->setMetaDataFlags(property->getInfo()->getMetaDataFlags());
+      }
+    });
   });
 }
 

@@ -44,6 +44,9 @@ class ZTBASECLIENT_API CPropertyCollection
   tovin::iProperty* define(const wchar_t* name, const wchar_t* text, unsigned flags) override;
   tovin::iProperty* define(const wchar_t* name, double number, unsigned flags) override;
 
+  /// Appends a property with the value and without flags in place of all that have the name.
+  tovin::iProperty* Redefine(const wchar_t* name, CPropertyCollectionData::OwnedValue value);
+
   tovin::iProperty* find(const wchar_t* name) override { return lookUp(name); }
   const tovin::iProperty* find(const wchar_t* name) const override { return lookUp(name); }
   int findIndex(const wchar_t* name) const override;

@@ -1,5 +1,7 @@
 #include "ztbaseclient/data/CPropertyCollectionData.h"
 
+#include <algorithm>
+#include <cmath>
 #include <utility>
 
 #include "tovin/values/NullValue.h"
@@ -22,6 +24,9 @@ constexpr int32_t storageVersion = 27390;
 // Room made with the first property: most nodes have no more attributes.
 constexpr size_t usualSize = 4;
 
+// A storage at rest keeps room for at most so many.
+constexpr size_t restingSize = 64;
+
 // From so many properties on, names are looked up in the index.
 constexpr unsigned indexedSize = 10;
 
@@ -37,14 +42,16 @@ CPropertyCollectionData::CPropertyCollectionData(const CPropertyCollectionData& 
 CPropertyCollectionData& CPropertyCollectionData::operator=(const CPropertyCollectionData& other) {
   guarded({ClassName, "operator="}, [&] {
     if (this == &other) return;
-    Clear();
+    SetHashNeedsRebuild();
+    Refill([&] {
+      properties_.reserve(properties_.getSize() + other.properties_.getSize());
+      for (const CProperty* source : other.properties_) {
+        const tovin::Ptr<CProperty> copy(makeProperty(other.propertyClass_));
+        copy->AssignFrom(*source);
+        append(copy.get());
+      }
+    });
     propertyClass_ = other.propertyClass_;
-    properties_.reserve(other.properties_.getSize());
-    for (const CProperty* source : other.properties_) {
-      tovin::Ptr<CProperty> copy(NewProperty(nullptr));
-      copy->AssignFrom(*source);
-      append(copy.get());
-    }
   });
   return *this;
 }
@@ -88,8 +95,20 @@ int CPropertyCollectionData::GetIndex(const wchar_t* name) const {
     if (!index_) index_ = std::make_unique<NameIndex>();
     if (index_->needsRebuild) RebuildHash();
     const int* found = index_->map.find(name);
-    return found ? *found : -1;
+    return found ? settled(*found, name) : -1;
   });
+}
+
+// Where the property is now that was put into the index with a position.
+int CPropertyCollectionData::settled(int stored, const wchar_t* name) const {
+  const int last = static_cast<int>(GetNumProperties()) - 1;
+  int at = stored - index_->goneInFront;
+  if (index_->goneInside == 0) return at <= last ? at : -1;
+  const int lowest = std::max(0, at - index_->goneInside);
+  for (at = std::min(at, last); at >= lowest; --at) {
+    if (tovin::equalFolded(properties_.data()[at]->getName(), name)) return at;
+  }
+  return -1;
 }
 
 // The first of several equal names, where the index answers with the last: callers rely on both.
@@ -100,40 +119,70 @@ int CPropertyCollectionData::scan(const wchar_t* name) const {
   return -1;
 }
 
-CProperty* CPropertyCollectionData::NewProperty(tovin::Class* propertyClass) {
+CProperty* CPropertyCollectionData::makeProperty(const tovin::Class* propertyClass) const {
+  if (!propertyClass) return CProperty::allocate();
+  // A registration object makes instances for whoever knows it.
+  OwnedObject made(const_cast<tovin::Class*>(propertyClass)->newInstance());
+  auto* property = tovin::seek<CProperty>(made.get());
+  if (!property) throw tovin::Exception(L"Class %hs is not a property class", propertyClass->getTag());
+  made.detach();
+  return property;
+}
+
+CProperty* CPropertyCollectionData::NewProperty(const tovin::Class* propertyClass) {
   return guarded({ClassName, "NewProperty"}, [&] {
-    if (!propertyClass) propertyClass = propertyClass_;
-    if (!propertyClass) {
-      CProperty* property = CProperty::allocate();
-      property->setParent(owner_);
-      return property;
-    }
-    OwnedObject made(propertyClass->newInstance());
-    auto* property = tovin::seek<CProperty>(made.get());
-    if (!property) throw tovin::Exception(L"Class %hs is not a property class", propertyClass->getTag());
-    made.detach();
+    CProperty* property = makeProperty(propertyClass ? propertyClass : propertyClass_);
     property->setParent(owner_);
     return property;
   });
 }
 
 tovin::Value* CPropertyCollectionData::NewValue(const tovin::Value* value) {
-  return (value ? *value : static_cast<const tovin::Value&>(tovin::NullValue::shared())).cloneValue();
+  return guarded({ClassName, "NewValue"}, [&] {
+    return (value ? *value : static_cast<const tovin::Value&>(tovin::NullValue::shared())).cloneValue();
+  });
 }
 
 // Takes a reference once the property stands in the array, so that a failure leaves it with its maker.
 void CPropertyCollectionData::append(CProperty* property) {
   if (properties_.isEmpty()) properties_.reserve(usualSize);
   properties_.add(property);
+  property->setParent(owner_);
+  property->storage_ = this;
   property->addRef();
 }
 
+// The other way round, for a property that left the array.
+void CPropertyCollectionData::letGo(CProperty* property) {
+  property->storage_ = nullptr;
+  property->setParent(nullptr);
+  property->release();
+}
+
+void CPropertyCollectionData::Shorten(unsigned size) {
+  SetHashNeedsRebuild();
+  tovin::Releasing releasing;
+  while (GetNumProperties() > size) releasing.step([&] { letGo(properties_.takeLast()); });
+  releasing.finish();
+}
+
+void CPropertyCollectionData::dropBefore(unsigned count) {
+  SetHashNeedsRebuild();
+  tovin::Releasing releasing;
+  for (; count > 0; --count) {
+    CProperty* property = *properties_.data();
+    properties_.removeAt(0);
+    releasing.step([&] { letGo(property); });
+  }
+  releasing.finish();
+}
+
 CProperty* CPropertyCollectionData::AppendProperty(const wchar_t* name, OwnedValue value) {
-  const tovin::Ptr<CProperty> property(NewProperty(nullptr));
+  const tovin::Ptr<CProperty> property(makeProperty(propertyClass_));
   property->SetName(name);
   property->AttachValue(value.detach());
   append(property.get());
-  if (HashUpToDate()) AddToHash(property->getName(), static_cast<int>(GetNumProperties()) - 1);
+  if (HashUpToDate()) putIntoIndex(property->getName(), static_cast<int>(GetNumProperties()) - 1);
   return property.get();
 }
 
@@ -146,10 +195,9 @@ CProperty* CPropertyCollectionData::MakeNewPropertyWithCopiedValue(const wchar_t
 void CPropertyCollectionData::RemoveProperty(unsigned index) {
   guarded({ClassName, "RemoveProperty"}, [&] {
     CProperty* property = properties_.data()[checkedIndex(index)];
+    takeFromIndex(index);
     properties_.removeAt(index);
-    SetHashNeedsRebuild();
-    property->setParent(nullptr);
-    property->release();
+    letGo(property);
   });
 }
 
@@ -160,15 +208,11 @@ void CPropertyCollectionData::ReorderProperty(unsigned from, unsigned to) {
     if (to >= GetNumProperties()) {
       throw tovin::InvalidIndexException(to, static_cast<long long>(GetNumProperties()) - 1);
     }
+    properties_.makeRoom();
     properties_.removeAt(from);
     properties_.insert(to, property);
     SetHashNeedsRebuild();
   });
-}
-
-int CPropertyCollectionData::defineMissing(const wchar_t* name) {
-  AppendProperty(name, OwnedValue(NewValue(nullptr)));
-  return static_cast<int>(GetNumProperties()) - 1;
 }
 
 void CPropertyCollectionData::swapProperties(unsigned a, unsigned b) {
@@ -181,56 +225,117 @@ void CPropertyCollectionData::swapProperties(unsigned a, unsigned b) {
 void CPropertyCollectionData::ReorderProperties(const NameList& names, bool createMissing,
                                                 bool removeOthers) {
   guarded({ClassName, "ReorderProperties"}, [&] {
-    int next = 0;
-    for (const tovin::WideString& name : names) {
-      int index = GetIndex(name);
-      if (index == -1 && createMissing) index = defineMissing(name);
-      if (index < next) continue;
-      // A swap, not a stable move: what stood in front goes where the named property was.
-      const int position = next++;
-      if (position != index) swapProperties(static_cast<unsigned>(position), static_cast<unsigned>(index));
+    const tovin::PointerList<CProperty> before(properties_);
+    unsigned named = 0;
+    try {
+      named = bringToFront(names, createMissing);
+    } catch (...) {
+      restore(before);
+      throw;
     }
     if (!removeOthers) return;
-    for (unsigned last = GetNumProperties(); last > static_cast<unsigned>(next); --last)
-      RemoveProperty(last - 1);
+    for (unsigned last = GetNumProperties(); last > named; --last) RemoveProperty(last - 1);
   });
+}
+
+// How many stand in front afterwards.
+unsigned CPropertyCollectionData::bringToFront(const NameList& names, bool createMissing) {
+  int next = 0;
+  for (const tovin::WideString& name : names) {
+    int index = GetIndex(name);
+    if (index == -1 && createMissing) {
+      AppendProperty(name, OwnedValue(NewValue(nullptr)));
+      index = static_cast<int>(GetNumProperties()) - 1;
+    }
+    if (index < next) continue;
+    // A swap, not a stable move: what stood in front goes where the named property was.
+    const int position = next++;
+    if (position != index) swapProperties(static_cast<unsigned>(position), static_cast<unsigned>(index));
+  }
+  return static_cast<unsigned>(next);
+}
+
+// Back to an order from before properties were appended.
+void CPropertyCollectionData::restore(const tovin::PointerList<CProperty>& before) {
+  CProperty** const all = properties_.data();
+  std::partition(all, all + properties_.getSize(), [&](const CProperty* property) {
+    return std::find(before.begin(), before.end(), property) != before.end();
+  });
+  std::copy(before.begin(), before.end(), all);
+  Shorten(static_cast<unsigned>(before.getSize()));
 }
 
 void CPropertyCollectionData::SetName(unsigned index, const wchar_t* name) {
   guarded({ClassName, "SetName"}, [&] {
-    properties_.data()[checkedIndex(index)]->SetName(name);
-    SetHashNeedsRebuild();
+    CProperty* property = properties_.data()[checkedIndex(index)];
+    if (!HashUpToDate() || !index_->exact) {
+      property->SetName(name);
+      return SetHashNeedsRebuild();
+    }
+    const tovin::WideString before(property->getName());
+    property->SetName(name);
+    index_->needsRebuild = false;
+    index_->map.remove(before);
+    putIntoIndex(property->getName(), static_cast<int>(index));
+    // Which of two equal names is the last, only a look at all of them tells.
+    if (!index_->exact) SetHashNeedsRebuild();
   });
 }
 
 void CPropertyCollectionData::Clear() {
-  guarded({ClassName, "Clear"}, [&] {
-    SetHashNeedsRebuild();
-    // One by one, so that a property that cannot be given back leaves the others in the array.
-    while (!properties_.isEmpty()) {
-      CProperty* property = properties_.items().back();
-      properties_.items().pop_back();
-      property->setParent(nullptr);
-      property->release();
-    }
-  });
+  guarded({ClassName, "Clear"}, [&] { Shorten(0); });
 }
 
 void CPropertyCollectionData::AddToHash(const wchar_t* name, int index) {
-  if (index_) index_->map.put(name, index);
+  guarded({ClassName, "AddToHash"}, [&] {
+    if (!index_) return;
+    if (index_->goneInside > 0) RebuildHash();
+    index_->exact = false;
+    index_->map.put(name, index + index_->goneInFront);
+  });
+}
+
+// Without memory the next look-up makes the index anew.
+void CPropertyCollectionData::putIntoIndex(const wchar_t* name, int index) {
+  try {
+    if (!index_->map.put(name, index + index_->goneInFront)) index_->exact = false;
+  } catch (...) {
+    SetHashNeedsRebuild();
+  }
+}
+
+void CPropertyCollectionData::takeFromIndex(unsigned index) {
+  if (!HashUpToDate()) return;
+  const int last = static_cast<int>(GetNumProperties()) - 1;
+  // So many are looked at in the worst case, and so seldom is the index made anew: their product is the size.
+  const bool farGone = index_->goneInside > 16 + static_cast<int>(std::sqrt(4.0 * last));
+  if (!index_->exact || farGone || GetNumProperties() == indexedSize) return SetHashNeedsRebuild();
+  index_->map.remove(properties_.data()[index]->getName());
+  if (index == 0)
+    ++index_->goneInFront;
+  else if (static_cast<int>(index) < last)
+    ++index_->goneInside;
 }
 
 void CPropertyCollectionData::RebuildHash() const {
-  if (!index_) return;
-  index_->map.clear();
-  for (unsigned i = 0; i < GetNumProperties(); ++i) {
-    index_->map.put(properties_.data()[i]->getName(), static_cast<int>(i));
-  }
-  index_->needsRebuild = false;
+  guarded({ClassName, "RebuildHash"}, [&] {
+    if (!index_) return;
+    NameIndex& index = *index_;
+    index.needsRebuild = true;
+    index.map.clear();
+    index.exact = true;
+    index.goneInFront = index.goneInside = 0;
+    for (unsigned i = 0; i < GetNumProperties(); ++i) {
+      if (!index.map.put(properties_.data()[i]->getName(), static_cast<int>(i))) index.exact = false;
+    }
+    index.needsRebuild = false;
+  });
 }
 
 void CPropertyCollectionData::SetHashNeedsRebuild() noexcept {
-  if (index_) index_->needsRebuild = true;
+  if (!index_) return;
+  index_->needsRebuild = true;
+  if (index_->map.getSize() > 0) index_->map.clear();
 }
 
 void CPropertyCollectionData::serializeSubset(tovin::iByteOutputStream& stream, const NameList& names) const {
@@ -270,11 +375,10 @@ void CPropertyCollectionData::deserialize(tovin::iByteInputStream& stream) {
     ReadCompactInt(stream, count);
     if (count < 0) throw tovin::Exception(L"A property collection cannot have the count %d", count);
     for (int32_t i = 0; i < count; ++i) {
-      const tovin::Ptr<CProperty> property(NewProperty(nullptr));
+      const tovin::Ptr<CProperty> property(makeProperty(propertyClass_));
       property->deserialize(stream);
       append(property.get());
     }
-    SetHashNeedsRebuild();
   });
 }
 
@@ -284,4 +388,9 @@ void CPropertyCollectionData::onActivate() {
   owner_ = nullptr;
 }
 
-void CPropertyCollectionData::onDeactivate() { Clear(); }
+// At rest there are no names, and no memory that only this collection needed so much of.
+void CPropertyCollectionData::onDeactivate() {
+  Clear();
+  index_.reset();
+  if (properties_.getCapacity() > restingSize) tovin::PointerList<CProperty>().swap(properties_);
+}

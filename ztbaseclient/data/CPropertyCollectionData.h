@@ -5,6 +5,7 @@
 #include "tovin/Array.h"
 #include "tovin/FrameworkClass.h"
 #include "tovin/HashMap.h"
+#include "tovin/PointerList.h"
 #include "tovin/Ptr.h"
 #include "tovin/iPropertyCollection.h"
 #include "ztbaseclient/Export.h"
@@ -32,7 +33,7 @@ class ZTBASECLIENT_API CPropertyCollectionData
 
   CPropertyCollectionData() = default;
   CPropertyCollectionData(const CPropertyCollectionData& other);
-  /// Copies the properties and their class; the owner stays.
+  /// Copies the properties and their class; the owner stays. As it was after a failure.
   CPropertyCollectionData& operator=(const CPropertyCollectionData& other);
   ~CPropertyCollectionData() override;
 
@@ -51,7 +52,7 @@ class ZTBASECLIENT_API CPropertyCollectionData
 
   /// A property that is not in the storage yet: of the class given, else of the property class, else a
   /// CProperty.
-  CProperty* NewProperty(tovin::Class* propertyClass);
+  CProperty* NewProperty(const tovin::Class* propertyClass);
   /// A copy for a property; the caller owns it.
   static tovin::Value* NewValue(const tovin::Value* value);
   /// Appends a property that takes over the value.
@@ -65,11 +66,31 @@ class ZTBASECLIENT_API CPropertyCollectionData
   void ReorderProperties(const NameList& names, bool createMissing, bool removeOthers);
   void SetName(unsigned index, const wchar_t* name);
   void Clear();
+  /// Removes the last properties until so many are left.
+  void Shorten(unsigned size);
+  /// Runs fill(), which appends properties, and then gives up the ones before; as it was when it throws.
+  template <class Fill>
+  void Refill(Fill&& fill) {
+    const unsigned before = GetNumProperties();
+    try {
+      fill();
+    } catch (...) {
+      Shorten(before);
+      throw;
+    }
+    dropBefore(before);
+  }
 
+  /// An index beyond the end is looked up like none.
   void AddToHash(const wchar_t* name, int index);
   void RebuildHash() const;
   bool HashUpToDate() const noexcept { return index_ && !index_->needsRebuild; }
+  /// The names in the index are given up, its buckets stay.
   void SetHashNeedsRebuild() noexcept;
+  /// From a property that is about to take another name.
+  void noteNewName() noexcept {
+    if (index_) index_->needsRebuild = true;
+  }
   /// The index's buckets, 0 while there is no index.
   uint32_t GetNumHashBuckets() const noexcept { return index_ ? index_->map.getNumBuckets() : 0; }
 
@@ -77,24 +98,38 @@ class ZTBASECLIENT_API CPropertyCollectionData
   /// Only the named properties, in that order; "Unable to find property '%ls'".
   void serializeSubset(tovin::iByteOutputStream& stream, const NameList& names) const;
   void internalSerialize(tovin::iByteOutputStream& stream, const NameList* names) const;
+  /// A failure leaves the properties that were read before it.
   void deserialize(tovin::iByteInputStream& stream) override;
 
   void onActivate() override;
   void onDeactivate() override;
 
  private:
+  // Names and where their properties stood when they came in. Removing a property costs no rebuild: what
+  // stood behind it is found a little further in front, as long as not too many are gone.
   struct NameIndex {
     tovin::HashMap<ztUniqueString, int, tovin::FoldedNameTraits> map;
     bool needsRebuild = true;
+    // Each name stands for one property, the one of its position.
+    bool exact = true;
+    int goneInFront = 0;
+    int goneInside = 0;
   };
 
   unsigned checkedIndex(unsigned index) const;
+  CProperty* makeProperty(const tovin::Class* propertyClass) const;
   void append(CProperty* property);
   int scan(const wchar_t* name) const;
-  int defineMissing(const wchar_t* name);
+  int settled(int stored, const wchar_t* name) const;
+  void putIntoIndex(const wchar_t* name, int index);
+  void takeFromIndex(unsigned index);
+  unsigned bringToFront(const NameList& names, bool createMissing);
+  void restore(const tovin::PointerList<CProperty>& before);
   void swapProperties(unsigned a, unsigned b);
+  void letGo(CProperty* property);
+  void dropBefore(unsigned count);
 
-  tovin::Array<CProperty*> properties_;
+  tovin::PointerList<CProperty> properties_;
   mutable std::unique_ptr<NameIndex> index_;
   tovin::Class* propertyClass_ = nullptr;
   tovin::iPropertyCollection* owner_ = nullptr;

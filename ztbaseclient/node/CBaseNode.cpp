@@ -14,9 +14,7 @@ tovin::PooledClassImp<CBaseNode> CBaseNode::m_class(CBaseNode::Tag, CBaseNode::m
 const int CBaseNode::BASE_NODE_VERSION = 9095;
 
 CBaseNode::CBaseNode(const CBaseNode& other)
-    : tovin::Object(other), tovin::CountedObject(other), FrameworkClass(other) {
-  guarded({ClassName, ClassName}, [&] { AssignFrom(static_cast<const tovin::iNode*>(&other), true); });
-}
+    : tovin::Object(other), tovin::CountedObject(other), FrameworkClass(other) {}
 
 CBaseNode& CBaseNode::operator=(const CBaseNode& other) {
   const tovin::Held<const CBaseNode> held(&other);  // it may be below the children that go
@@ -26,16 +24,12 @@ CBaseNode& CBaseNode::operator=(const CBaseNode& other) {
 
 CBaseNode::~CBaseNode() = default;
 
-tovin::Object* CBaseNode::clone() const { return cloneNode(true); }
-
-bool CBaseNode::WriteClassRecord(tovin::iByteOutputStream& stream) const {
+void CBaseNode::WriteClassRecord(tovin::iByteOutputStream& stream) const {
   WriteCompactInt(stream, BASE_NODE_VERSION);
-  return true;
 }
 
-bool CBaseNode::ReadClassRecord(tovin::iByteInputStream& stream) {
+void CBaseNode::ReadClassRecord(tovin::iByteInputStream& stream) {
   RecordVersion::require(stream, BASE_NODE_VERSION);
-  return true;
 }
 
 void CBaseNode::serialize(tovin::iByteOutputStream& stream) const {

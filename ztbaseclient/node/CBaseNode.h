@@ -28,8 +28,6 @@ class ZTBASECLIENT_API CBaseNode
   CBaseNode& operator=(const CBaseNode& other);
   ~CBaseNode() override;
 
-  /// A deep copy.
-  tovin::Object* clone() const override;
   void serialize(tovin::iByteOutputStream& stream) const override;
   void deserialize(tovin::iByteInputStream& stream) override;
 
@@ -37,8 +35,9 @@ class ZTBASECLIENT_API CBaseNode
   void onDeactivate() override;
 
  protected:
-  bool WriteClassRecord(tovin::iByteOutputStream& stream) const override;
-  bool ReadClassRecord(tovin::iByteInputStream& stream) override;
+  const std::type_info& WalkedClass() const override { return typeid(CBaseNode); }
+  void WriteClassRecord(tovin::iByteOutputStream& stream) const override;
+  void ReadClassRecord(tovin::iByteInputStream& stream) override;
   bool ClonesByAssignment() const override { return true; }
 
   template <class, class>

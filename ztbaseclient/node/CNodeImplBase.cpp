@@ -4,6 +4,8 @@
 #include "tovinCore/Numbers.h"
 #include "tovinCore/Units.h"
 #include "ztbaseclient/data/CPropertyCollection.h"
+#include "ztbaseclient/node/NestedCall.h"
+#include "ztcore/ztUniqueStrings.h"
 
 using tovin::guarded;
 using tovin::iNode;
@@ -13,13 +15,16 @@ const wchar_t* const CNodeImplBase::DefaultValueName = L"text-content";
 const wchar_t* const CNodeImplBase::NullNodeMsg = L"Error: attempting to add a null node.";
 const wchar_t* const CNodeImplBase::OwnParentErrMsg =
     L"Error: attempting to set a data node to be its own parent.";
-const tovin::NullValue CNodeImplBase::nullNodeValue;
+const tovin::NullValue CNodeImplBase::nullNodeValue{tovin::NullValue::uncounted};
 const tovin::ClassTagDecl CNodeImplBase::Tag("DraVolin.node.CNodeImplBase");
-tovin::LeakDetector CNodeImplBase::m_leakDetector(CNodeImplBase::ClassName);
+tovin::LeakDetector CNodeImplBase::m_leakDetector(CNodeImplBase::ClassName, &cppNodeQName::m_leakDetector);
 
 namespace {
 
 constexpr unsigned atEnd = 0xFFFFFFFF;
+
+// A node at rest keeps room for at most so many children.
+constexpr size_t restingChildren = 64;
 
 }  // namespace
 
@@ -33,10 +38,10 @@ CNodeImplBase::CNodeImplBase(const CNodeImplBase&) : CNodeImplBase() {}
 
 CNodeImplBase& CNodeImplBase::operator=(const CNodeImplBase& other) {
   if (this == &other) return *this;
-  // First: the other may be below the children that go, and they leave it without a parent.
+  classTag_ = other.classTag_;
+  // Before the rest: the other may be below the children that go, and they leave it without a parent.
   if (children_ != other.children_ && children_.use_count() == 1) ClearChildren();
   parser_ = other.parser_;
-  classTag_ = other.classTag_;
   name_ = other.name_;
   parent_ = other.parent_;
   children_ = other.children_;
@@ -69,16 +74,16 @@ void CNodeImplBase::OnActivateDefault() {
 void CNodeImplBase::OnDeactivateDefault() {
   guarded({ClassName, "OnDeactivateDefault"}, [&] {
     ClearChildren();
+    // At rest nothing is shared: an array that another node has too would give that one's children to the
+    // next who is handed this node.
+    if (children_.use_count() > 1 || (children_ && children_->getCapacity() > restingChildren))
+      children_.reset();
     DeletePropCollection();
     parser_.reset();
     // The next hand-out forgets the names without giving them up, so they are given up here.
     name_.onDeactivate();
   });
 }
-
-bool CNodeImplBase::WriteClassRecord(tovin::iByteOutputStream&) const { return false; }
-
-bool CNodeImplBase::ReadClassRecord(tovin::iByteInputStream&) { return false; }
 
 const tovin::Value& CNodeImplBase::GetNodeValue() const {
   const tovin::iProperty* property = properties_ ? properties_->find(DefaultValueName) : nullptr;
@@ -94,10 +99,10 @@ void CNodeImplBase::SetValue(const tovin::Value& value) {
       return;
     }
     // The value may lie in the property that goes.
-    const tovin::MemPtr<tovin::Value, tovin::InstanceDeallocator> copy(value.cloneValue());
-    tovin::iPropertyCollection* collection = EnsurePropCollectionExists();
-    while (collection->remove(DefaultValueName)) continue;  // a record may hold several
-    tovin::iPropertyInfo* info = collection->define(DefaultValueName, *copy, 0)->getInfo();
+    tovin::MemPtr<tovin::Value, tovin::InstanceDeallocator> copy(value.cloneValue());
+    auto* collection =
+        tovin::seek<CPropertyCollection>(static_cast<tovin::Object*>(EnsurePropCollectionExists()));
+    tovin::iPropertyInfo* info = collection->Redefine(DefaultValueName, std::move(copy))->getInfo();
     MetaDataFlags flags = info->getMetaDataFlags();
     flags.set(MetaDataFlags::nodeValue);
     info->setMetaDataFlags(flags);
@@ -148,9 +153,14 @@ void CNodeImplBase::FindChildNodesByName(const wchar_t* name, tovin::NodeReferen
   });
 }
 
+inline void CNodeImplBase::makeRoomForChild() {
+  if (!children_) children_ = std::make_shared<ChildArray>();
+  children_->makeRoom();
+}
+
 void CNodeImplBase::AddChildNode(iNode* child, unsigned index) {
   guarded({ClassName, "AddChildNode"}, [&] {
-    if (!children_) children_ = std::make_shared<ChildArray>();
+    makeRoomForChild();
     if (index < children_->getSize())
       children_->insert(index, child);
     else
@@ -189,36 +199,53 @@ bool CNodeImplBase::RemoveChildNode(const iNode* child) {
   return false;
 }
 
-// Moves the children, without parent but with their references, to the end of a list.
-void CNodeImplBase::surrender(std::vector<iNode*>& released) {
-  for (unsigned i = 0; i < NumChildNodes(); ++i) {
-    children_->data()[i]->setParent(nullptr);
-    released.push_back(children_->data()[i]);
-  }
-  if (children_) children_->clear();
-  if (iNode* object = SurrenderObject()) released.push_back(object);
-}
-
 void CNodeImplBase::ClearChildren() {
   if (NumChildNodes() == 0) return;
   guarded({ClassName, "ClearChildren"}, [&] {
-    std::vector<iNode*> released;
-    for (iNode* child : *children_) child->setParent(nullptr);
-    released.swap(children_->items());
-    ReleaseNodes(released);
+    ChildArray released;
+    released.swap(*children_);
+    tovin::Releasing releasing;
+    for (iNode* child : released) releasing.step([&] { child->setParent(nullptr); });
+    while (!released.isEmpty()) releaseWhole(released.takeLast(), releasing);
+    releasing.finish();
   });
 }
 
-// The last one first. A node about to die hands what it holds over, so depth costs no stack.
-void CNodeImplBase::ReleaseNodes(std::vector<iNode*>& released) {
-  while (!released.empty()) {
-    iNode* node = released.back();
-    released.pop_back();
-    if (node->getRefCount() == 1) {
-      if (CNodeImplBase* core = coreOf(node)) core->surrender(released);
+void CNodeImplBase::ReleaseNode(iNode* node) {
+  tovin::Releasing releasing;
+  releaseWhole(node, releasing);
+  releasing.finish();
+}
+
+// Nodes that are about to die are the list of what is left to do: each holds what dies below it and, as its
+// parent, the one that it is released from.
+void CNodeImplBase::releaseWhole(iNode* node, tovin::Releasing& releasing) {
+  CNodeImplBase* dying = releaseOrEnter(node, nullptr, releasing);
+  while (dying) {
+    if (iNode* held = dying->takeLastHeld()) {
+      releasing.step([&] { held->setParent(nullptr); });
+      if (CNodeImplBase* below = releaseOrEnter(held, dying, releasing)) dying = below;
+      continue;
     }
-    node->release();
+    iNode* empty = dying->inode();
+    dying = coreOf(const_cast<iNode*>(std::exchange(dying->parent_, nullptr)));
+    releasing.step([&] { empty->release(); });
   }
+}
+
+// The core of a node that dies and holds others; any other node is released.
+CNodeImplBase* CNodeImplBase::releaseOrEnter(iNode* node, CNodeImplBase* above, tovin::Releasing& releasing) {
+  CNodeImplBase* core = node->getRefCount() == 1 ? coreOf(node) : nullptr;
+  if (core && (core->NumChildNodes() > 0 || core->HoldsNode())) {
+    core->parent_ = above ? above->inode() : nullptr;
+    return core;
+  }
+  releasing.step([&] { node->release(); });
+  return nullptr;
+}
+
+iNode* CNodeImplBase::takeLastHeld() {
+  return NumChildNodes() > 0 ? children_->takeLast() : SurrenderObject();
 }
 
 void CNodeImplBase::requireAttachable(iNode* child) const {
@@ -236,6 +263,7 @@ void CNodeImplBase::AppendChildNode(iNode* child) {
   requireAttachable(child);
   iNode* oldParent = child->findParent();
   const tovin::Held<iNode> held(child);
+  makeRoomForChild();
   if (oldParent) oldParent->removeChild(child);
   AddChildNode(child, atEnd);
 }
@@ -248,6 +276,7 @@ void CNodeImplBase::InsertChildNodeBefore(iNode* newChild, const iNode* refChild
   const unsigned index = GetChildNodeIndex(refChild);
   if (newChild == refChild) return;
   const tovin::Held<iNode> held(newChild);
+  makeRoomForChild();
   if (iNode* oldParent = newChild->findParent()) oldParent->removeChild(newChild);
   AddChildNode(newChild, index);
 }
@@ -304,9 +333,10 @@ void CNodeImplBase::GetNodeIndexPathExpression(tovin::WideString& out, const iNo
   guarded({ClassName, "GetNodeIndexPathDescription"}, [&] {
     tovin::IntegerArrayValue path;
     GetNodeIndexPath(path, ancestor);
-    out.clear();
-    out.reserve(path.getSize() * 7);
-    for (int position : path.getArray()) out += tovin::format(L"/*[%d]", position + 1);
+    tovin::WideString expression(L"");
+    expression.reserve(path.getSize() * 7);
+    for (int position : path.getArray()) expression += tovin::format(L"/*[%d]", position + 1);
+    out = std::move(expression);
   });
 }
 
@@ -363,24 +393,39 @@ void CNodeImplBase::AssignFrom(const iNode* source, bool deep) {
     if (source == inode()) return;
     // The source may be one of the children that go.
     const tovin::Held<iNode> held(const_cast<iNode*>(source));
-    assignOwn(source);
-    if (!deep) return;
+    if (!deep) return assignOwn(source);
+    // Its copy below an ancestor is one of the node as it is then.
+    const bool below = IsAncestorNode(source);
+    if (below) assignOwn(source);
     // All copies are made before one is attached: this node may lie in the tree that is copied.
     std::vector<tovin::Ptr<iNode>> copies;
     cloneChildren(source, copies);
-    ClearChildren();
+    ChildArray children;
+    children.reserve(copies.size());
+    if (!children_ && !copies.empty()) children_ = std::make_shared<ChildArray>();
+    if (!below) assignOwn(source);
+    tovin::Releasing releasing;
+    releasing.step([&] { ClearChildren(); });
+    if (!copies.empty()) children_->swap(children);
     for (const tovin::Ptr<iNode>& copy : copies) AddChildNode(copy.get(), atEnd);
+    releasing.finish();
   });
 }
 
 void CNodeImplBase::assignOwn(const iNode* source) {
-  SetNodeName(source->getName());
+  const ztUniqueString name(source->getName());
   // The value is among the properties. The collection is there afterwards even when the source has none.
   tovin::iPropertyCollection* collection = EnsurePropCollectionExists();
   if (source->hasProperties())
     collection->assignFrom(source->getProperties(), true);
   else
     collection->removeAll();
+  SetUniqueNodeName(name);
+}
+
+iNode* CNodeImplBase::cloneOf(const iNode* child) {
+  const NestedCall deeper;
+  return child->cloneNode(true);
 }
 
 void CNodeImplBase::cloneChildren(const iNode* source, std::vector<tovin::Ptr<iNode>>& copies) const {
@@ -396,9 +441,8 @@ void CNodeImplBase::cloneChildren(const iNode* source, std::vector<tovin::Ptr<iN
     for (unsigned i = 0; i < count; ++i) {
       iNode* child = const_cast<iNode*>(step.from->getChildAt(i));
       const CNodeImplBase* core = coreOf(child);
-      const bool stepwise = core && core->ClonesByAssignment();
-      const tovin::Ptr<iNode> copy(stepwise ? tovin::seek<iNode>(child->newInstance())
-                                            : child->cloneNode(true));
+      const bool stepwise = core && core->isWalked() && core->ClonesByAssignment();
+      const tovin::Ptr<iNode> copy(stepwise ? tovin::seek<iNode>(child->newInstance()) : cloneOf(child));
       if (step.to)
         step.to->AddChildNode(copy.get(), atEnd);
       else

@@ -1,12 +1,14 @@
 #pragma once
 
 #include <memory>
+#include <typeinfo>
 #include <vector>
 
-#include "tovin/Array.h"
+#include "tovin/PointerList.h"
 #include "tovin/Ptr.h"
 #include "tovin/iXPathParser.h"
 #include "tovin/values/NullValue.h"
+#include "tovinCore/Guard.h"
 #include "ztbaseclient/Export.h"
 #include "ztbaseclient/node/cppNodeQName.h"
 
@@ -35,24 +37,27 @@ class ZTBASECLIENT_API CNodeImplBase {
 
  protected:
   CNodeImplBase();
-  /// Copies nothing: the copy constructor of a node class follows it with a deep AssignFrom, once the node is
-  /// whole.
+  /// Copies nothing: NodeImpl follows it with a deep AssignFrom, once there is a node.
   CNodeImplBase(const CNodeImplBase& other);
   /// Shallow, on purpose: both nodes then share parser, child array and collection, and no child gets a
   /// reference. A node class holds the other one meanwhile, until its last base is assigned.
   CNodeImplBase& operator=(const CNodeImplBase& other);
 
-  // What a node class writes ahead of the core record, and reads back. False, the default: the class has a
-  // record of its own making, so that its children are not walked here but by its own serialize.
-  virtual bool WriteClassRecord(tovin::iByteOutputStream& stream) const;
-  virtual bool ReadClassRecord(tovin::iByteInputStream& stream);
-  // True for a class whose cloneNode is a new instance and AssignFrom.
+  // The class that vouches for its objects: their record is what WriteClassRecord writes and ReadClassRecord
+  // reads, and then the core record, so that a tree of them is written and read without recursion. An object
+  // of a class derived from it is asked by its own serialize and deserialize, unless that class vouches too.
+  virtual const std::type_info& WalkedClass() const { return typeid(void); }
+  virtual void WriteClassRecord(tovin::iByteOutputStream&) const {}
+  virtual void ReadClassRecord(tovin::iByteInputStream&) {}
+  // True where WalkedClass also vouches that cloneNode is a new instance and AssignFrom.
   virtual bool ClonesByAssignment() const { return false; }
-  // A node that only this one holds, besides its children, to be released after it; null if none.
+  // Whether SurrenderObject would give something.
+  virtual bool HoldsNode() const { return false; }
+  // A node that only this one holds, besides its children, to be released after them; null if none.
   virtual tovin::iNode* SurrenderObject() { return nullptr; }
-  // Releases nodes that have no parent, and what dies with them, without recursion; the list is empty
-  // afterwards.
-  static void ReleaseNodes(std::vector<tovin::iNode*>& released);
+  // Gives up a reference to a node that has no parent, and what dies with it. Needs no memory, and no stack
+  // by the depth; what one node throws comes out when all are released.
+  static void ReleaseNode(tovin::iNode* node);
 
   const wchar_t* GetNodeName() const { return name_.getQName(); }
   void SetNodeName(const wchar_t* name) { name_.setName(name); }
@@ -108,14 +113,16 @@ class ZTBASECLIENT_API CNodeImplBase {
   tovin::iXPathParser* GetXPathParser() const;
 
   void SerializeNode(tovin::iByteOutputStream& stream, bool withChildren) const;
+  /// A failure leaves the nodes that were read before it.
   void DeserializeNode(tovin::iByteInputStream& stream, bool withChildren);
 
-  /// Name, value and properties; deep also the children, each by its own cloneNode.
+  /// Name, value and properties; deep also the children, each by its own cloneNode. As it was after a
+  /// failure; where the source is an ancestor only the children are.
   void AssignFrom(const tovin::iNode* source, bool deep);
   void AssignFrom(const CNodeImplBase& source, bool deep);
 
  private:
-  using ChildArray = tovin::Array<tovin::iNode*>;
+  using ChildArray = tovin::PointerList<tovin::iNode>;
 
   // Null for a node of another making.
   static CNodeImplBase* coreOf(tovin::iNode* node);
@@ -125,8 +132,13 @@ class ZTBASECLIENT_API CNodeImplBase {
   int32_t readChildCount(tovin::iByteInputStream& stream);
   tovin::iNode* readChildInstance(tovin::iByteInputStream& stream);
   void assignOwn(const tovin::iNode* source);
+  static tovin::iNode* cloneOf(const tovin::iNode* child);
   void cloneChildren(const tovin::iNode* source, std::vector<tovin::Ptr<tovin::iNode>>& copies) const;
-  void surrender(std::vector<tovin::iNode*>& released);
+  bool isWalked() const { return typeid(*this) == WalkedClass(); }
+  void makeRoomForChild();
+  static CNodeImplBase* releaseOrEnter(tovin::iNode* node, CNodeImplBase* above, tovin::Releasing& releasing);
+  static void releaseWhole(tovin::iNode* node, tovin::Releasing& releasing);
+  tovin::iNode* takeLastHeld();
   void requireAttachable(tovin::iNode* child) const;
   void requireChildren() const;
   template <class Result>

@@ -3,6 +3,7 @@
 #include "ztbaseclient/framework/RecordVersion.h"
 #include "ztbaseclient/framework/StreamPrimitives.h"
 #include "ztbaseclient/node/CNodeImplBase.h"
+#include "ztbaseclient/node/NestedCall.h"
 
 using tovin::guarded;
 using tovin::iNode;
@@ -48,10 +49,13 @@ void CNodeImplBase::SerializeNode(tovin::iByteOutputStream& stream, bool withChi
       if (++step.next == step.node->NumChildNodes()) steps.pop_back();
       WriteNarrowString(stream, child->getClassTag());
       const CNodeImplBase* core = coreOf(child);
-      if (core && core->WriteClassRecord(stream))
+      if (core && core->isWalked()) {
+        core->WriteClassRecord(stream);
         begin(*core);
-      else
+      } else {
+        const NestedCall deeper;
         child->serialize(stream);
+      }
     }
   });
 }
@@ -95,10 +99,13 @@ void CNodeImplBase::DeserializeNode(tovin::iByteInputStream& stream, bool withCh
       if (--step.missing == 0) steps.pop_back();
       iNode* child = parent->readChildInstance(stream);
       CNodeImplBase* core = coreOf(child);
-      if (core && core->ReadClassRecord(stream))
+      if (core && core->isWalked()) {
+        core->ReadClassRecord(stream);
         begin(*core);
-      else
+      } else {
+        const NestedCall deeper;
         child->deserialize(stream);
+      }
       child->setParent(parent->GetINode());
     }
   });

@@ -48,17 +48,15 @@ tovin::CountedObject* countedOf(tovin::Object* object) { return tovin::seek<tovi
 
 CObjectTransportNode::CObjectTransportNode(const CObjectTransportNode& other)
     : tovin::Object(other), tovin::CountedObject(other), FrameworkClass(other) {
-  guarded({ClassName, ClassName}, [&] {
-    AssignFrom(static_cast<const tovin::iNode*>(&other), true);
-    copyObject(other);
-  });
+  guarded({ClassName, ClassName}, [&] { takeCopy(other, copyFor(other)); });
 }
 
 CObjectTransportNode& CObjectTransportNode::operator=(const CObjectTransportNode& other) {
   guarded({ClassName, "operator="}, [&] {
     const tovin::Held<const CObjectTransportNode> held(&other);  // it may be below the children that go
+    OwnedObject copy = copyFor(other);
     FrameworkClass::operator=(other);
-    copyObject(other);
+    takeCopy(other, std::move(copy));
   });
   return *this;
 }
@@ -67,12 +65,17 @@ CObjectTransportNode::~CObjectTransportNode() {
   tovin::guardedDestruction(ClassName, [&] { ReleaseObject(); });
 }
 
+// A copy of the source's object, null where none is needed.
+CObjectTransportNode::OwnedObject CObjectTransportNode::copyFor(const CObjectTransportNode& source) const {
+  const bool needed = source.object_ && object_ != source.object_;
+  return OwnedObject(needed ? source.object_->clone() : nullptr);
+}
+
 // The object held before is left as it is, on purpose: somebody may still count on it.
-void CObjectTransportNode::copyObject(const CObjectTransportNode& source) {
-  if (object_ == source.object_) return;
-  if (source.object_)
-    hold(source.object_->clone());
-  else
+void CObjectTransportNode::takeCopy(const CObjectTransportNode& source, OwnedObject copy) {
+  if (copy)
+    hold(copy.detach());
+  else if (!source.object_)
     ReleaseObject();
 }
 
@@ -91,10 +94,7 @@ void CObjectTransportNode::SetObject(tovin::Object* object) {
 
 void CObjectTransportNode::ReleaseObject() {
   guarded({ClassName, "ReleaseObject"}, [&] {
-    if (tovin::iNode* node = SurrenderObject()) {
-      std::vector<tovin::iNode*> released{node};
-      return ReleaseNodes(released);
-    }
+    if (tovin::iNode* node = SurrenderObject()) return ReleaseNode(node);
     tovin::Object* object = std::exchange(object_, nullptr);
     if (tovin::CountedObject* counted = countedOf(object))
       counted->release();
@@ -103,18 +103,18 @@ void CObjectTransportNode::ReleaseObject() {
   });
 }
 
-tovin::iNode* CObjectTransportNode::SurrenderObject() {
-  tovin::CountedObject* counted = countedOf(object_);
-  auto* node = counted && counted->getRefCount() == 1 ? tovin::seek<tovin::iNode>(object_) : nullptr;
-  if (node) object_ = nullptr;
-  return node;
+bool CObjectTransportNode::HoldsNode() const {
+  const tovin::CountedObject* counted = countedOf(object_);
+  return counted && counted->getRefCount() == 1 && tovin::seek<tovin::iNode>(object_);
 }
 
-tovin::Object* CObjectTransportNode::clone() const { return cloneNode(true); }
+tovin::iNode* CObjectTransportNode::SurrenderObject() {
+  return HoldsNode() ? tovin::seek<tovin::iNode>(std::exchange(object_, nullptr)) : nullptr;
+}
 
 tovin::iNode* CObjectTransportNode::cloneNode(bool /*deep*/) const {
   return guarded({ClassName, "cloneNode"}, [&]() -> tovin::iNode* {
-    tovin::Ptr<CObjectTransportNode> copy(allocate());
+    tovin::Ptr<CObjectTransportNode> copy(tovin::seek<CObjectTransportNode>(newInstance()));
     // Without an object nothing is copied: the result is an empty node.
     if (object_) {
       ztMemoryByteOutputStream out;
@@ -126,17 +126,16 @@ tovin::iNode* CObjectTransportNode::cloneNode(bool /*deep*/) const {
   });
 }
 
-bool CObjectTransportNode::WriteClassRecord(tovin::iByteOutputStream& stream) const {
+void CObjectTransportNode::WriteClassRecord(tovin::iByteOutputStream& stream) const {
   WriteCompactInt(stream, OBJECT_TRANSPORT_NODE_VERSION);
   WriteBool(stream, object_ != nullptr);
-  if (!object_) return true;
+  if (!object_) return;
   const CarrierDepth deeper;
   WriteNarrowString(stream, object_->getClassTag());
   object_->serialize(stream);
-  return true;
 }
 
-bool CObjectTransportNode::ReadClassRecord(tovin::iByteInputStream& stream) {
+void CObjectTransportNode::ReadClassRecord(tovin::iByteInputStream& stream) {
   object_ = nullptr;  // dropped without being released, on purpose
   const int32_t version =
       RecordVersion::requireEither(stream, OBJECT_TRANSPORT_NODE_VERSION, OLD_OBJECT_TRANSPORT_NODE_VERSION);
@@ -145,7 +144,6 @@ bool CObjectTransportNode::ReadClassRecord(tovin::iByteInputStream& stream) {
     for (int i = 0; i < oldRecordExtraBytes; ++i) ReadBool(stream);
   }
   if (carries) readObject(stream);
-  return true;
 }
 
 void CObjectTransportNode::readObject(tovin::iByteInputStream& stream) {

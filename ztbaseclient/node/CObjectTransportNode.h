@@ -35,7 +35,6 @@ class ZTBASECLIENT_API CObjectTransportNode
   tovin::Object* GetObject() const noexcept { return object_; }
   void ReleaseObject();
 
-  tovin::Object* clone() const override;
   tovin::iNode* cloneNode(bool deep) const override;
   void serialize(tovin::iByteOutputStream& stream) const override;
   void deserialize(tovin::iByteInputStream& stream) override;
@@ -44,8 +43,10 @@ class ZTBASECLIENT_API CObjectTransportNode
   void onDeactivate() override;
 
  protected:
-  bool WriteClassRecord(tovin::iByteOutputStream& stream) const override;
-  bool ReadClassRecord(tovin::iByteInputStream& stream) override;
+  const std::type_info& WalkedClass() const override { return typeid(CObjectTransportNode); }
+  void WriteClassRecord(tovin::iByteOutputStream& stream) const override;
+  void ReadClassRecord(tovin::iByteInputStream& stream) override;
+  bool HoldsNode() const override;
   tovin::iNode* SurrenderObject() override;
 
   template <class, class>
@@ -53,7 +54,9 @@ class ZTBASECLIENT_API CObjectTransportNode
 
  private:
   void hold(tovin::Object* object);
-  void copyObject(const CObjectTransportNode& source);
+  using OwnedObject = tovin::MemPtr<tovin::Object, tovin::InstanceDeallocator>;
+  OwnedObject copyFor(const CObjectTransportNode& source) const;
+  void takeCopy(const CObjectTransportNode& source, OwnedObject copy);
   void readObject(tovin::iByteInputStream& stream);
 
   tovin::Object* object_ = nullptr;

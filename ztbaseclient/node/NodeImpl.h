@@ -15,9 +15,9 @@ inline constexpr const char* ClassName_NodeImpl = "NodeImpl";
 ///     tovin::PooledObject>
 template <class T, class Interface>
 class NodeImpl : public CNodeImplBase, public Interface {
+ public:
   using iNode = tovin::iNode;
 
- public:
   iNode* GetINode() override { return this; }
 
   void* _SeekClassIdentity(const tovin::ClassTag& tag) override {
@@ -108,8 +108,14 @@ class NodeImpl : public CNodeImplBase, public Interface {
       return copy.detachUncounted();
     });
   }
+  /// Of a class derived from T too, an object of the same class.
   iNode* cloneNode(bool deep) const override {
-    return in("cloneNode", [&] { return static_cast<iNode*>(Clone(deep)); });
+    return in("cloneNode", [&]() -> iNode* {
+      if (typeid(*this) == typeid(T)) return Clone(deep);
+      tovin::Ptr<iNode> copy(tovin::seek<iNode>(this->newInstance()));
+      copy->assignFromNode(this, deep);
+      return copy.detachUncounted();
+    });
   }
   void assignFromNode(const iNode* source, bool deep) override {
     in("assignFromNode", [&] { AssignFrom(source, deep); });
@@ -151,7 +157,10 @@ class NodeImpl : public CNodeImplBase, public Interface {
 
  protected:
   NodeImpl() = default;
-  NodeImpl(const NodeImpl&) = default;
+  NodeImpl(const NodeImpl& other)
+      : tovin::Object(other), tovin::CountedObject(other), CNodeImplBase(other), Interface(other) {
+    in("NodeImpl", [&] { AssignFrom(static_cast<const iNode*>(&other), true); });
+  }
   NodeImpl& operator=(const NodeImpl&) = default;
 
  private:

@@ -14,10 +14,10 @@ void replace(const wchar_t*& field, const wchar_t* text) {
 }
 
 // A text that is shared already needs no look-up.
-void share(const wchar_t*& field, const wchar_t* sharedText) {
+void share(const wchar_t*& field, const wchar_t* sharedText) noexcept {
   const wchar_t* old = field;
   field = ztUniqueStrings::AddReference(sharedText);
-  if (old) ztUniqueStrings::GetUniqueString(nullptr, old, nullptr);
+  ztUniqueStrings::Release(old);
 }
 
 }  // namespace
@@ -36,7 +36,7 @@ cppNodeQName& cppNodeQName::operator=(const cppNodeQName& other) {
 }
 
 cppNodeQName::~cppNodeQName() {
-  tovin::guardedDestruction(ClassName, [&] { onDeactivate(); });
+  onDeactivate();
   m_leakDetector.Sub(this);
 }
 
@@ -46,7 +46,7 @@ void cppNodeQName::setUniqueName(const wchar_t* name) { share(qualifiedName_, na
 
 void cppNodeQName::setLocalName(const wchar_t* name) {
   replace(localName_, name);
-  replace(qualifiedName_, nullptr);
+  share(qualifiedName_, nullptr);
 }
 
 void cppNodeQName::setUriName(const wchar_t* prefix) { replace(prefix_, prefix); }
@@ -74,11 +74,12 @@ void cppNodeQName::splitName() const {
   const size_t colon = name.find(L":");
   if (colon == name.npos || colon == 0) {
     replace(localName_, name);
-    replace(prefix_, nullptr);
+    share(prefix_, nullptr);
     return;
   }
-  replace(prefix_, name.subString(0, colon));
+  const ztUniqueString prefix(name.subString(0, colon));
   replace(localName_, name.subString(colon + 1));
+  share(prefix_, prefix);
 }
 
 void cppNodeQName::serialize(tovin::iByteOutputStream& stream) const {
@@ -88,16 +89,19 @@ void cppNodeQName::serialize(tovin::iByteOutputStream& stream) const {
 }
 
 void cppNodeQName::deserialize(tovin::iByteInputStream& stream) {
+  ztUniqueString read[3];
   tovin::WideString text;
-  for (const wchar_t** field : {&qualifiedName_, &localName_, &prefix_}) {
+  for (ztUniqueString& name : read) {
     ReadWideString(stream, text);
-    replace(*field, text);
+    name = ztUniqueString(text);
   }
+  share(qualifiedName_, read[0]);
+  share(localName_, read[1]);
+  share(prefix_, read[2]);
 }
 
 void cppNodeQName::onActivate() noexcept { qualifiedName_ = localName_ = prefix_ = nullptr; }
 
-void cppNodeQName::onDeactivate() {
-  setUriName(nullptr);
-  setLocalName(nullptr);
+void cppNodeQName::onDeactivate() noexcept {
+  for (const wchar_t** field : {&prefix_, &localName_, &qualifiedName_}) share(*field, nullptr);
 }

@@ -30,14 +30,15 @@ class ZTBASECLIENT_API cppNodeQName {
   /// The prefix; null for a name without one.
   const wchar_t* getUriName() const;
 
-  /// Three wide strings: qualified name, local name, prefix, each as it stands.
+  /// Three wide strings: qualified name, local name, prefix, each as it stands. A failed reading changes
+  /// none.
   void serialize(tovin::iByteOutputStream& stream) const;
   void deserialize(tovin::iByteInputStream& stream);
 
   /// Forgets the three names without giving them up.
   void onActivate() noexcept;
   /// Gives up all three.
-  void onDeactivate();
+  void onDeactivate() noexcept;
 
  private:
   void splitName() const;
