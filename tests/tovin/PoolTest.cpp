@@ -61,6 +61,7 @@ TEST_F(Pools, AnObjectComesBackDeactivatedAndGoesOutAgain) {
   Unlimited::deallocate(object);
   EXPECT_EQ(object, nullptr);
   EXPECT_EQ(held, nullptr);
+  Unlimited::deallocate(object);  // nothing happens
   EXPECT_EQ(Unlimited::m_class.getOutstanding(), 0);
   EXPECT_EQ(Unlimited::m_class.getFree(), 2);
   EXPECT_EQ(Unlimited::m_leakDetector.getLive(), 0);

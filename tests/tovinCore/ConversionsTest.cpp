@@ -1,4 +1,5 @@
 #include <gtest/gtest.h>
+#include <cstdlib>
 
 #include <cmath>
 #include <limits>
@@ -90,6 +91,25 @@ TEST(Numbers, ADoubleIsTheWholeText) {
   }
   EXPECT_TRUE(tryStringToDouble(L"nan", value));
   EXPECT_TRUE(std::isnan(value));
+}
+
+// Longer than anything that a number needs: the digits far behind still decide between two neighbours.
+TEST(Numbers, ADoubleMayBeOfAnyLength) {
+  const std::string zeros(5000, '0'), middle = "9007199254740993";  // between 2^53 and the next double
+  for (const std::string& text :
+       {zeros + "12.5" + zeros, "0." + zeros + "125e5001", middle + "." + zeros, middle + "." + zeros + "1",
+        middle + zeros + "1e-5001", middle + zeros + "." + zeros + "1E-5000", "-1" + zeros,
+        "1" + zeros + "e-4999", "0." + zeros + "e999999999999999999999", zeros, "5e-" + zeros + "324",
+        std::string(3000, '7') + "e-2999"}) {
+    double value = -77;
+    EXPECT_TRUE(tryStringToDouble(tovin::utf8ToWide(text), value)) << text;
+    EXPECT_EQ(value, std::strtod(text.c_str(), nullptr)) << text;
+  }
+  double value = 0;
+  for (const std::string& text : {zeros + "x", zeros + "1e", "." + zeros + "." + zeros, zeros + "1e+",
+                                  "--" + zeros, zeros + " 1", std::string(2000, '.'), zeros + "e5e5"}) {
+    EXPECT_FALSE(tryStringToDouble(tovin::utf8ToWide(text), value)) << text;
+  }
 }
 
 TEST(Numbers, AnIntegerIsTheWholeTextOrItsBeginning) {

@@ -3,6 +3,7 @@
 #include "tovin/Ptr.h"
 #include "tovin/values/DoubleValue.h"
 #include "ztbaseclient/data/CPropertyCollectionData.h"
+#include "ztcore/ztUniqueStrings.h"
 
 namespace {
 
@@ -58,6 +59,50 @@ TEST(PropertyStorage, TheIndexFollowsEveryChange) {
   storage.data.MakeNewPropertyWithCopiedValue(L"new", nullptr);
   EXPECT_TRUE(storage.data.HashUpToDate());
   EXPECT_EQ(storage.data.GetIndex(L"NEW"), 11);
+}
+
+TEST(PropertyStorage, FindsByNameWhateverWasRenamedRemovedAndMovedBetween) {
+  constexpr unsigned size = 3000;
+  Storage storage(L"");
+  const size_t names = ztUniqueStrings::GetCount();
+  std::vector<std::wstring> model;
+  for (unsigned i = 0; i < size; ++i) {
+    model.push_back(L"gone" + std::to_wstring(i));
+    storage.data.MakeNewPropertyWithCopiedValue(model.back().c_str(), nullptr);
+  }
+  // Every look-up between two changes: made anew each time, the index would take hours.
+  uint32_t random = 1;
+  for (unsigned step = 0; model.size() > 5; ++step) {
+    random = random * 1664525 + 1013904223;
+    const unsigned at = step % 4 == 0 ? 0 : (random >> 8) % static_cast<unsigned>(model.size());
+    ASSERT_EQ(storage.data.GetIndex(model[at].c_str()), static_cast<int>(at)) << step;
+    if (step % 3 == 0) {
+      const std::wstring renamed = model[at] + L"!";
+      if (step % 1000 == 0)
+        storage.data.GetProperty(static_cast<int>(at))->SetName(renamed.c_str());
+      else
+        storage.data.SetName(at, renamed.c_str());
+      ASSERT_EQ(storage.data.GetIndex(model[at].c_str()), -1) << step;
+      model[at] = renamed;
+      ASSERT_EQ(storage.data.GetIndex(renamed.c_str()), static_cast<int>(at)) << step;
+    } else {
+      storage.data.RemoveProperty(at);
+      ASSERT_EQ(storage.data.GetIndex(model[at].c_str()), -1) << step;
+      model.erase(model.begin() + at);
+    }
+  }
+  storage.data.Clear();
+  // The first names that properties bring into a process are kept on purpose, but no changed ones beyond.
+  EXPECT_LE(ztUniqueStrings::GetCount(), names + 10'000);
+}
+
+TEST(PropertyStorage, AnEntryBeyondTheEndIsNobodys) {
+  Storage storage(L"abcdefghijkl");
+  EXPECT_EQ(storage.data.GetIndex(L"a"), 0);
+  storage.data.AddToHash(L"ghost", 5000);
+  EXPECT_EQ(storage.data.GetProperty(L"ghost"), nullptr);
+  storage.data.AddToHash(L"alias", 3);
+  EXPECT_EQ(storage.data.GetIndex(L"alias"), 3);
 }
 
 TEST(PropertyStorage, The24thNameGrowsTheIndexTo67Buckets) {

@@ -50,6 +50,11 @@ TEST(PropertyValue, ReadOnlyTakesOnlyWhatItHolds) {
   for (const auto& change : changes) expectMessage(L"Read-only property fixed cannot be updated", change);
   EXPECT_THROW(property.setValue(L"b"), tovin::PropertyAccessException);
   EXPECT_STREQ(as<tovin::StringValue>(property)->getString(), L"a");
+  number.setValue(0.0);
+  number.setMetaDataFlags(MetaDataFlags::readOnly);
+  number.setValue(-0.0);
+  EXPECT_FALSE(std::signbit(as<tovin::DoubleValue>(number)->getDouble())) << "nothing changes";
+  number.setMetaDataFlags(0);
   number.setValue(std::nan(""));
   number.setMetaDataFlags(MetaDataFlags::readOnly);
   number.setValue(std::nan(""));

@@ -28,6 +28,23 @@ std::wstring order(const tovin::iNode& parent) {
   return names;
 }
 
+// A node that cannot put its things away.
+class Stubborn : public tovin::FrameworkClass<Stubborn, CBaseNode> {
+ public:
+  static constexpr const char* ClassName = "Stubborn";
+  static const tovin::ClassTagDecl Tag;
+  static tovin::LeakDetector m_leakDetector;
+  static tovin::PooledClassImp<Stubborn> m_class;
+  void onDeactivate() override {
+    if (refuses) throw tovin::Exception(L"not now");
+    CBaseNode::onDeactivate();
+  }
+  static inline bool refuses = true;
+};
+const tovin::ClassTagDecl Stubborn::Tag("test.Stubborn");
+tovin::LeakDetector Stubborn::m_leakDetector(Stubborn::ClassName);
+tovin::PooledClassImp<Stubborn> Stubborn::m_class(Stubborn::Tag, Stubborn::m_leakDetector);
+
 // A root with the children a, b and c.
 struct Children : testing::Test {
   Children() {
@@ -214,6 +231,42 @@ TEST_F(Children, AssignmentIsShallowAndSharesThem) {
   root_.reset();
   EXPECT_EQ(x_->getProperties()->findOwner(), nullptr);
   EXPECT_FALSE(x_->hasChildren());
+}
+
+TEST_F(Children, OfANodeAtRestAreNobodyElses) {
+  tovin::Object::m_dontUsePools = false;
+  root_->removeAllChildren();
+  CBaseNode* sharing = CBaseNode::allocateCopy(*root_);
+  CBaseNode::deallocate(sharing);
+  const tovin::Ptr<CBaseNode> next(CBaseNode::allocate());
+  root_->appendChild(a_.get());
+  root_->appendChild(b_.get());
+  EXPECT_EQ(next->getNumberOfChildren(), 0u);
+  next->removeAllChildren();
+  EXPECT_EQ(order(*root_), L"ab");
+}
+
+TEST_F(Children, ThatCannotBeGivenBackLeaveNoneBehind) {
+  for (bool pools : {false, true}) {
+    tovin::Object::m_dontUsePools = !pools;
+    tovin::Ptr<CBaseNode> parent = node(L"parent");
+    const auto before = Stubborn::m_leakDetector.getLive();
+    for (bool stubborn : {false, true, false}) {
+      const tovin::Ptr<tovin::iNode> child(stubborn ? static_cast<tovin::iNode*>(Stubborn::allocate())
+                                                    : CBaseNode::allocate());
+      child->appendChild(node(L"below").get());
+      parent->appendChild(child.get());
+    }
+    if (pools)
+      expectMessage(L"not now", [&] { parent->removeAllChildren(); });
+    else
+      parent->removeAllChildren();  // a destructor has nobody to tell
+    EXPECT_EQ(parent->getNumberOfChildren(), 0u);
+    EXPECT_EQ(Stubborn::m_leakDetector.getLive(), before);
+  }
+  // One that rests is no living object of any of its classes.
+  Stubborn::refuses = false;
+  Stubborn::allocate()->deleteInstance();
 }
 
 TEST_F(Children, ClearingLeavesNameAndParent) {
