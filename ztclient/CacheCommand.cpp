@@ -4,9 +4,9 @@
 
 #include "tovinCore/Utf8.h"
 #include "ztbaseclient/client/CCacheRequest.h"
-#include "ztclient/Arguments.h"
 #include "ztclient/Commands.h"
-#include "ztclient/NameValue.h"
+#include "ztclient/arguments/Arguments.h"
+#include "ztclient/arguments/NameValue.h"
 
 namespace {
 

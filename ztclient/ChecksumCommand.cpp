@@ -6,9 +6,9 @@
 
 #include "tovinCore/Utf8.h"
 #include "ztbaseclient/tools/ztChecksum.h"
-#include "ztclient/Arguments.h"
 #include "ztclient/Commands.h"
-#include "ztclient/InputFile.h"
+#include "ztclient/arguments/Arguments.h"
+#include "ztclient/input/InputFile.h"
 #include "ztcore/ztStringReader.h"
 
 namespace {

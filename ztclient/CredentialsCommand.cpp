@@ -7,10 +7,10 @@
 #include "tovinCore/Utf8.h"
 #include "tovinCore/Wipe.h"
 #include "ztbaseclient/auth/CCredentials.h"
-#include "ztclient/Arguments.h"
 #include "ztclient/Commands.h"
-#include "ztclient/Document.h"
-#include "ztclient/Json.h"
+#include "ztclient/answers/Json.h"
+#include "ztclient/arguments/Arguments.h"
+#include "ztclient/input/Document.h"
 
 namespace {
 

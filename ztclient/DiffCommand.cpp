@@ -5,10 +5,10 @@
 #include "tovinCore/Exception.h"
 #include "tovinCore/Utf8.h"
 #include "ztbaseclient/tools/CDiffFiles.h"
-#include "ztclient/Arguments.h"
 #include "ztclient/Commands.h"
-#include "ztclient/InputFile.h"
-#include "ztclient/ProgressBar.h"
+#include "ztclient/arguments/Arguments.h"
+#include "ztclient/input/InputFile.h"
+#include "ztclient/terminal/ProgressBar.h"
 
 namespace {
 

@@ -4,8 +4,8 @@
 
 #include "tovinCore/Utf8.h"
 #include "ztbaseclient/client/LocatorEndpointIdentity.h"
-#include "ztclient/Arguments.h"
 #include "ztclient/Commands.h"
+#include "ztclient/arguments/Arguments.h"
 
 namespace {
 

@@ -5,7 +5,7 @@
 #include "tovinCore/Utf8.h"
 #include "ztbaseclient/client/CProtocolLinkBuilder.h"
 #include "ztclient/Commands.h"
-#include "ztclient/NameValue.h"
+#include "ztclient/arguments/NameValue.h"
 
 namespace {
 

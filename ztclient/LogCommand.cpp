@@ -10,11 +10,11 @@
 #include "tovinCore/platform/Console.h"
 #include "ztbaseclient/tools/CConsoleEntry.h"
 #include "ztbaseclient/tools/CConsoleReader.h"
-#include "ztclient/Arguments.h"
 #include "ztclient/Commands.h"
-#include "ztclient/InputFile.h"
-#include "ztclient/Json.h"
-#include "ztclient/ProgressBar.h"
+#include "ztclient/answers/Json.h"
+#include "ztclient/arguments/Arguments.h"
+#include "ztclient/input/InputFile.h"
+#include "ztclient/terminal/ProgressBar.h"
 
 namespace {
 

@@ -6,7 +6,7 @@
 #include "tovinCore/Utf8.h"
 #include "ztbaseclient/data/NodeLocations.h"
 #include "ztclient/Commands.h"
-#include "ztclient/Document.h"
+#include "ztclient/input/Document.h"
 
 namespace {
 

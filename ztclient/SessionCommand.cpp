@@ -3,7 +3,7 @@
 #include <memory>
 
 #include "ztclient/Commands.h"
-#include "ztclient/Session.h"
+#include "ztclient/session/Session.h"
 
 namespace {
 

@@ -13,8 +13,8 @@
 #include "tovinCore/Utf8.h"
 #include "ztbaseclient/node/CObjectTransportNode.h"
 #include "ztclient/Commands.h"
-#include "ztclient/Document.h"
-#include "ztclient/Json.h"
+#include "ztclient/answers/Json.h"
+#include "ztclient/input/Document.h"
 #include "ztcore/ztFile.h"
 #include "ztcore/ztMemoryStreams.h"
 

@@ -6,8 +6,8 @@
 #include "tovinCore/platform/Paths.h"
 #include "ztbaseclient/client/ztSoapUtils.h"
 #include "ztclient/Commands.h"
-#include "ztclient/InputFile.h"
-#include "ztclient/ProgressBar.h"
+#include "ztclient/input/InputFile.h"
+#include "ztclient/terminal/ProgressBar.h"
 
 namespace {
 

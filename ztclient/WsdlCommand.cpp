@@ -5,8 +5,8 @@
 
 #include "tovinCore/Exception.h"
 #include "ztclient/Commands.h"
-#include "ztclient/Document.h"
-#include "ztclient/WsdlJson.h"
+#include "ztclient/answers/WsdlJson.h"
+#include "ztclient/input/Document.h"
 
 namespace {
 

@@ -4,12 +4,12 @@
 #include "tovinCore/Exception.h"
 #include "tovinCore/Utf8.h"
 #include "tovinCore/platform/Console.h"
-#include "ztclient/Arguments.h"
 #include "ztclient/Commands.h"
-#include "ztclient/InputFile.h"
-#include "ztclient/Suggestion.h"
-#include "ztclient/Terminal.h"
-#include "ztclient/WarningScope.h"
+#include "ztclient/arguments/Arguments.h"
+#include "ztclient/arguments/Suggestion.h"
+#include "ztclient/input/InputFile.h"
+#include "ztclient/terminal/Terminal.h"
+#include "ztclient/terminal/WarningScope.h"
 
 namespace {
 

@@ -1,4 +1,4 @@
-#include "ztclient/JobParameters.h"
+#include "ztclient/session/JobParameters.h"
 
 #include <string_view>
 

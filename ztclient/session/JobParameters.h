@@ -2,7 +2,7 @@
 
 #include "tovin/Ptr.h"
 #include "tovin/iNode.h"
-#include "ztclient/Json.h"
+#include "ztclient/answers/Json.h"
 
 /// What an operation wants to be told, taken from the description of a service that wsdlToJson() gives.
 namespace jobs {

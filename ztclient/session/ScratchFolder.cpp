@@ -1,4 +1,4 @@
-#include "ztclient/ScratchFolder.h"
+#include "ztclient/session/ScratchFolder.h"
 
 #include <random>
 

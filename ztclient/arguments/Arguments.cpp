@@ -1,4 +1,4 @@
-#include "ztclient/Arguments.h"
+#include "ztclient/arguments/Arguments.h"
 
 #include <algorithm>
 #include <charconv>

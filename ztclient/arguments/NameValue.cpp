@@ -1,4 +1,4 @@
-#include "ztclient/NameValue.h"
+#include "ztclient/arguments/NameValue.h"
 
 namespace {
 

@@ -1,4 +1,4 @@
-#include "ztclient/Measurements.h"
+#include "ztclient/session/Measurements.h"
 
 #include <charconv>
 #include <cmath>

@@ -8,9 +8,9 @@
 #include "tovin/Ptr.h"
 #include "tovin/iNode.h"
 #include "ztbaseclient/wsdl/CWsdlParser.h"
-#include "ztclient/Json.h"
-#include "ztclient/ScratchFolder.h"
-#include "ztclient/UploadServer.h"
+#include "ztclient/answers/Json.h"
+#include "ztclient/session/ScratchFolder.h"
+#include "ztclient/session/UploadServer.h"
 
 /// A client's whole session with the server, from its credentials to a result that is compared: each step
 /// prints what it produced, and the steps behind it work with that.

@@ -1,4 +1,4 @@
-#include "ztclient/ProgressBar.h"
+#include "ztclient/terminal/ProgressBar.h"
 
 #include <algorithm>
 #include <iostream>

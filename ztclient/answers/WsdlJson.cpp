@@ -1,4 +1,4 @@
-#include "ztclient/WsdlJson.h"
+#include "ztclient/answers/WsdlJson.h"
 
 #include <map>
 #include <ostream>
@@ -11,8 +11,8 @@
 #include "tovinCore/Utf8.h"
 #include "ztbaseclient/wsdl/CCustomType.h"
 #include "ztbaseclient/wsdl/CPort.h"
-#include "ztclient/Document.h"
-#include "ztclient/WarningScope.h"
+#include "ztclient/input/Document.h"
+#include "ztclient/terminal/WarningScope.h"
 #include "ztcore/ztMemoryStreams.h"
 
 namespace {

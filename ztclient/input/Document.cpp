@@ -1,4 +1,4 @@
-#include "ztclient/Document.h"
+#include "ztclient/input/Document.h"
 
 #include <algorithm>
 #include <cstdio>

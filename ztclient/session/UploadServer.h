@@ -8,7 +8,7 @@
 #include <thread>
 #include <vector>
 
-#include "ztclient/LoopbackListener.h"
+#include "ztclient/session/LoopbackListener.h"
 
 /// The other end of an upload for a client that has no server at hand: it listens on a loopback port, takes
 /// forms at any path that ends in "/upload.pl", and answers what it found in them, or why it refuses.

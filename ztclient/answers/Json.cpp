@@ -1,4 +1,4 @@
-#include "ztclient/Json.h"
+#include "ztclient/answers/Json.h"
 
 #include "tovinCore/Format.h"
 #include "tovinCore/Utf8.h"

@@ -1,4 +1,4 @@
-#include "ztclient/Terminal.h"
+#include "ztclient/terminal/Terminal.h"
 
 #include "tovinCore/platform/Console.h"
 #include "tovinCore/platform/Environment.h"

@@ -4,7 +4,7 @@
 #include <string>
 
 #include "ztbaseclient/wsdl/CWsdlParser.h"
-#include "ztclient/Json.h"
+#include "ztclient/answers/Json.h"
 
 /// Is told what a WSDL document says, piece by piece: an answer may be far longer than the document.
 class WsdlVisitor {

@@ -1,11 +1,11 @@
-#include "ztclient/UploadServer.h"
+#include "ztclient/session/UploadServer.h"
 
 #include <charconv>
 #include <string_view>
 
 #include "tovinCore/Exception.h"
 #include "tovinCore/Utf8.h"
-#include "ztclient/UploadedForm.h"
+#include "ztclient/session/UploadedForm.h"
 #include "ztcore/ztCompress.h"
 
 namespace {

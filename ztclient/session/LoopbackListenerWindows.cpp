@@ -4,7 +4,7 @@
 #include <windows.h>
 
 #include "tovinCore/Exception.h"
-#include "ztclient/LoopbackListener.h"
+#include "ztclient/session/LoopbackListener.h"
 
 namespace {
 

@@ -6,7 +6,7 @@
 #include <unistd.h>
 
 #include "tovinCore/Exception.h"
-#include "ztclient/LoopbackListener.h"
+#include "ztclient/session/LoopbackListener.h"
 
 namespace {
 

@@ -1,4 +1,4 @@
-#include "ztclient/InputFile.h"
+#include "ztclient/input/InputFile.h"
 
 #include <cstdio>
 #include <filesystem>

@@ -1,4 +1,4 @@
-#include "ztclient/Session.h"
+#include "ztclient/session/Session.h"
 
 #include <algorithm>
 #include <chrono>
@@ -10,14 +10,14 @@
 #include "tovinCore/Utf8.h"
 #include "tovinCore/platform/Environment.h"
 #include "ztbaseclient/ztbaseclient.h"
-#include "ztclient/BundledService.h"
-#include "ztclient/Document.h"
-#include "ztclient/JobParameters.h"
-#include "ztclient/Measurements.h"
-#include "ztclient/ProgressBar.h"
-#include "ztclient/Terminal.h"
 #include "ztclient/Version.h"
-#include "ztclient/WsdlJson.h"
+#include "ztclient/answers/WsdlJson.h"
+#include "ztclient/input/Document.h"
+#include "ztclient/session/BundledService.h"
+#include "ztclient/session/JobParameters.h"
+#include "ztclient/session/Measurements.h"
+#include "ztclient/terminal/ProgressBar.h"
+#include "ztclient/terminal/Terminal.h"
 #include "ztcore/ztMemoryStreams.h"
 
 using tovin::utf8ToWide;
