@@ -2,10 +2,11 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <string>
 
 #include "tovinCore/Export.h"
 
-/// Files as the operating system has them. Names are UTF-16.
+/// Files as the operating system has them. Names are UTF-16, or what fileName() makes of the system's own.
 namespace tovin::platform {
 
 /// `probe` opens an existing file for writing and leaves it as it is; `create` makes a new file for the user
@@ -21,6 +22,17 @@ TOVINCORE_API int64_t writeFile(intptr_t handle, const void* bytes, size_t count
 TOVINCORE_API bool seekFile(intptr_t handle, int64_t position) noexcept;
 /// -1 for a failure.
 TOVINCORE_API int64_t fileLength(intptr_t handle) noexcept;
+/// Where the standard input can be read; not to be closed.
+TOVINCORE_API intptr_t standardInput() noexcept;
+TOVINCORE_API intptr_t standardOutput() noexcept;
+/// A new file for reading and writing, for the user alone, that is gone when its handle is closed, even where
+/// the program is stopped. -1 when there can be none. \param name out: by what this program can open it as
+/// long as the handle is open.
+TOVINCORE_API intptr_t createNameless(const std::wstring& folder, std::wstring& name);
+/// Why the call before failed, in the system's words.
+TOVINCORE_API std::wstring lastFailure();
+/// Whether both names lead to one file.
+TOVINCORE_API bool isSameFile(const wchar_t* a, const wchar_t* b) noexcept;
 /// Whether there is a file of bytes: no folder, no device, no pipe. Opens nothing, so that it never waits.
 TOVINCORE_API bool isRegularFile(const wchar_t* name) noexcept;
 

@@ -3,9 +3,11 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <cstdlib>
+#include <system_error>
 
-#include "tovinCore/Utf8.h"
 #include "tovinCore/platform/Files.h"
+#include "tovinCore/platform/Paths.h"
 
 namespace tovin::platform {
 namespace {
@@ -41,13 +43,12 @@ int64_t uninterrupted(Call&& call) {
 
 intptr_t openFile(const wchar_t* name, OpenMode mode) noexcept {
   const int64_t file = uninterrupted(
-      [&] { return ::open(wideToUtf8(name).c_str(), flagsOf(mode) | O_CLOEXEC, permissionsOf(mode)); });
+      [&] { return ::open(fileNameBytes(name).c_str(), flagsOf(mode) | O_CLOEXEC, permissionsOf(mode)); });
   struct stat facts;
-  if (file >= 0 && (::fstat(static_cast<int>(file), &facts) != 0 || S_ISDIR(facts.st_mode))) {
-    closeFile(file);
-    return -1;
-  }
-  return file;
+  if (file < 0 || (::fstat(static_cast<int>(file), &facts) == 0 && !S_ISDIR(facts.st_mode))) return file;
+  closeFile(file);
+  errno = EISDIR;
+  return -1;
 }
 
 void closeFile(intptr_t handle) noexcept { ::close(descriptor(handle)); }
@@ -71,9 +72,36 @@ int64_t fileLength(intptr_t handle) noexcept {
   return ::fstat(descriptor(handle), &facts) == 0 ? facts.st_size : -1;
 }
 
+intptr_t standardInput() noexcept { return STDIN_FILENO; }
+intptr_t standardOutput() noexcept { return STDOUT_FILENO; }
+
+// Not every file system has files without a name: there it is taken away at once.
+intptr_t createNameless(const std::wstring& folder, std::wstring& name) {
+  const std::string place = fileNameBytes(folder);
+  int file = ::open(place.c_str(), O_TMPFILE | O_RDWR | O_CLOEXEC, 0600);
+  if (file < 0 && (errno == EOPNOTSUPP || errno == EISDIR || errno == EINVAL)) {
+    std::string path = place + "/ztclient-XXXXXX";
+    file = ::mkostemp(path.data(), O_CLOEXEC);
+    if (file >= 0) ::unlink(path.c_str());
+  }
+  if (file >= 0) name = L"/proc/self/fd/" + std::to_wstring(file);
+  return file;
+}
+
+std::wstring lastFailure() { return fileName(std::generic_category().message(errno)); }
+
+bool isSameFile(const wchar_t* a, const wchar_t* b) noexcept {
+  struct stat first, second;
+  return ::stat(fileNameBytes(a).c_str(), &first) == 0 && ::stat(fileNameBytes(b).c_str(), &second) == 0 &&
+         first.st_dev == second.st_dev && first.st_ino == second.st_ino;
+}
+
 bool isRegularFile(const wchar_t* name) noexcept {
   struct stat facts;
-  return ::stat(wideToUtf8(name).c_str(), &facts) == 0 && S_ISREG(facts.st_mode);
+  if (::stat(fileNameBytes(name).c_str(), &facts) != 0) return false;
+  if (S_ISREG(facts.st_mode)) return true;
+  errno = S_ISDIR(facts.st_mode) ? EISDIR : EINVAL;
+  return false;
 }
 
 }  // namespace tovin::platform

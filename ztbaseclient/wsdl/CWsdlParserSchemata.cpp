@@ -65,7 +65,7 @@ void CWsdlParser::buildSchemas(iNode* types) {
 const tovin::Array<CWsdlParser::CSchema>& CWsdlParser::GetSchemaInfo() {
   return guarded({ClassName, "GetSchemaInfo"}, [&]() -> const tovin::Array<CSchema>& {
     SchemaSet& schemas = state_->schemas;
-    if (schemas.failure) throw tovin::Exception(schemas.failure->c_str());
+    if (schemas.failure) throw tovin::Exception(*schemas.failure);
     iNode* root = requireRoot();
     if (schemas.asked) return schemas.schemas();
     schemas.asked = true;
@@ -74,7 +74,7 @@ const tovin::Array<CWsdlParser::CSchema>& CWsdlParser::GetSchemaInfo() {
     try {
       buildSchemas(types);
     } catch (const tovin::Exception& e) {
-      schemas.failure = e.getMessage();
+      schemas.failure = e.withoutTrail();
       throw;
     }
     return schemas.schemas();

@@ -55,7 +55,7 @@ class SchemaSet {
 
   /// Whether the schemas were asked for; the failure of the first time stays.
   bool asked = false;
-  std::optional<std::wstring> failure;
+  std::optional<tovin::Exception> failure;
 
   /// All schemas at once, after the files. "Too many namespaces share the schemas that they include".
   void addAll(const tovin::NodeReferenceSet& schemaNodes);

@@ -21,7 +21,8 @@ struct XML_ParserStruct;
 /// - Attributes whose names differ by ASCII case only are one: the first is kept, a warning tells of the
 ///   others.
 /// - What is not written but comes from definitions and entities is bounded: beyond, the document is refused.
-/// - Errors: "Unable to open file", "Parse error: %hs" from a file. Bytes that are no XML raise nothing: what
+/// - Errors: "Unable to open file", "Parse error: %hs" from a file, with file, line and column. Bytes that
+/// are no XML raise nothing: what
 ///   was built before the fault is the answer, null if that is nothing.
 /// - One document: a second parse needs a reset() in between.
 class ZTBASECLIENT_API CWsdlParser::XMLParser {
@@ -57,6 +58,7 @@ class ZTBASECLIENT_API CWsdlParser::XMLParser {
   template <class Read>
   tovin::iNode* parsePieces(Read&& read);
   void rethrowFailure();
+  [[noreturn]] void throwParseError() const;
   template <class Body>
   void protect(Body&& body);
   bool addsTooMuch(const char* name, const char** attributes);
