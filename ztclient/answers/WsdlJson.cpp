@@ -11,9 +11,8 @@
 #include "tovinCore/Utf8.h"
 #include "ztbaseclient/wsdl/CCustomType.h"
 #include "ztbaseclient/wsdl/CPort.h"
-#include "ztclient/input/Document.h"
+#include "ztclient/answers/ByteText.h"
 #include "ztclient/terminal/WarningScope.h"
-#include "ztcore/ztMemoryStreams.h"
 
 namespace {
 
@@ -54,7 +53,8 @@ Json partToJson(const CWsdlParser::CPart& part) {
 // The types of parts as texts of a visitor. Those of the last types are kept: many parts have few types.
 class ResolvedTexts {
  public:
-  ResolvedTexts(CWsdlParser& parser, const WsdlVisitor& visitor) : parser_(parser), visitor_(visitor) {}
+  ResolvedTexts(CWsdlParser& parser, const WsdlVisitor& visitor, const TypeFailure& failure)
+      : parser_(parser), visitor_(visitor), failure_(failure) {}
 
   const std::string& of(const CWsdlParser::CPart& part) {
     try {
@@ -84,7 +84,10 @@ class ResolvedTexts {
     return texts_[key] = std::move(text);
   }
 
-  static Json errorToJson(const tovin::Exception& e) { return {{"error", bytesOf(e.getMessage())}}; }
+  Json errorToJson(const tovin::Exception& e) const {
+    if (failure_) failure_(e);
+    return {{"error", bytesOf(e.getMessage())}};
+  }
 
   Json resolved(const CWsdlParser::CPart& part) {
     try {
@@ -125,6 +128,7 @@ class ResolvedTexts {
 
   CWsdlParser& parser_;
   const WsdlVisitor& visitor_;
+  const TypeFailure& failure_;
   std::map<Key, std::string> texts_;
   size_t kept_ = 0;
   std::string last_;
@@ -259,7 +263,7 @@ tovin::Array<CWsdlParser::COperation> completeOperations(CWsdlParser& parser,
 
 }  // namespace
 
-void visitWsdl(CWsdlParser& parser, bool types, WsdlVisitor& visitor) {
+void visitWsdl(CWsdlParser& parser, bool types, WsdlVisitor& visitor, const TypeFailure& failure) {
   Json warnings = Json::array();
   const WarningScope scope([&](const wchar_t* message) { warnings.push_back(bytesOf(message)); });
   tovin::WideString targetNamespace;
@@ -269,7 +273,7 @@ void visitWsdl(CWsdlParser& parser, bool types, WsdlVisitor& visitor) {
   parser.GetServiceInfo(service, ports);
   for (const CWsdlParser::CPort& port : ports) completeOperations(parser, port);
   visitor.onDocument({{"targetNamespace", bytesOf(targetNamespace)}, {"service", bytesOf(service)}});
-  ResolvedTexts texts(parser, visitor);
+  ResolvedTexts texts(parser, visitor, failure);
   ResolvedTexts* resolved = types ? &texts : nullptr;
   for (const CWsdlParser::CPort& port : ports) {
     visitor.onPort(portToJson(port));
@@ -282,20 +286,13 @@ void visitWsdl(CWsdlParser& parser, bool types, WsdlVisitor& visitor) {
   visitor.onEnd(warnings);
 }
 
-void writeWsdlJson(CWsdlParser& parser, bool types, std::ostream& out) {
+void writeWsdlJson(CWsdlParser& parser, bool types, std::ostream& out, const TypeFailure& failure) {
   JsonVisitor visitor(out);
-  visitWsdl(parser, types, visitor);
+  visitWsdl(parser, types, visitor, failure);
 }
 
 Json wsdlToJson(CWsdlParser& parser, bool types) {
   std::ostringstream text;
   writeWsdlJson(parser, types, text);
   return Json::parse(text.str());
-}
-
-void loadWsdl(CWsdlParser& parser, const std::string& file) {
-  if (file != "-") return parser.Parse(tovin::WideString(tovin::utf8ToWide(file)));
-  const std::string bytes = readBytes(file);
-  ztMemoryByteInputStream stream(bytes.data(), bytes.size());
-  parser.Parse(stream);
 }

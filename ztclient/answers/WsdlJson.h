@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <iosfwd>
 #include <string>
 
@@ -26,13 +27,13 @@ class WsdlVisitor {
 };
 
 /// Tells a visitor everything down to the parts of messages, and the warnings that came up. Errors come
-/// before the visitor is told anything. \param types whether the types of the parts are resolved.
-void visitWsdl(CWsdlParser& parser, bool types, WsdlVisitor& visitor);
+/// before the visitor is told anything.
+/// \param types whether the types of the parts are resolved. \param failure is told each exception of which
+/// the answer has the message only.
+using TypeFailure = std::function<void(const tovin::Exception& e)>;
+void visitWsdl(CWsdlParser& parser, bool types, WsdlVisitor& visitor, const TypeFailure& failure = {});
 
 /// All of it as one indented JSON document.
-void writeWsdlJson(CWsdlParser& parser, bool types, std::ostream& out);
+void writeWsdlJson(CWsdlParser& parser, bool types, std::ostream& out, const TypeFailure& failure = {});
 /// The same, read back: for documents whose answers are small.
 Json wsdlToJson(CWsdlParser& parser, bool types);
-
-/// Reads a document; "-" is standard input.
-void loadWsdl(CWsdlParser& parser, const std::string& file);

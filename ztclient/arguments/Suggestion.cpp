@@ -61,6 +61,15 @@ std::string unknown(const std::string& kind, const std::string& word, const std:
   return "no " + kind + ' ' + quoted(word) + (meant.empty() ? "" : "; did you mean " + quoted(meant) + "?");
 }
 
+// "only FILE1 FILE2 can be given".
+std::string taken(const CLI::App& command) {
+  std::string words;
+  for (const CLI::Option* option :
+       command.get_options([](const CLI::Option* o) { return o->get_positional(); }))
+    words += (words.empty() ? "" : " ") + option->get_name();
+  return words.empty() ? "only options can be given" : "only " + words + " can be given";
+}
+
 }  // namespace
 
 std::string nearest(const std::string& word, const std::vector<std::string>& words) {
@@ -75,10 +84,17 @@ std::string nearest(const std::string& word, const std::vector<std::string>& wor
 
 std::string explain(const CLI::App& app, const CLI::ParseError& error) {
   const CLI::App& command = deepest(app);
+  const std::string help = "; see " + pathOf(app) + " --help";
   for (const std::string& word : app.remaining(true)) {
     if (word.size() > 2 && word.starts_with("--")) return unknown("option", word, optionsOf(command));
+    if (word.size() > 1 && word.starts_with('-')) return unknown("option", word, {}) + help;
     const std::vector<std::string> names = commandsOf(command);
-    if (!names.empty()) return unknown("command", word, names);
+    if (!names.empty()) return noCommand(word, names);
+    return quoted(word) + " is too much: " + taken(command) + help;
   }
-  return error.what() + ("; see " + pathOf(app) + " --help");
+  return error.what() + help;
+}
+
+std::string noCommand(const std::string& word, const std::vector<std::string>& words) {
+  return unknown("command", word, words);
 }

@@ -11,5 +11,8 @@
 /// \param app after the parse that failed. \param error what the parser says, for any other fault.
 std::string explain(const CLI::App& app, const CLI::ParseError& error);
 
+/// "no command \"quary\"; did you mean \"query\"?"
+std::string noCommand(const std::string& word, const std::vector<std::string>& words);
+
 /// Of several words the one nearest to a mistyped one; empty when none is near.
 std::string nearest(const std::string& word, const std::vector<std::string>& words);

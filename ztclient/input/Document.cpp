@@ -1,34 +1,29 @@
 #include "ztclient/input/Document.h"
 
 #include <algorithm>
-#include <cstdio>
+#include <cwchar>
 #include <vector>
 
-#include "tovinCore/Units.h"
 #include "tovinCore/Utf8.h"
+#include "tovinCore/platform/Paths.h"
 #include "ztbaseclient/framework/StreamPrimitives.h"
 #include "ztbaseclient/node/CBaseNode.h"
 #include "ztbaseclient/node/CObjectTransportNode.h"
 #include "ztbaseclient/wsdl/XMLParser.h"
-#include "ztcore/ztFile.h"
+#include "ztclient/input/Source.h"
+#include "ztclient/terminal/Messages.h"
 #include "ztcore/ztMemoryStreams.h"
 
 namespace {
 
-constexpr size_t pieceSize = 1 << 16;
-
-std::string readStandardInput() {
-  std::string bytes;
-  char piece[pieceSize];
-  while (const size_t count = std::fread(piece, 1, sizeof piece, stdin)) bytes.append(piece, count);
-  return bytes;
-}
+// The longest form of a compact integer.
+constexpr size_t versionSize = 5;
 
 // The long forms of a compact integer: every node record begins with one.
-bool beginsRecord(const std::string& bytes) { return !bytes.empty() && bytes[0] >= 1 && bytes[0] <= 3; }
+bool beginsRecord(std::string_view head) { return !head.empty() && head[0] >= 1 && head[0] <= 3; }
 
-tovin::Ptr<tovin::iNode> makeNodeFor(const std::string& record) {
-  ztMemoryByteInputStream stream(record.data(), record.size());
+tovin::Ptr<tovin::iNode> makeNodeFor(std::string_view head) {
+  ztMemoryByteInputStream stream(head.data(), head.size());
   int32_t version = 0;
   ReadCompactInt(stream, version);
   const bool transport = version == CObjectTransportNode::OBJECT_TRANSPORT_NODE_VERSION ||
@@ -37,77 +32,72 @@ tovin::Ptr<tovin::iNode> makeNodeFor(const std::string& record) {
   return CBaseNode::allocate();
 }
 
-tovin::Ptr<tovin::iNode> readRecord(const std::string& record) {
-  tovin::Ptr<tovin::iNode> root = makeNodeFor(record);
-  ztMemoryByteInputStream stream(record.data(), record.size());
-  root->deserialize(stream);
-  if (stream.GetRemaining() > 0) {
-    throw tovin::Exception(L"%d bytes stand behind the record", stream.GetRemaining());
-  }
+// What comes out of a pipe may have no end.
+void refuseRest(Source& source) {
+  constexpr size_t mostCounted = size_t{1} << 20;
+  std::vector<char> rest(mostCounted);
+  const size_t count = source.read(rest.data(), rest.size());
+  if (count == mostCounted)
+    throw tovin::Exception(L"More than %d bytes stand behind the record", mostCounted - 1);
+  if (count > 0) throw tovin::Exception(L"%d bytes stand behind the record", count);
+}
+
+tovin::Ptr<tovin::iNode> readRecord(Source& source) {
+  tovin::Ptr<tovin::iNode> root = makeNodeFor(source.head(versionSize));
+  root->deserialize(source);
+  refuseRest(source);
   return root;
 }
 
-tovin::Ptr<tovin::iNode> readXml(const std::string& bytes) {
-  ztMemoryByteInputStream stream(bytes.data(), bytes.size());
-  CWsdlParser::XMLParser parser;
-  return parser.parse(stream);
+bool isAscii(const wchar_t* text) {
+  return std::all_of(text, text + std::wcslen(text), [](wchar_t c) { return c < 0x80; });
 }
 
-// Broken sequences and surrogates without their other half, which parts of texts can begin or end with, as
-// U+FFFD.
-std::string repaired(const std::string& bytes) {
-  std::wstring text = tovin::utf8ToWide(bytes);
-  for (size_t i = 0; i < text.size(); ++i) {
-    const auto unit = static_cast<char16_t>(text[i]);
-    const bool paired = tovin::isHighSurrogate(unit) && i + 1 < text.size() &&
-                        tovin::isLowSurrogate(static_cast<char16_t>(text[i + 1]));
-    if (paired)
-      ++i;
-    else if (tovin::isHighSurrogate(unit) || tovin::isLowSurrogate(unit))
-      text[i] = L'\uFFFD';
+void makeCharacters(tovin::iProperty& property) {
+  const tovin::WideString text = property.getValue().getText();
+  if (!text.isNull() && !isAscii(text.c_str()))
+    property.setValue(tovin::charactersOfBytes(text.view()).c_str());
+}
+
+// Most names and texts are ASCII, and stay untouched.
+void makeCharacters(tovin::iNode& node) {
+  if (node.getName() && !isAscii(node.getName()))
+    node.setName(tovin::charactersOfBytes(node.getName()).c_str());
+  if (!node.hasProperties()) return;
+  tovin::iPropertyCollection& properties = *node.getProperties();
+  for (unsigned i = 0; i < properties.getSize(); ++i) {
+    makeCharacters(*properties.get(i));
+    const std::wstring name = properties.get(i)->getName();
+    if (!isAscii(name.c_str())) properties.rename(name.c_str(), tovin::charactersOfBytes(name).c_str());
   }
-  return tovin::wideToUtf8(text);
+}
+
+tovin::Ptr<tovin::iNode> readXml(Source& source) {
+  CWsdlParser::XMLParser parser;
+  tovin::Ptr<tovin::iNode> root(parser.parse(source));
+  if (!root) throw tovin::Exception(L"There is no document in the file");
+  walk(*root, [](const tovin::iNode& node, size_t) { makeCharacters(const_cast<tovin::iNode&>(node)); });
+  return root;
+}
+
+// Calls read; a failure that does not say what file it is about gets the name.
+template <class Read>
+auto naming(const std::string& file, Read&& read) {
+  try {
+    return read();
+  } catch (tovin::Exception& e) {
+    if (e.getFile().empty()) e.setFile(tovin::platform::fileName(file));
+    throw;
+  }
 }
 
 }  // namespace
 
-std::string bytesOf(std::wstring_view text) {
-  std::string bytes(text.size(), '\0');
-  std::transform(text.begin(), text.end(), bytes.begin(), [](wchar_t c) { return static_cast<char>(c); });
-  return bytes;
-}
-
-std::string Document::utf8(std::wstring_view text) const {
-  if (!bytesAsCharacters) return tovin::wideToUtf8(text);
-  const std::string bytes = bytesOf(text);
-  bool cutShort = false;
-  return tovin::isValidUtf8(bytes, cutShort) ? bytes : repaired(bytes);
-}
-
-std::wstring Document::wide(const std::string& utf8) const {
-  if (!bytesAsCharacters) return tovin::utf8ToWide(utf8);
-  std::wstring characters;
-  for (char byte : utf8) characters += static_cast<wchar_t>(static_cast<unsigned char>(byte));
-  return characters;
-}
-
-std::string readBytes(const std::string& file) {
-  if (file == "-") return readStandardInput();
-  ztFile in;
-  if (!in.Open(tovin::utf8ToWide(file).c_str(), ztFile::ForReading))
-    throw tovin::Exception(L"Unable to open file");
-  std::string bytes;
-  std::vector<unsigned char> piece(pieceSize);
-  while (const unsigned count = in.Read(piece.data(), pieceSize)) {
-    bytes.append(reinterpret_cast<const char*>(piece.data()), count);
-  }
-  return bytes;
-}
-
-Document readDocument(const std::string& file) {
-  const std::string bytes = readBytes(file);
-  if (beginsRecord(bytes)) return {readRecord(bytes), false};
-  return {readXml(bytes), true};
+tovin::Ptr<tovin::iNode> readDocument(const std::string& file) {
+  return naming(file, [&] {
+    Source source(file);
+    return beginsRecord(source.head(1)) ? readRecord(source) : readXml(source);
+  });
 }
 
 void walk(const tovin::iNode& root, const std::function<void(const tovin::iNode&, size_t)>& visit) {
@@ -127,4 +117,26 @@ void walk(const tovin::iNode& root, const std::function<void(const tovin::iNode&
     visit(*child, steps.size());
     steps.push_back({child, 0});
   }
+}
+
+void loadWsdl(CWsdlParser& parser, const std::string& file) {
+  if (file != "-") {
+    messages::note("reads " + file);
+    return parser.Parse(tovin::WideString(tovin::platform::fileName(file)));
+  }
+  naming(file, [&] {
+    Source source(file);
+    parser.Parse(source);
+  });
+}
+
+tovin::Exception withCharacters(const tovin::Exception& e) {
+  tovin::Exception out(tovin::charactersOfBytes(e.getMessage()).c_str());
+  out.setFile(e.getFile())
+      .setPlace(e.getLine(), e.getColumn())
+      .setReason(e.getReason())
+      .setOrigin(e.getOrigin());
+  for (const tovin::CatchEntry& entry : e.getTrail())
+    out.appendMessage(entry.catchClass, entry.className, entry.method);
+  return out;
 }

@@ -1,68 +1,23 @@
 #include "ztclient/input/InputFile.h"
 
-#include <cstdio>
 #include <filesystem>
-#include <random>
-#include <utility>
-#include <vector>
 
 #include "tovinCore/Exception.h"
-#include "tovinCore/Utf8.h"
+#include "tovinCore/Wipe.h"
+#include "tovinCore/platform/Environment.h"
 #include "tovinCore/platform/Files.h"
 #include "tovinCore/platform/Paths.h"
+#include "ztclient/input/GivenNames.h"
+#include "ztclient/input/Source.h"
+#include "ztclient/terminal/Messages.h"
 #include "ztcore/ztFile.h"
-
-namespace {
-
-constexpr int attempts = 100;
-constexpr unsigned pieceSize = 1 << 16;
 
 namespace platform = tovin::platform;
 
-[[noreturn]] void refuse() { throw tovin::Exception(L"Unable to keep the input in a file"); }
+namespace {
 
-// A new file that nobody else has opened.
-class TemporaryFile {
- public:
-  explicit TemporaryFile(std::filesystem::path& path) {
-    std::random_device random;
-    std::filesystem::path name;
-    for (int i = 0; i < attempts && handle_ == -1; ++i) {
-      name = std::filesystem::temp_directory_path() / ("ztclient-" + std::to_string(random()));
-      handle_ = platform::openFile(platform::wideOf(name).c_str(), platform::OpenMode::create);
-    }
-    if (handle_ == -1) refuse();
-    path = name;
-  }
-  TemporaryFile(const TemporaryFile&) = delete;
-  TemporaryFile& operator=(const TemporaryFile&) = delete;
-  ~TemporaryFile() { platform::closeFile(handle_); }
-
-  void write(const char* bytes, size_t count) const {
-    while (count > 0) {
-      const int64_t put = platform::writeFile(handle_, bytes, count);
-      if (put <= 0) refuse();
-      bytes += put;
-      count -= static_cast<size_t>(put);
-    }
-  }
-
- private:
-  intptr_t handle_ = -1;
-};
-
-void copyStandardInput(const TemporaryFile& out) {
-  char piece[pieceSize];
-  while (const size_t count = std::fread(piece, 1, sizeof piece, stdin)) out.write(piece, count);
-}
-
-void copyPipe(const std::wstring& name, const TemporaryFile& out) {
-  ztFile in;
-  if (!in.Open(name.c_str(), ztFile::ForReading)) throw tovin::Exception(L"Unable to open file %ls", name);
-  unsigned char piece[pieceSize];
-  while (const unsigned count = in.Read(piece, sizeof piece))
-    out.write(reinterpret_cast<char*>(piece), count);
-}
+constexpr size_t pieceSize = 1 << 16;
+constexpr size_t longestText = size_t{16} << 20;
 
 // What comes out of a pipe can be read once and from the front only.
 bool isPipe(const std::string& name) {
@@ -70,10 +25,10 @@ bool isPipe(const std::string& name) {
   return std::filesystem::is_fifo(platform::pathOf(name), ignored);
 }
 
-// Of the files that are kept, and as they were given.
-std::vector<std::pair<std::wstring, std::wstring>>& names() {
-  static std::vector<std::pair<std::wstring, std::wstring>> names;
-  return names;
+[[noreturn]] void refuseKeeping() {
+  const std::wstring reason = platform::lastFailure();
+  tovin::Exception failure(L"Unable to make a temporary file, TMPDIR names the folder");
+  throw failure.setFile(platform::temporaryFolder()).setReason(reason);
 }
 
 }  // namespace
@@ -83,37 +38,61 @@ int64_t lengthOf(const wchar_t* name) {
   return file.Open(name, ztFile::ForReading) ? file.GetLength() : 0;
 }
 
-InputFile::InputFile(const std::string& given) : name_(tovin::utf8ToWide(given)) {
-  const bool standardInput = given == "-";
-  if (!standardInput && !isPipe(given)) return;
-  try {
-    const TemporaryFile file(kept_);
-    if (standardInput)
-      copyStandardInput(file);
-    else
-      copyPipe(name_, file);
-  } catch (...) {
-    removeKept();
-    throw;
+InputFile::InputFile(const std::string& given) : name_(platform::fileName(given)) {
+  if (given != "-" && !isPipe(given)) {
+    messages::note("reads " + given);
+    return;
   }
-  name_ = platform::wideOf(kept_);
-  names().emplace_back(name_, tovin::utf8ToWide(given));
+  Source source(given);
+  keep(name_);
+  char piece[pieceSize];
+  while (const size_t count = source.read(piece, sizeof piece)) write(piece, count);
+}
+
+InputFile::InputFile(std::string_view bytes, const std::wstring& shown) {
+  keep(shown);
+  write(bytes.data(), bytes.size());
+}
+
+void InputFile::keep(std::wstring shown) {
+  kept_ = platform::createNameless(platform::temporaryFolder(), name_);
+  if (kept_ == -1) refuseKeeping();
+  givenNames::add(name_, shown);
+}
+
+void InputFile::write(const char* bytes, size_t count) const {
+  while (count > 0) {
+    const int64_t put = platform::writeFile(kept_, bytes, count);
+    if (put <= 0) refuseKeeping();
+    bytes += put;
+    count -= static_cast<size_t>(put);
+  }
 }
 
 uint64_t InputFile::length() const { return static_cast<uint64_t>(lengthOf(name())); }
 
-InputFile::~InputFile() { removeKept(); }
-
-void InputFile::removeKept() const noexcept {
-  std::error_code ignored;
-  if (!kept_.empty()) std::filesystem::remove(kept_, ignored);
+InputFile::~InputFile() {
+  if (kept_ != -1) platform::closeFile(kept_);
 }
 
-std::wstring InputFile::asGiven(std::wstring message) {
-  for (const auto& [kept, given] : names()) {
-    for (size_t at = 0; (at = message.find(kept, at)) != std::wstring::npos; ++at) {
-      message.replace(at, kept.size(), given);
-    }
+std::string readBytes(const std::string& given) {
+  Source source(given);
+  std::string bytes;
+  std::string piece(pieceSize, '\0');
+  while (const size_t count = source.read(piece.data(), piece.size())) {
+    bytes.append(piece, 0, count);
+    if (bytes.size() > longestText)
+      throw tovin::Exception(L"The file has more than 16 MiB").setFile(platform::fileName(given));
   }
-  return message;
+  tovin::wipe(piece.data(), piece.size());
+  return bytes;
+}
+
+std::string firstLineOf(const std::string& given) {
+  std::string bytes = readBytes(given);
+  const size_t end = bytes.find('\n');
+  std::string line = bytes.substr(0, end);
+  if (end != std::string::npos && line.ends_with('\r')) line.pop_back();
+  tovin::wipe(bytes.data(), bytes.size());
+  return line;
 }

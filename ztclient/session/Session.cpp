@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <chrono>
-#include <stdexcept>
 
 #include "tovin/values/BitsetValue.h"
 #include "tovin/values/StringArrayValue.h"
@@ -13,6 +12,8 @@
 #include "ztclient/Version.h"
 #include "ztclient/answers/WsdlJson.h"
 #include "ztclient/input/Document.h"
+#include "ztclient/input/GivenNames.h"
+#include "ztclient/input/InputFile.h"
 #include "ztclient/session/BundledService.h"
 #include "ztclient/session/JobParameters.h"
 #include "ztclient/session/Measurements.h"
@@ -173,8 +174,14 @@ std::string wrapped(const std::string& link) {
 
 Session::Session(std::ostream& out, const std::string& wsdl, const std::string& server)
     : out_(out), wsdl_(wsdl), server_(server) {
-  if (server_.empty()) server_ = ownServer_.emplace().url();
+  if (server_.empty()) server_ = startServer();
   while (server_.ends_with('/')) server_.pop_back();
+}
+
+// No proxy leads to a server on this computer.
+std::string Session::startServer() {
+  tovin::platform::setEnvironmentVariable("no_proxy", "127.0.0.1");
+  return ownServer_.emplace().url();
 }
 
 void Session::run() {
@@ -197,7 +204,7 @@ void Session::introduce() const {
 }
 
 void Session::begin(const char* title) {
-  out_ << '\n' << terminal::heading(std::to_string(++step_) + ". " + title) << '\n';
+  out_ << '\n' << terminal::Heading{std::to_string(++step_) + ". " + title} << '\n';
 }
 
 // Further lines of the text stand below its first one.
@@ -258,7 +265,7 @@ Json Session::describeService() const {
     load(parser);
     return wsdlToJson(parser, true);
   } catch (const tovin::Exception& e) {
-    throw std::runtime_error(bytesOf(e.getMessage()));  // the texts of a document are bytes
+    throw withCharacters(e);
   }
 }
 
@@ -324,12 +331,13 @@ void Session::buildLink() {
 void Session::upload() {
   begin("Upload");
   result_ = measurements::table(measurements::allDigits);
-  const std::wstring file = scratch_.write(wideToUtf8(resultName), result_);
+  const InputFile file(result_, resultName);
   const std::string url = server_ + "/perlbin/upload.pl";
   {
     ProgressBar bar;
-    ztSoapUtils::UploadViaCGI(file.c_str(), resultName, jobId, credentials_, true, utf8ToWide(url).c_str(),
-                              [&](uint64_t done, uint64_t length) { bar.show(done, length); });
+    ztSoapUtils::UploadViaCGI(
+        file.name(), resultName, jobId, credentials_, true, utf8ToWide(url).c_str(),
+        [&](uint64_t done, uint64_t length) { bar.show(done, length); }, resultName);
   }
   line("sent", wideToUtf8(resultName) + ", " + std::to_string(result_.size()) + " bytes, to " + url);
   if (!ownServer_) return line("server", "took it");
@@ -363,15 +371,15 @@ void Session::askCache() {
 }
 
 void Session::showComparison(const std::string& label, const std::string& reference, int tolerance) const {
-  const std::wstring result = scratch_.write("result.txt", result_);
-  const std::wstring other = scratch_.write("reference.txt", reference);
+  const InputFile result(result_, L"result.txt");
+  const InputFile other(reference, L"reference.txt");
   std::wstring finding = L"equal";
   try {
-    CDiffFiles().CompareFiles(result.c_str(), other.c_str(), tolerance);
+    CDiffFiles().CompareFiles(result.name(), other.name(), tolerance);
   } catch (const tovin::DiffWarningException& e) {
     finding = e.getMessage();
   } catch (const tovin::DiffErrorException& e) {
-    finding = scratch_.shown(e.getMessage());
+    finding = givenNames::in(e.getMessage());
     finding.erase(finding.find_last_not_of(L'\n') + 1);
   }
   line(label, wideToUtf8(finding));

@@ -9,7 +9,6 @@
 #include "tovin/iNode.h"
 #include "ztbaseclient/wsdl/CWsdlParser.h"
 #include "ztclient/answers/Json.h"
-#include "ztclient/session/ScratchFolder.h"
 #include "ztclient/session/UploadServer.h"
 
 /// A client's whole session with the server, from its credentials to a result that is compared: each step
@@ -46,13 +45,13 @@ class Session {
   Json describeService() const;
   void showReceived(const UploadServer::Received& received);
   void showComparison(const std::string& label, const std::string& reference, int tolerance) const;
+  std::string startServer();
 
   std::ostream& out_;
   std::string wsdl_;
   // Before server_, which it may give its address.
   std::optional<UploadServer> ownServer_;
   std::string server_;
-  ScratchFolder scratch_;
   int step_ = 0;
   tovin::WideString credentials_;
   Json operation_;

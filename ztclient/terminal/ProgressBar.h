@@ -4,7 +4,8 @@
 #include <cstdint>
 
 /// One line on standard error that follows a long task: share done, bytes, rate, time left. Silent for
-/// short tasks, and where standard error is no terminal. The line goes when the bar dies.
+/// short tasks, with --quiet, and where standard error is no terminal that can write a line anew. It fits the
+/// terminal, and goes when the bar dies.
 class ProgressBar {
  public:
   ProgressBar();
