@@ -2,6 +2,13 @@
 # nothing of it reaches a project that links with the libraries.
 
 include(CheckIPOSupported)
+# Debian's compilers and tools look into the folder of the architecture, under /usr/local too.
+if(NOT DEFINED CMAKE_INSTALL_LIBDIR AND EXISTS /etc/debian_version AND NOT CMAKE_CROSSCOMPILING
+   AND CMAKE_LIBRARY_ARCHITECTURE)
+  set(CMAKE_INSTALL_LIBDIR
+      lib/${CMAKE_LIBRARY_ARCHITECTURE}
+      CACHE PATH "Libraries")
+endif()
 include(GNUInstallDirs)
 
 # A source for one system ends in its name: Files${ZTB_SYSTEM}.cpp.
@@ -16,6 +23,10 @@ endif()
 if(CMAKE_CXX_COMPILER_ID MATCHES "GNU|Clang")
   # A fused multiply-add would give other last digits on processors that have it, and so other bytes.
   add_compile_options(-ffp-contract=off)
+  # Nothing that is released knows in which folder it was built.
+  if(CMAKE_BUILD_TYPE STREQUAL "Release")
+    add_compile_options("-ffile-prefix-map=${PROJECT_SOURCE_DIR}=.")
+  endif()
 endif()
 
 # What a fault in the memory can do is kept small: guarded stacks, checked copies, tables that nobody can write to,

@@ -26,11 +26,15 @@ function(ztb_library)
 
   add_library(${ARG_NAME} SHARED ${ARG_SOURCES})
   add_library(ztbaseclient::${ARG_NAME} ALIAS ${ARG_NAME})
+  # An old standard would fail at many places; this one says what to do.
+  set(ztb_needs_standard
+      "#if defined(__cplusplus) && __cplusplus < 202002L && !defined(_MSVC_LANG)\n#error \"ztbaseclient is C++20: compile with -std=c++20 or later\"\n#endif")
   generate_export_header(
     ${ARG_NAME}
     BASE_NAME ${upper_name}
     EXPORT_MACRO_NAME ${upper_name}_API
-    EXPORT_FILE_NAME ${generated}/${ARG_NAME}/Export.h)
+    EXPORT_FILE_NAME ${generated}/${ARG_NAME}/Export.h
+    CUSTOM_CONTENT_FROM_VARIABLE ztb_needs_standard)
 
   # Two sets, because the build tree lies in the source tree and one set may not have nested roots.
   target_sources(

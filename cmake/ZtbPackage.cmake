@@ -1,4 +1,4 @@
-# What others find us by: find_package(ztbaseclient), pkg-config, and Debian packages. Comes after all libraries.
+# What others find us by: find_package(ztbaseclient) and pkg-config. Comes after all libraries.
 
 include(CMakePackageConfigHelpers)
 
@@ -47,31 +47,7 @@ if(ztb_libraries)
     COMPONENT development)
 endif()
 
-# Three packages: what programs run with, what they are built with, and the command.
-set(ztb_runtime_package libztbaseclient${PROJECT_VERSION_MAJOR}.${PROJECT_VERSION_MINOR})
-set(ztb_same_version "${ztb_runtime_package} (= ${PROJECT_VERSION})")
-set(CPACK_GENERATOR DEB)
-set(CPACK_PACKAGE_CONTACT "ztbaseclient maintainers <ztbaseclient@localhost>")
-set(CPACK_PACKAGING_INSTALL_PREFIX /usr)
-set(CPACK_STRIP_FILES ON)
-set(CPACK_COMPONENTS_ALL runtime development tools)
-set(CPACK_DEB_COMPONENT_INSTALL ON)
-set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
-set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
-set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS ${CMAKE_LIBRARY_OUTPUT_DIRECTORY})
-set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS ON)
-set(CPACK_DEBIAN_RUNTIME_PACKAGE_NAME ${ztb_runtime_package})
-set(CPACK_DEBIAN_RUNTIME_PACKAGE_SECTION libs)
-set(CPACK_DEBIAN_RUNTIME_DESCRIPTION "Client-side base library of a scientific workflow server
- Data records, credentials, service descriptions, links, uploads and cache requests.")
-set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_NAME libztbaseclient-dev)
-set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SECTION libdevel)
-set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_DEPENDS "${ztb_same_version}")
-set(CPACK_DEBIAN_DEVELOPMENT_DESCRIPTION "Client-side base library of a scientific workflow server, development
- Headers, examples, and what CMake and pkg-config find the library by.")
-set(CPACK_DEBIAN_TOOLS_PACKAGE_NAME ztclient)
-set(CPACK_DEBIAN_TOOLS_PACKAGE_SECTION science)
-set(CPACK_DEBIAN_TOOLS_PACKAGE_DEPENDS "${ztb_same_version}")
-set(CPACK_DEBIAN_TOOLS_DESCRIPTION "Client command of a scientific workflow server
- Shows records, credentials and services, sends files, compares results.")
-include(CPack)
+# Who answers for packages; scripts/package makes them.
+set(ZTB_MAINTAINER
+    "ztbaseclient maintainers <maintainers@ztbaseclient.invalid>"
+    CACHE STRING "Name and address of whoever maintains the packages")

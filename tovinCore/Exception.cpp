@@ -12,6 +12,11 @@ struct Exception::State {
   std::wstring message;
   std::string text;
   std::vector<CatchEntry> trail;
+  std::wstring file;
+  std::wstring reason;
+  std::wstring origin;
+  int64_t line = 0;
+  int64_t column = 0;
 
   void render() {
     text = wideToUtf8(message);
@@ -53,6 +58,34 @@ const wchar_t* Exception::getMessage() const noexcept { return state_->message.c
 const std::vector<CatchEntry>& Exception::getTrail() const noexcept { return state_->trail; }
 
 const char* Exception::what() const noexcept { return state_->text.c_str(); }
+
+const std::wstring& Exception::getFile() const noexcept { return state_->file; }
+int64_t Exception::getLine() const noexcept { return state_->line; }
+int64_t Exception::getColumn() const noexcept { return state_->column; }
+const std::wstring& Exception::getReason() const noexcept { return state_->reason; }
+const std::wstring& Exception::getOrigin() const noexcept { return state_->origin; }
+
+Exception& Exception::setFile(const std::wstring& file) {
+  editable().file = file;
+  return *this;
+}
+
+Exception& Exception::setPlace(int64_t line, int64_t column) {
+  State& state = editable();
+  state.line = line;
+  state.column = column;
+  return *this;
+}
+
+Exception& Exception::setReason(const std::wstring& reason) {
+  editable().reason = reason;
+  return *this;
+}
+
+Exception& Exception::setOrigin(const std::wstring& origin) {
+  editable().origin = origin;
+  return *this;
+}
 
 Exception::State& Exception::editable() {
   if (state_.use_count() > 1) state_ = std::make_shared<State>(*state_);

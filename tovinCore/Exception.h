@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <exception>
 #include <functional>
 #include <memory>
@@ -28,6 +29,9 @@ struct CatchEntry {
 ///     catch (const Exception& e) { print(e.getMessage()); for (const CatchEntry& at : e.getTrail()) … }
 ///
 /// - Shape: message as wide text; what() is the message and the trail as UTF-8, a line an entry.
+/// - Place: the file that was at fault, line and column in it (from 1), the system's reason and where the
+///   file was asked for stand beside the message, which they are no part of; empty or 0 where nobody said
+///   them.
 /// - Ownership: copies share one state until one of them changes; copying never throws.
 /// - Threads: one thread at a time, like any exception object; the warning handler may be set from any
 ///   thread.
@@ -50,11 +54,24 @@ class TOVINCORE_API Exception : public std::exception {
   const std::vector<CatchEntry>& getTrail() const noexcept;
   const char* what() const noexcept override;
 
+  /// As it was given to whoever opened it.
+  const std::wstring& getFile() const noexcept;
+  int64_t getLine() const noexcept;
+  /// In bytes of the line.
+  int64_t getColumn() const noexcept;
+  const std::wstring& getReason() const noexcept;
+  /// "included by a.wsdl:3:5".
+  const std::wstring& getOrigin() const noexcept;
+  Exception& setFile(const std::wstring& file);
+  Exception& setPlace(int64_t line, int64_t column);
+  Exception& setReason(const std::wstring& reason);
+  Exception& setOrigin(const std::wstring& origin);
+
   /// Adds a guarded call to the trail. The names are kept as pointers.
   void appendMessage(CatchClass catchClass, const char* className, const char* method);
   /// Adds a line to the message.
   void appendMessage(const std::wstring& line);
-  /// Empties message and trail.
+  /// Empties message, place and trail.
   void clear();
 
   /// A finding that is no failure. Goes to the handler; the first one writes a line to standard error.

@@ -215,4 +215,15 @@ bool isValidUtf8(std::string_view bytes, bool& cutShort) {
   return true;
 }
 
+std::wstring charactersOfBytes(std::wstring_view text) {
+  std::string bytes;
+  bytes.reserve(text.size());
+  for (const wchar_t c : text) {
+    if (static_cast<uint32_t>(c) > 0xFF) return std::wstring(text);
+    bytes += static_cast<char>(c);
+  }
+  bool cutShort = false;
+  return isValidUtf8(bytes, cutShort) ? utf8ToWide(bytes) : std::wstring(text);
+}
+
 }  // namespace tovin

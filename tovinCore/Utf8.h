@@ -41,4 +41,8 @@ TOVINCORE_API size_t asciiPrefix(std::string_view bytes) noexcept;
 /// \param length out: how many bytes it took; 0 where no sequence begins.
 TOVINCORE_API uint32_t decodeUtf8(std::string_view bytes, size_t at, unsigned& length) noexcept;
 
+/// Text with one character a byte, as the reader of XML keeps that of a document, as characters. What is no
+/// UTF-8, or has other characters already, stays as it is.
+TOVINCORE_API std::wstring charactersOfBytes(std::wstring_view text);
+
 }  // namespace tovin

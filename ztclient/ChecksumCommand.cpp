@@ -6,9 +6,9 @@
 
 #include "tovinCore/Utf8.h"
 #include "ztbaseclient/tools/ztChecksum.h"
-#include "ztclient/Arguments.h"
 #include "ztclient/Commands.h"
-#include "ztclient/InputFile.h"
+#include "ztclient/arguments/Arguments.h"
+#include "ztclient/input/InputFile.h"
 #include "ztcore/ztStringReader.h"
 
 namespace {
@@ -41,10 +41,13 @@ void run(const Options& options) {
 void commands::addChecksum(CLI::App& app, int& status) {
   auto options = std::make_shared<Options>();
   CLI::App* checksum = app.add_subcommand("checksum", "Print the digest of texts in their order");
-  checksum->add_option("STRING", options->texts, "The texts");
-  checksum->add_option("--lines", options->lines,
-                       "Each line of this file, behind the texts given; - for standard input");
-  checksum->footer("Example: ztclient checksum user server");
+  checksum->add_option("STRING", options->texts, "The texts")->type_name("TEXT");
+  arguments::addFile(*checksum, "--lines", options->lines,
+                     "Each line of this file, behind the texts given; - for standard input");
+  checksum->footer(
+      "Example: ztclient checksum user server\n"
+      "The digest finds accidents. It protects against nobody: whoever changes the texts can make a fitting "
+      "one.");
   checksum->callback([options, &status] {
     run(*options);
     status = done;

@@ -28,5 +28,6 @@ void addEndpoint(CLI::App& app, int& status);
 void addLink(CLI::App& app, int& status);
 void addUpload(CLI::App& app, int& status);
 void addSession(CLI::App& app, int& status);
+void addHelp(CLI::App& app, int& status);
 
 }  // namespace commands

@@ -7,10 +7,10 @@
 #include "tovinCore/Utf8.h"
 #include "tovinCore/Wipe.h"
 #include "ztbaseclient/auth/CCredentials.h"
-#include "ztclient/Arguments.h"
 #include "ztclient/Commands.h"
-#include "ztclient/Document.h"
-#include "ztclient/Json.h"
+#include "ztclient/answers/Json.h"
+#include "ztclient/arguments/Arguments.h"
+#include "ztclient/input/InputFile.h"
 
 namespace {
 
@@ -19,18 +19,19 @@ using Setter = void (CCredentials::*)(const wchar_t*);
 struct TextOption {
   const char* name;
   const char* help;
+  const char* word;
   Setter set;
 };
 
 constexpr TextOption textOptions[] = {
-    {"--user", "User name", &CCredentials::SetUsername},
-    {"--domain", "Domain", &CCredentials::SetDomain},
-    {"--client-description", "Description of the client", &CCredentials::SetClientDescription},
-    {"--machine", "Name of the client's machine", &CCredentials::SetClientMachineName},
-    {"--client-version", "Version of the client", &CCredentials::SetClientVersion},
-    {"--xmldb", "End point of the XML database", &CCredentials::SetXMLDBEndPoint},
-    {"--log", "End point of the log", &CCredentials::SetLogEndPoint},
-    {"--locator", "End point of the locator", &CCredentials::SetLocatorEndPoint}};
+    {"--user", "User name", "NAME", &CCredentials::SetUsername},
+    {"--domain", "Domain", "NAME", &CCredentials::SetDomain},
+    {"--client-description", "Description of the client", "TEXT", &CCredentials::SetClientDescription},
+    {"--machine", "Name of the client's machine", "NAME", &CCredentials::SetClientMachineName},
+    {"--client-version", "Version of the client", "TEXT", &CCredentials::SetClientVersion},
+    {"--xmldb", "End point of the XML database", "URL", &CCredentials::SetXMLDBEndPoint},
+    {"--log", "End point of the log", "URL", &CCredentials::SetLogEndPoint},
+    {"--locator", "End point of the locator", "URL", &CCredentials::SetLocatorEndPoint}};
 
 struct MakeOptions {
   std::string texts[std::size(textOptions)];
@@ -47,14 +48,6 @@ struct ShowOptions {
   bool showPassword = false;
 };
 
-// The first line without its end, which is one LF or CR LF.
-std::string_view firstLine(std::string_view text) {
-  const size_t end = text.find('\n');
-  std::string_view line = text.substr(0, end);
-  if (end != std::string_view::npos && line.ends_with('\r')) line.remove_suffix(1);
-  return line;
-}
-
 void requirePassword(std::string_view line) {
   bool cutShort = false;
   if (!tovin::isValidUtf8(line, cutShort)) throw tovin::Exception(L"The password is not UTF-8");
@@ -63,13 +56,12 @@ void requirePassword(std::string_view line) {
 
 void setPassword(CCredentials& credentials, const std::string& file) {
   if (file.empty()) return;
-  std::string bytes = readBytes(file);
-  const std::string_view line = firstLine(bytes);
+  std::string line = firstLineOf(file);
   requirePassword(line);
   std::wstring password = tovin::utf8ToWide(line);
   credentials.SetPassword(password.c_str());
   tovin::wipe(password.data(), password.size() * sizeof(wchar_t));
-  tovin::wipe(bytes.data(), bytes.size());
+  tovin::wipe(line.data(), line.size());
 }
 
 in_addr addressOf(const std::string& text) {
@@ -173,21 +165,26 @@ void addMake(CLI::App& credentials, int& status) {
   auto options = std::make_shared<MakeOptions>();
   CLI::App* app = credentials.add_subcommand("make", "Make a credentials string");
   for (size_t i = 0; i < std::size(textOptions); ++i)
-    app->add_option(textOptions[i].name, options->texts[i], textOptions[i].help);
-  app->add_option("--password-file", options->passwordFile,
-                  "File whose first line is the password; - for standard input");
-  app->add_option("--server-ip", options->serverIP, "IPv4 address of the server");
-  app->add_option("--client-ip", options->clientIP, "IPv4 address of the client");
+    app->add_option(textOptions[i].name, options->texts[i], textOptions[i].help)
+        ->type_name(textOptions[i].word);
+  arguments::addFile(*app, "--password-file", options->passwordFile,
+                     "File whose first line is the password; - for standard input");
+  app->add_option("--server-ip", options->serverIP, "IPv4 address of the server")->type_name("IP");
+  app->add_option("--client-ip", options->clientIP, "IPv4 address of the client")->type_name("IP");
   arguments::addNumber(*app, "--login-time", options->loginTime,
-                       "Time of the login, a number of 64 bits with its sign");
-  arguments::addNumber(*app, "--body-flags", options->bodyFlags, "Flags that are enciphered");
-  arguments::addNumber(*app, "--header-flags", options->headerFlags, "Flags that are not");
+                       "Time of the login, a number of 64 bits with its sign")
+      ->capture_default_str();
+  arguments::addNumber(*app, "--body-flags", options->bodyFlags, "Flags that are enciphered")
+      ->capture_default_str();
+  arguments::addNumber(*app, "--header-flags", options->headerFlags, "Flags that are not")
+      ->capture_default_str();
   arguments::addNumber(*app, "--role-bit", options->roleBits,
                        "Number of a role that the user has; may be repeated")
       ->check(CLI::Range(uint32_t{0}, UINT32_MAX - 1))
       ->expected(1)
       ->take_all();
-  arguments::addNumber(*app, "--role-bits", options->roleBitCount, "How many roles there are");
+  arguments::addNumber(*app, "--role-bits", options->roleBitCount, "How many roles there are")
+      ->default_str("up to the last that is given");
   app->footer(
       "Example: ztclient credentials make --user ann --password-file - --role-bit 3 --role-bits 16\n"
       "The string hides the password from the eye, not from an attacker: send it over HTTPS only.");
@@ -200,10 +197,13 @@ void addMake(CLI::App& credentials, int& status) {
 void addShow(CLI::App& credentials, int& status) {
   auto options = std::make_shared<ShowOptions>();
   CLI::App* app = credentials.add_subcommand("show", "Show what a credentials string says");
-  app->add_option("STRING", options->text, "Credentials string; standard input if it is left out");
+  app->add_option("STRING", options->text, "Credentials string; standard input if it is left out")
+      ->type_name("TEXT");
   app->add_flag("--json", options->json, "One JSON document");
   app->add_flag("--show-password", options->showPassword, "Show the password too");
-  app->footer("Example: ztclient credentials make --user ann | ztclient credentials show --json");
+  app->footer(
+      "Example: ztclient credentials make --user ann | ztclient credentials show --json\nExit status 1: the "
+      "checksum is wrong. 2: the body cannot be read.");
   app->callback([options, &status] { status = show(*options); });
 }
 

@@ -4,11 +4,15 @@
 
 #include "tovinCore/Exception.h"
 #include "tovinCore/Utf8.h"
+#include "tovinCore/platform/Paths.h"
 #include "ztbaseclient/tools/CDiffFiles.h"
-#include "ztclient/Arguments.h"
 #include "ztclient/Commands.h"
-#include "ztclient/InputFile.h"
-#include "ztclient/ProgressBar.h"
+#include "ztclient/arguments/Arguments.h"
+#include "ztclient/input/GivenNames.h"
+#include "ztclient/input/InputFile.h"
+#include "ztclient/terminal/Messages.h"
+#include "ztclient/terminal/ProgressBar.h"
+#include "ztcore/ztFile.h"
 
 namespace {
 
@@ -33,7 +37,14 @@ class WatchedDiff : public CDiffFiles {
 };
 
 void print(const std::wstring& message) {
-  std::cout << tovin::wideToUtf8(message) << (message.ends_with(L'\n') ? "" : "\n");
+  std::cout << tovin::platform::fileNameBytes(message) << (message.ends_with(L'\n') ? "" : "\n");
+}
+
+// The library takes two files that cannot be opened for equal.
+bool canOpen(const InputFile& file) {
+  if (ztFile::CanOpen(file.name(), ztFile::ForReading)) return true;
+  messages::error(messages::textOf(ztFile::OpenFailure(L"Unable to open file %ls", file.name())));
+  return false;
 }
 
 int run(const Options& options) {
@@ -41,6 +52,8 @@ int run(const Options& options) {
     throw tovin::Exception(L"Standard input can be only one of the files");
   }
   const InputFile file1(options.file1), file2(options.file2);
+  const bool first = canOpen(file1), second = canOpen(file2);
+  if (!first || !second) return commands::trouble;
   try {
     WatchedDiff files(file1);  // its bar is gone before anything is printed
     if (options.binary)
@@ -52,7 +65,7 @@ int run(const Options& options) {
     print(e.getMessage());
     return commands::done;
   } catch (const tovin::DiffErrorException& e) {
-    print(InputFile::asGiven(e.getMessage()));
+    print(givenNames::in(e.getMessage()));
     return commands::negative;
   }
 }
@@ -62,12 +75,18 @@ int run(const Options& options) {
 void commands::addDiff(CLI::App& app, int& status) {
   auto options = std::make_shared<Options>();
   CLI::App* diff = app.add_subcommand("diff", "Compare two result files");
-  diff->add_option("FILE1", options->file1, "A file; - for standard input")->required();
-  diff->add_option("FILE2", options->file2, "The file to compare it with")->required();
-  arguments::addNumber(*diff, "--tolerance", options->tolerance,
-                       "How many significant digits of decimal numbers must agree; 0 for all")
-      ->capture_default_str();
-  diff->add_flag("--binary", options->binary, "Compare byte by byte");
-  diff->footer("Example: ztclient diff expected.txt result.txt --tolerance 4");
+  arguments::addFile(*diff, "FILE1", options->file1, "A file; - for standard input")->required();
+  arguments::addFile(*diff, "FILE2", options->file2, "The file to compare it with; - for standard input")
+      ->required();
+  CLI::Option* tolerance =
+      arguments::addNumber(*diff, "--tolerance", options->tolerance,
+                           "How many significant digits of decimal numbers must agree; 0 for all")
+          ->check(CLI::Validator(
+              [](std::string& digits) { return digits.starts_with('-') ? "less than no digit" : ""; }, ""))
+          ->capture_default_str();
+  diff->add_flag("--binary", options->binary, "Compare byte by byte")->excludes(tolerance);
+  diff->footer(
+      "Example: ztclient diff expected.txt result.txt --tolerance 4\nExit status 1: the files differ, and "
+      "the report is printed.");
   diff->callback([options, &status] { status = run(*options); });
 }

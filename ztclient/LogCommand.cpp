@@ -8,13 +8,15 @@
 #include "tovinCore/Exception.h"
 #include "tovinCore/Utf8.h"
 #include "tovinCore/platform/Console.h"
+#include "tovinCore/platform/Paths.h"
 #include "ztbaseclient/tools/CConsoleEntry.h"
 #include "ztbaseclient/tools/CConsoleReader.h"
-#include "ztclient/Arguments.h"
 #include "ztclient/Commands.h"
-#include "ztclient/InputFile.h"
-#include "ztclient/Json.h"
-#include "ztclient/ProgressBar.h"
+#include "ztclient/answers/Json.h"
+#include "ztclient/arguments/Arguments.h"
+#include "ztclient/input/InputFile.h"
+#include "ztclient/terminal/ProgressBar.h"
+#include "ztcore/ztFile.h"
 
 namespace {
 
@@ -68,9 +70,15 @@ class Printer {
   std::string text_;
 };
 
+// The reader does not tell why it has no source, so it is tried again.
+tovin::Exception openFailure(const wchar_t* name) {
+  ztFile::CanOpen(name, ztFile::ForReading);
+  return ztFile::OpenFailure(L"Unable to open file %ls", name);
+}
+
 std::unique_ptr<CConsoleReader> open(const wchar_t* name, int64_t position) {
   auto reader = std::make_unique<CConsoleReader>(name, position);
-  if (!reader->HasSource()) throw tovin::Exception(L"Unable to open file %ls", name);
+  if (!reader->HasSource()) throw openFailure(name);
   return reader;
 }
 
@@ -99,7 +107,7 @@ void printComplete(CConsoleReader& reader, bool json) {
 // Until the program is stopped. A log that has become shorter, or is not there for a while, has begun anew.
 void follow(const Options& options) {
   if (options.file == "-") throw tovin::Exception(L"Standard input cannot be followed");
-  const std::wstring name = tovin::utf8ToWide(options.file);
+  const std::wstring name = tovin::platform::fileName(options.file);
   auto reader = open(name.c_str(), options.position);
   for (int64_t seen = -1; std::cout; std::this_thread::sleep_for(pause)) {
     const int64_t length = lengthOf(name.c_str());
@@ -116,8 +124,8 @@ void follow(const Options& options) {
 void commands::addLog(CLI::App& app, int& status) {
   auto options = std::make_shared<Options>();
   CLI::App* log = app.add_subcommand("log", "Show the entries of a job's console log");
-  log->add_option("FILE", options->file, "The log; - for standard input")->required();
-  arguments::addNumber(*log, "--position", options->position, "Begin at this byte");
+  arguments::addFile(*log, "FILE", options->file, "The log; - for standard input")->required();
+  arguments::addNumber(*log, "--position", options->position, "Begin at this byte")->capture_default_str();
   log->add_flag("--json", options->json, "One JSON object an entry, each on its own line");
   log->add_flag("--follow", options->follow, "Go on with what is still written; only complete entries");
   log->footer("Example: ztclient log job.log --json --follow");

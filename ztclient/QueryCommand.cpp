@@ -1,12 +1,17 @@
 // ztclient query: what a path query selects in an XML document or a node record.
 #include <algorithm>
+#include <climits>
 #include <iostream>
 #include <memory>
 
+#include "tovinCore/Numbers.h"
+#include "tovinCore/Units.h"
 #include "tovinCore/Utf8.h"
 #include "ztbaseclient/data/NodeLocations.h"
 #include "ztclient/Commands.h"
-#include "ztclient/Document.h"
+#include "ztclient/arguments/Arguments.h"
+#include "ztclient/input/Document.h"
+#include "ztclient/input/InputFile.h"
 
 namespace {
 
@@ -17,7 +22,7 @@ struct Options {
   std::string file;
   std::string expression;
   std::string expressionFile;
-  std::string as = "nodes";
+  std::string as;
 };
 
 std::string expressionOf(const Options& options) {
@@ -32,63 +37,132 @@ const tovin::iNode& ownerOf(const tovin::iProperty& property) {
   return *tovin::seek<tovin::iNode>(property.getParent()->findOwner());
 }
 
-bool printNodes(const Document& document, const wchar_t* expression) {
+// A text, or a part of one: surrogates that lost their other half become U+FFFD.
+std::string utf8(std::wstring text) {
+  for (size_t i = 0; i < text.size(); ++i) {
+    const auto unit = static_cast<char16_t>(text[i]);
+    const bool paired = tovin::isHighSurrogate(unit) && i + 1 < text.size() &&
+                        tovin::isLowSurrogate(static_cast<char16_t>(text[i + 1]));
+    if (paired)
+      ++i;
+    else if (text[i] <= 0xFFFF && (tovin::isHighSurrogate(unit) || tovin::isLowSurrogate(unit)))
+      text[i] = L'\uFFFD';
+  }
+  return tovin::wideToUtf8(text);
+}
+
+std::string utf8(const wchar_t* text) { return text ? utf8(std::wstring(text)) : std::string(); }
+
+std::string utf8(const tovin::WideString& text) { return utf8(std::wstring(text.view())); }
+
+bool printNodes(const tovin::iNode& root, const wchar_t* expression) {
   tovin::NodeReferenceSet nodes;
-  const bool any = document.root->query(expression, eitherKind, nodes);
+  const bool any = root.query(expression, eitherKind, nodes);
   NodeLocations locations;
-  for (size_t i = 0; i < nodes.getSize(); ++i) std::cout << document.utf8(locations.get(*nodes[i])) << '\n';
+  for (size_t i = 0; i < nodes.getSize(); ++i) std::cout << utf8(locations.get(*nodes[i])) << '\n';
   return any;
 }
 
-bool printProperties(const Document& document, const wchar_t* expression) {
+bool printProperties(const tovin::iNode& root, const wchar_t* expression) {
   tovin::PropertyReferenceSet properties;
-  const bool any = document.root->query(expression, eitherKind, properties);
+  const bool any = root.query(expression, eitherKind, properties);
   NodeLocations locations;
   for (size_t i = 0; i < properties.getSize(); ++i) {
     const tovin::iProperty& property = *properties[i];
-    std::cout << document.utf8(locations.get(ownerOf(property))) << '@' << document.utf8(property.getName())
-              << '\t' << document.utf8(property.getValue().getText()) << '\n';
+    std::cout << utf8(locations.get(ownerOf(property))) << '@' << utf8(property.getName()) << '\t'
+              << utf8(property.getValue().getText()) << '\n';
   }
   return any;
 }
 
-bool printString(const Document& document, const wchar_t* expression) {
+bool printString(const tovin::iNode& root, const wchar_t* expression) {
   tovin::WideString text;
-  if (!document.root->query(expression, eitherKind, text)) return false;
-  std::cout << document.utf8(text) << '\n';
+  if (!root.query(expression, eitherKind, text)) return false;
+  std::cout << utf8(text) << '\n';
   return true;
 }
 
-bool printInteger(const Document& document, const wchar_t* expression) {
+// The query gives the nearest integer; its text tells whether that is far away.
+void requireInteger(const tovin::iNode& root, const wchar_t* expression) {
+  tovin::WideString text;
+  double exact = 0;
+  root.query(expression, eitherKind, text);
+  const bool finite = tovin::util::tryStringToDouble(text.view(), exact);
+  if (finite && exact > INT_MIN - 1.0 && exact < INT_MAX + 1.0) return;
+  throw tovin::Exception(L"%ls is out of range, an integer is from %d to %d", text, INT_MIN, INT_MAX);
+}
+
+bool printInteger(const tovin::iNode& root, const wchar_t* expression) {
   int number = 0;
-  if (!document.root->query(expression, eitherKind, number)) return false;
+  if (!root.query(expression, eitherKind, number)) return false;
+  if (number == INT_MAX || number == INT_MIN) requireInteger(root, expression);
   std::cout << number << '\n';
   return true;
 }
 
-bool printTruth(const Document& document, const wchar_t* expression) {
+bool printTruth(const tovin::iNode& root, const wchar_t* expression) {
   bool truth = false;
-  document.root->query(expression, eitherKind, truth);
+  root.query(expression, eitherKind, truth);
   std::cout << (truth ? "true" : "false") << '\n';
   return truth;
 }
 
-using Print = bool (*)(const Document& document, const wchar_t* expression);
-const std::map<std::string, Print> printers = {{"nodes", printNodes},
-                                               {"properties", printProperties},
-                                               {"string", printString},
-                                               {"int", printInteger},
-                                               {"bool", printTruth}};
+// Whether the expression is one of a text, a number or a truth, and its text. Of a node set and of what is no
+// query the question for nodes has said what there is to say.
+bool isValue(const tovin::iNode& root, const wchar_t* expression, tovin::WideString& text) {
+  try {
+    root.query(expression, eitherKind, text);
+    return true;
+  } catch (const tovin::Exception&) {
+    return false;
+  }
+}
+
+// A truth counts as the number 0 or 1, a text of the same letters as none.
+bool isTruth(const tovin::iNode& root, const wchar_t* expression, const tovin::WideString& text) {
+  int number = 0;
+  return (text.view() == L"true" || text.view() == L"false") && root.query(expression, eitherKind, number);
+}
+
+// Nodes; of an expression that gives a value the value.
+bool printWhatItGives(const tovin::iNode& root, const wchar_t* expression) {
+  try {
+    return printNodes(root, expression);
+  } catch (const tovin::Exception&) {
+    tovin::WideString text;
+    if (!isValue(root, expression, text)) throw;
+    if (isTruth(root, expression, text)) return printTruth(root, expression);
+    std::cout << utf8(text) << '\n';
+    return true;
+  }
+}
+
+using Print = bool (*)(const tovin::iNode& root, const wchar_t* expression);
+const std::map<std::string, Print> printers = {{"", printWhatItGives},          {"nodes", printNodes},
+                                               {"properties", printProperties}, {"string", printString},
+                                               {"int", printInteger},           {"bool", printTruth}};
+
+// A value where nodes were asked for is refused with the way to have it.
+bool print(const std::string& as, const tovin::iNode& root, const wchar_t* expression) {
+  try {
+    return printers.at(as)(root, expression);
+  } catch (const tovin::Exception& e) {
+    tovin::WideString text;
+    const bool nodes = as == "nodes" || as == "properties";
+    if (!nodes || !isValue(root, expression, text)) throw;
+    throw tovin::Exception(L"%ls; --as %ls prints its value", e.getMessage(),
+                           isTruth(root, expression, text) ? L"bool" : L"string");
+  }
+}
 
 int run(const Options& options) {
   if (options.file == "-" && options.expressionFile == "-") {
     throw tovin::Exception(L"The document and the query cannot both be standard input");
   }
   const std::string expression = expressionOf(options);
-  const Document document = readDocument(options.file);
-  if (!document.root) throw tovin::Exception(L"There is no document in the file");
-  const std::wstring query = document.wide(expression);
-  return printers.at(options.as)(document, query.c_str()) ? commands::done : commands::negative;
+  const tovin::Ptr<tovin::iNode> root = readDocument(options.file);
+  return print(options.as, *root, tovin::utf8ToWide(expression).c_str()) ? commands::done
+                                                                         : commands::negative;
 }
 
 }  // namespace
@@ -96,15 +170,20 @@ int run(const Options& options) {
 void commands::addQuery(CLI::App& app, int& status) {
   auto options = std::make_shared<Options>();
   CLI::App* query = app.add_subcommand("query", "Run a path query on an XML document or a node record");
-  query->add_option("FILE", options->file, "XML document or node record; - for standard input")->required();
-  CLI::Option* text = query->add_option("XPATH", options->expression, "The query");
-  CLI::Option* file =
-      query->add_option("--expression-file", options->expressionFile, "Take the query from this file");
+  arguments::addFile(*query, "FILE", options->file, "XML document or node record; - for standard input")
+      ->required();
+  CLI::Option* text = query->add_option("XPATH", options->expression, "The query")->type_name("XPATH");
+  CLI::Option* file = arguments::addFile(*query, "--expression-file", options->expressionFile,
+                                         "Take the query from this file; - for standard input");
   text->excludes(file);
-  query->add_option("--as", options->as, "What to print: nodes, properties, string, int or bool")
-      ->check(CLI::IsMember({"nodes", "properties", "string", "int", "bool"}))
-      ->capture_default_str();
-  query->footer("Example: ztclient query job.xml \"/job/step[@state='failed']\"");
+  arguments::restrictTo(
+      query->add_option("--as", options->as, "What to print: nodes, properties, string, int or bool"),
+      {"nodes", "properties", "string", "int", "bool"})
+      ->type_name("FORM")
+      ->default_str("nodes, or the value that it gives");
+  query->footer(
+      "Example: ztclient query job.xml \"/job/step[@state='failed']\"\n"
+      "Exit status 1: nothing is selected, or the answer is false.");
   query->callback([options, text, file, &status] {
     if (text->count() + file->count() == 0) throw CLI::RequiredError("XPATH or --expression-file");
     status = run(*options);

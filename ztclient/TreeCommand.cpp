@@ -11,10 +11,14 @@
 #include "tovin/values/StringArrayValue.h"
 #include "tovin/values/StringValue.h"
 #include "tovinCore/Utf8.h"
+#include "tovinCore/platform/Files.h"
+#include "tovinCore/platform/Paths.h"
+#include "tovinCore/platform/WholeFile.h"
 #include "ztbaseclient/node/CObjectTransportNode.h"
 #include "ztclient/Commands.h"
-#include "ztclient/Document.h"
-#include "ztclient/Json.h"
+#include "ztclient/answers/Json.h"
+#include "ztclient/arguments/Arguments.h"
+#include "ztclient/input/Document.h"
 #include "ztcore/ztFile.h"
 #include "ztcore/ztMemoryStreams.h"
 
@@ -34,13 +38,11 @@ const T* as(const tovin::Value& value) {
   return tovin::seek<T>(static_cast<const tovin::Object*>(&value));
 }
 
-Json textOrNull(const Document& document, const wchar_t* text) {
-  return text ? Json(document.utf8(text)) : Json();
-}
+Json textOrNull(const wchar_t* text) { return text ? Json(tovin::wideToUtf8(text)) : Json(); }
 
 // With the characters behind a U+0000 too.
-Json textOrNull(const Document& document, const tovin::WideString& text) {
-  return text.isNull() ? Json() : Json(document.utf8(text.view()));
+Json textOrNull(const tovin::WideString& text) {
+  return text.isNull() ? Json() : Json(tovin::wideToUtf8(text.view()));
 }
 
 // A name with control characters in it is escaped like a text, so that a node stays one line.
@@ -57,15 +59,15 @@ Json numberOf(double number) {
   return std::isnan(number) ? "NaN" : number > 0 ? "Infinity" : "-Infinity";
 }
 
-Json valueOf(const Document& document, const tovin::Value& value) {
-  if (const auto* text = as<tovin::StringValue>(value)) return textOrNull(document, text->getString());
+Json valueOf(const tovin::Value& value) {
+  if (const auto* text = as<tovin::StringValue>(value)) return textOrNull(text->getString());
   if (const auto* real = as<tovin::DoubleValue>(value)) return numberOf(real->getDouble());
   if (const auto* integer = as<tovin::IntegerValue>(value)) return integer->getInteger();
   if (const auto* bits = as<tovin::BitsetValue>(value)) return bitsOn(*bits);
   if (const auto* numbers = as<tovin::IntegerArrayValue>(value)) return numbers->content();
   if (const auto* texts = as<tovin::StringArrayValue>(value)) {
     Json list = Json::array();
-    for (const tovin::WideString& text : texts->content()) list.push_back(textOrNull(document, text));
+    for (const tovin::WideString& text : texts->content()) list.push_back(textOrNull(text));
     return list;
   }
   return nullptr;
@@ -76,11 +78,11 @@ std::string lastWord(const char* className) {
   return name.substr(name.rfind('.') + 1);
 }
 
-Json propertyToJson(const Document& document, const tovin::iProperty& property) {
+Json propertyToJson(const tovin::iProperty& property) {
   const tovin::Value& value = property.getValue();
-  Json json = {{"name", textOrNull(document, property.getName())},
+  Json json = {{"name", textOrNull(property.getName())},
                {"type", lastWord(value.getClassTag())},
-               {"value", valueOf(document, value)},
+               {"value", valueOf(value)},
                {"flags", property.getInfo()->getMetaDataFlags().getBits()}};
   if (const auto* bits = as<tovin::BitsetValue>(value)) json["bits"] = bits->getNumBits();
   return json;
@@ -93,13 +95,13 @@ void forProperties(const tovin::iNode& node, Visit&& visit) {
   for (unsigned i = 0; i < properties->getSize(); ++i) visit(*properties->get(i));
 }
 
-Json nodeToJson(const Document& document, const tovin::iNode& node, size_t depth) {
+Json nodeToJson(const tovin::iNode& node, size_t depth) {
   Json json = {{"depth", depth},
                {"class", static_cast<const char*>(node.getClassTag())},
-               {"name", textOrNull(document, node.getName())},
+               {"name", textOrNull(node.getName())},
                {"properties", Json::array()}};
   forProperties(node, [&](const tovin::iProperty& property) {
-    json["properties"].push_back(propertyToJson(document, property));
+    json["properties"].push_back(propertyToJson(property));
   });
   if (const auto* carrier = tovin::seek<CObjectTransportNode>(static_cast<const tovin::Object*>(&node))) {
     const tovin::Object* object = carrier->GetObject();
@@ -108,12 +110,12 @@ Json nodeToJson(const Document& document, const tovin::iNode& node, size_t depth
   return json;
 }
 
-std::string nodeToLine(const Document& document, const tovin::iNode& node, size_t depth) {
+std::string nodeToLine(const tovin::iNode& node, size_t depth) {
   std::string line = depth < numberedLevel ? std::string(2 * depth, ' ') : std::to_string(depth) + " ";
-  line += onOneLine(document.utf8(node.getName()));
+  line += onOneLine(tovin::wideToUtf8(node.getName()));
   forProperties(node, [&](const tovin::iProperty& property) {
-    line += " " + onOneLine(document.utf8(property.getName())) + "=" +
-            toText(valueOf(document, property.getValue()));
+    line +=
+        " " + onOneLine(tovin::wideToUtf8(property.getName())) + "=" + toText(valueOf(property.getValue()));
   });
   if (const auto* carrier = tovin::seek<CObjectTransportNode>(static_cast<const tovin::Object*>(&node))) {
     if (carrier->GetObject())
@@ -122,29 +124,41 @@ std::string nodeToLine(const Document& document, const tovin::iNode& node, size_
   return line;
 }
 
-void print(const Document& document, bool json) {
-  walk(*document.root, [&](const tovin::iNode& node, size_t depth) {
-    std::cout << (json ? toText(nodeToJson(document, node, depth)) : nodeToLine(document, node, depth))
-              << '\n';
+void print(const tovin::iNode& root, bool json) {
+  walk(root, [&](const tovin::iNode& node, size_t depth) {
+    std::cout << (json ? toText(nodeToJson(node, depth)) : nodeToLine(node, depth)) << '\n';
   });
 }
 
-void writeRecord(const Document& document, const std::string& file) {
+void writeRecord(const tovin::iNode& root, const std::string& file) {
   ztMemoryByteOutputStream record;
-  document.root->serialize(record);
-  ztFile out;
-  if (!out.Open(tovin::utf8ToWide(file).c_str(), ztFile::ForWriting)) {
-    throw tovin::Exception(L"Unable to write file %ls", tovin::utf8ToWide(file));
+  root.serialize(record);
+  const std::string_view bytes(reinterpret_cast<const char*>(record.GetBytes()), record.GetSize());
+  if (file == "-") {
+    std::cout << bytes;
+    return;
   }
-  out.Write(record.GetBytes(), record.GetSize());
+  const std::wstring name = tovin::platform::fileName(file);
+  if (!tovin::platform::placeFile(name.c_str(), bytes))
+    throw ztFile::OpenFailure(L"Unable to write file %ls", name.c_str());
+}
+
+void requireAnother(const Options& options) {
+  if (options.file == "-" || options.record.empty() || options.record == "-") return;
+  const std::wstring file = tovin::platform::fileName(options.file);
+  const std::wstring record = tovin::platform::fileName(options.record);
+  if (tovin::platform::isRegularFile(file.c_str()) &&
+      tovin::platform::isSameFile(file.c_str(), record.c_str()))
+    throw CLI::ValidationError("--record", options.record + " is the document itself");
 }
 
 void run(const Options& options) {
-  const Document document = readDocument(options.file);
+  requireAnother(options);
+  const tovin::Ptr<tovin::iNode> root = readDocument(options.file);
   if (options.record.empty())
-    print(document, options.json);
+    print(*root, options.json);
   else
-    writeRecord(document, options.record);
+    writeRecord(*root, options.record);
 }
 
 }  // namespace
@@ -152,10 +166,14 @@ void run(const Options& options) {
 void commands::addTree(CLI::App& app, int& status) {
   auto options = std::make_shared<Options>();
   CLI::App* tree = app.add_subcommand("tree", "Show an XML document or a node record as a tree");
-  tree->add_option("FILE", options->file, "XML document or node record; - for standard input")->required();
+  arguments::addFile(*tree, "FILE", options->file, "XML document or node record; - for standard input")
+      ->required();
   tree->add_flag("--json", options->json, "One JSON object a node, each on its own line");
-  tree->add_option("--record", options->record, "Write the node record to this file and print no tree");
-  tree->footer("Example: ztclient tree service.wsdl --record service.record");
+  arguments::addFile(*tree, "--record", options->record,
+                     "Write the node record to this file and print no tree; - for standard output", "OUT");
+  tree->footer(
+      "Example: ztclient tree service.wsdl --record service.record\n"
+      "Of XML there are elements and attributes: text content, CDATA sections and comments are passed over.");
   tree->callback([options, &status] {
     run(*options);
     status = done;

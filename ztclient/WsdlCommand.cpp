@@ -1,12 +1,17 @@
 // ztclient wsdl: what a WSDL document offers, and the types of what goes in and out.
 #include <iostream>
 #include <memory>
-#include <stdexcept>
+#include <set>
+#include <vector>
 
 #include "tovinCore/Exception.h"
+#include "tovinCore/Units.h"
 #include "ztclient/Commands.h"
-#include "ztclient/Document.h"
-#include "ztclient/WsdlJson.h"
+#include "ztclient/answers/ByteText.h"
+#include "ztclient/answers/WsdlJson.h"
+#include "ztclient/arguments/Arguments.h"
+#include "ztclient/input/Document.h"
+#include "ztclient/terminal/Messages.h"
 
 namespace {
 
@@ -52,7 +57,7 @@ class Printer : public WsdlVisitor {
     if (resolved) std::cout << *resolved;
   }
   void onEnd(const Json& warnings) override {
-    for (const Json& warning : warnings) std::cerr << "ztclient wsdl: " << textOf(warning) << '\n';
+    for (const Json& warning : warnings) messages::warn(textOf(warning));
   }
   std::string resolvedText(const Json& resolved) const override {
     const std::string margin(10, ' ');
@@ -71,24 +76,68 @@ class Printer : public WsdlVisitor {
   bool showParts_ = false;
 };
 
+std::string counted(size_t count, const std::string& one, const std::string& several) {
+  return count == 1 ? "1 " + one : std::to_string(count) + ' ' + several;
+}
+
+// The names of the document's children of a kind.
+std::vector<std::string> namesOf(const tovin::iNode& root, std::wstring_view kind) {
+  std::vector<std::string> names;
+  for (const tovin::iNode* child : root.getChildren()) {
+    const std::wstring_view name = child->getName() ? child->getName() : L"";
+    if (!tovin::equalFolded(name.substr(name.find(L':') + 1), kind)) continue;
+    const tovin::iProperty* given = child->hasProperties() ? child->getProperties()->find(L"name") : nullptr;
+    names.push_back(given ? bytesOf(given->getValue().getText().view()) : std::string());
+  }
+  return names;
+}
+
+// Imports of other documents are not followed, and of several services the last one is shown.
+void sayWhatIsLeftOut(const tovin::iNode& root) {
+  std::string text;
+  const size_t imports = namesOf(root, L"import").size();
+  if (imports > 0) text = counted(imports, "import is not followed", "imports are not followed");
+  std::vector<std::string> services = namesOf(root, L"service");
+  if (!services.empty()) services.pop_back();
+  if (!services.empty()) {
+    std::string names;
+    for (const std::string& name : services) names += (names.empty() ? "" : ", ") + name;
+    text +=
+        (text.empty() ? "" : ", ") + counted(services.size(), "further service (" + names + ") is not shown",
+                                             "further services (" + names + ") are not shown");
+  }
+  if (!text.empty()) messages::warn(text);
+}
+
+// A schema file that fails is named once, whatever asks for it.
+class SchemaFailures {
+ public:
+  void operator()(const tovin::Exception& e) {
+    if (!e.getFile().empty() && said_.insert(e.getFile()).second)
+      messages::error(messages::textOf(withCharacters(e)));
+  }
+
+ private:
+  std::set<std::wstring> said_;
+};
+
 int run(const Options& options) {
   try {
     CWsdlParser parser;
     parser.SetBackwardCompatible70(options.backwardCompatible);
     loadWsdl(parser, options.file);
+    if (parser.GetRoot()) sayWhatIsLeftOut(*parser.GetRoot());
     if (options.json) {
-      writeWsdlJson(parser, options.types, std::cout);
+      writeWsdlJson(parser, options.types, std::cout, SchemaFailures());
       std::cout << '\n';
     } else {
       Printer printer;
-      visitWsdl(parser, options.types, printer);
+      visitWsdl(parser, options.types, printer, SchemaFailures());
     }
     return commands::done;
   } catch (const tovin::Exception& e) {
-    // The texts of a document are bytes in messages too.
-    const std::string message = bytesOf(e.getMessage());
-    if (!options.json) throw std::runtime_error(message);
-    std::cout << toText({{"error", message}}, 1) << '\n';
+    if (!options.json) throw withCharacters(e);
+    std::cout << toText({{"error", bytesOf(e.getMessage())}}, 1) << '\n';
     return commands::trouble;
   }
 }
@@ -98,7 +147,7 @@ int run(const Options& options) {
 void commands::addWsdl(CLI::App& app, int& status) {
   auto options = std::make_shared<Options>();
   CLI::App* wsdl = app.add_subcommand("wsdl", "Show what a WSDL document offers");
-  wsdl->add_option("FILE", options->file, "WSDL document; - for standard input")->required();
+  arguments::addFile(*wsdl, "FILE", options->file, "WSDL document; - for standard input")->required();
   wsdl->add_flag("--json", options->json, "One JSON document");
   wsdl->add_flag("--types", options->types, "Resolve the type of every part");
   wsdl->add_flag("--backward-compatible", options->backwardCompatible,

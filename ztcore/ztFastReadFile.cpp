@@ -60,7 +60,7 @@ size_t cutLength(std::string_view bytes) {
 }  // namespace
 
 ztFastReadFile::ztFastReadFile(const wchar_t* name, Ending ending) : name_(name), ending_(ending) {
-  if (!file_.Open(name, ztFile::ForReading)) throw tovin::Exception(L"Unable to open file %ls", name);
+  if (!file_.Open(name, ztFile::ForReading)) throw ztFile::OpenFailure(L"Unable to open file %ls", name);
   examineHead();
 }
 

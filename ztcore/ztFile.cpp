@@ -1,6 +1,5 @@
 #include "ztcore/ztFile.h"
 
-#include "tovinCore/Exception.h"
 #include "tovinCore/platform/Files.h"
 
 namespace platform = tovin::platform;
@@ -32,12 +31,19 @@ bool ztFile::Open(const wchar_t* name, int mode, Encoding, bool) {
   return IsOpen();
 }
 
+tovin::Exception ztFile::OpenFailure(const wchar_t* pattern, const wchar_t* name) {
+  const std::wstring reason = platform::lastFailure();
+  tovin::Exception failure(pattern, name);
+  failure.setFile(name ? name : L"").setReason(reason);
+  return failure;
+}
+
 void ztFile::Close() noexcept {
   if (IsOpen()) platform::closeFile(handle_);
   handle_ = none;
 }
 
-void ztFile::fail(const wchar_t* pattern) const { throw tovin::Exception(pattern, name_); }
+void ztFile::fail(const wchar_t* pattern) const { throw OpenFailure(pattern, name_); }
 
 unsigned ztFile::Read(unsigned char* buffer, unsigned size) {
   unsigned done = 0;

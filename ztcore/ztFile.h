@@ -3,6 +3,7 @@
 #include <cstdint>
 
 #include "tovin/BaseString.h"
+#include "tovinCore/Exception.h"
 #include "ztcore/Export.h"
 
 /// A file of bytes, read or written in order.
@@ -14,7 +15,7 @@
 /// - Names: UTF-16; UTF-8 towards the system where that speaks bytes. Folders are no files.
 /// - Ownership: owns the open file, closes it when it dies.
 /// - Errors: Open tells by its result; later failures raise "Unable to read file %ls", "Unable to write file
-///   %ls".
+///   %ls", with the file and the system's reason.
 class ZTCORE_API ztFile {
  public:
   /// ForReadingRegular takes files of bytes only, no device and no pipe, which could be waited for or read
@@ -32,6 +33,9 @@ class ZTCORE_API ztFile {
   /// \param encoding,share accepted for callers that say them: bytes are bytes, and files are always
   /// shared.
   bool Open(const wchar_t* name, int mode, Encoding encoding = Encoding::Bytes, bool share = true);
+  /// What to throw where Open just said false: with the name as the file and the system's
+  /// reason. \param pattern has at most one conversion, for the name.
+  static tovin::Exception OpenFailure(const wchar_t* pattern, const wchar_t* name);
   void Close() noexcept;
   bool IsOpen() const noexcept { return handle_ != none; }
 

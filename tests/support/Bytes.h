@@ -7,7 +7,7 @@
 #include "tovin/Array.h"
 #include "tovinCore/Exception.h"
 #include "tovinCore/Utf8.h"
-#include "ztclient/WarningScope.h"
+#include "ztclient/terminal/WarningScope.h"
 #include "ztcore/ztMemoryStreams.h"
 
 /// Bytes as tests write them: pairs of hexadecimal digits, with blanks where a reader wants them.

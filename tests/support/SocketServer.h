@@ -6,7 +6,7 @@
 #include <thread>
 #include <vector>
 
-#include "ztclient/LoopbackListener.h"
+#include "ztclient/session/LoopbackListener.h"
 
 namespace testsupport {
 

@@ -4,7 +4,7 @@
 #include <stdexcept>
 #include <thread>
 
-#include "ztclient/LoopbackListener.h"
+#include "ztclient/session/LoopbackListener.h"
 
 namespace testsupport {
 

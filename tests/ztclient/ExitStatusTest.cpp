@@ -1,43 +1,43 @@
+#include <cstdlib>
+
 #include "tests/ztclient/Command.h"
 
 namespace {
 
-struct Case {
-  std::string line;
-  int status;
-  std::string out;
-  std::string err;
-};
-
-void check(const testsupport::Shell& shell, const std::vector<Case>& cases) {
-  for (const Case& row : cases) {
-    const auto outcome = shell.run(row.line);
-    EXPECT_EQ(outcome.status, row.status) << row.line;
-    EXPECT_EQ(outcome.out, row.out) << row.line;
-    EXPECT_EQ(outcome.err, row.err) << row.line;
-  }
-}
-
 TEST(ExitStatus, TellsEqualDifferentAndTrouble) {
   const testsupport::Shell shell;
-  shell.folder().write("files/a", "mass 1.0000001\n");
-  shell.folder().write("files/b", "mass 1.0000002\n");
-  shell.folder().write("files/c", "mass 2.0\n");
+  shell.write("a", "mass 1.0000001\n");
+  shell.write("b", "mass 1.0000002\n");
+  shell.write("c", "mass 2.0\n");
   const std::string report =
       "Tolerance exceeded (0.0 < 5) at line 1\n\tFile1: a\n\tFile2: c\n\t1: mass 1.0000001\n\t2: mass 2.0\n"
       "\t        ^  ^\n";
-  check(shell,
-        {{"ztclient diff a a", 0, "", ""},
-         {"ztclient diff a b", 0, "Difference within acceptable tolerance level (7.0 vs 5) detected\n", ""},
-         {"ztclient diff a c; echo $?", 0, report + "1\n", ""},
-         {"ztclient diff a - <b --tolerance 9 >report; echo $?; grep File2 report", 0, "1\n\tFile2: -\n", ""},
-         {"ztclient diff a missing --binary", 2, "", "ztclient diff: Unable to open file missing\n"},
-         {"ztclient diff a", 2, "", "ztclient diff: FILE2 is required; see ztclient diff --help\n"}});
+  shell.check(
+      {{"ztclient diff a a", 0, "", ""},
+       {"ztclient diff a b", 0, "Difference within acceptable tolerance level (7.0 vs 5) detected\n", ""},
+       {"ztclient diff a c; echo $?", 0, report + "1\n", ""},
+       {"ztclient diff a - <b --tolerance 9 >report; echo $?; grep File2 report", 0, "1\n\tFile2: -\n", ""},
+       {"ztclient diff a missing --binary", 2, "",
+        "ztclient diff: Unable to open file missing: No such file or directory\n"},
+       {"ztclient diff missing ''", 2, "",
+        "ztclient diff: Unable to open file missing: No such file or directory\nztclient diff: Unable to "
+        "open file : No such file or directory\n"},
+       {"mkdir f; ztclient diff f f", 2, "",
+        "ztclient diff: Unable to open file f: Is a directory\nztclient diff: Unable to open file f: Is a "
+        "directory\n"},
+       {"ztclient diff a b c", 2, "", "ztclient diff: \"c\" is too much: only FILE1 FILE2 can be given; …"},
+       {"ztclient diff -t 3 a b", 2, "", "ztclient diff: no option \"-t\"; see ztclient diff --help\n"},
+       {"ztclient diff --tolerance x a b", 2, "", "ztclient diff: --tolerance: \"x\" is no number; …"},
+       {"ztclient diff --tolerance -1 a b", 2, "", "ztclient diff: --tolerance: less than no digit; …"},
+       {"ztclient diff --tolerance 2147483648 a b", 2, "",
+        "ztclient diff: --tolerance: 2147483648 is out of range; …"},
+       {"ztclient diff --tolerance 5 --binary a b", 2, "", "ztclient diff: --tolerance excludes --binary; …"},
+       {"ztclient diff a", 2, "", "ztclient diff: FILE2 is required; see ztclient diff --help\n"}});
 }
 
 TEST(ExitStatus, OfCredentialsTellsDamageFromTrouble) {
   const testsupport::Shell shell;
-  shell.folder().write("files/secret", "geheim\nnot this\n");
+  shell.write("secret", "geheim\nnot this\n");
   const std::string make = "ztclient credentials make --user ann --password-file secret --role-bit 3";
   const auto shown = shell.run(make + " | ztclient credentials show --json --show-password");
   EXPECT_EQ(shown.status, 0) << shown.err;
@@ -50,27 +50,30 @@ TEST(ExitStatus, OfCredentialsTellsDamageFromTrouble) {
 
 TEST(ExitStatus, OfOneLineCommandsComesWithTheirAnswer) {
   const testsupport::Shell shell;
-  shell.folder().write("files/lines", "user\r\nserver\n");
-  shell.folder().write("files/log", "<<<ConsoleEntry\nname\ta%tb\nConsoleEntry>>>\n");
-  check(shell,
-        {{"ztclient endpoint atlas", 0, "https://atlas:9943/dravolin/locator\n", ""},
-         {"ztclient endpoint --reverse http://atlas:9944/dravolin/locator", 0, "http://atlas\n", ""},
-         {"ztclient link atlas:9944 'Find Similar' --param limit=10", 0,
-          "http://atlas:9944/perlbin/runjob.pl?_protocol=Find%20Similar&limit=10\n", ""},
-         {"ztclient cache --arg user=ann --arg jobid=7 --require 0x3", 0, "user=ann&jobid=7\n", ""},
-         {"ztclient cache --arg user=ann --require 3", 1, "", "ztclient cache: Missing argument(s): jobid\n"},
-         {"[[ $(ztclient checksum user server) == $(ztclient checksum --lines lines) ]]", 0, "", ""},
-         {"ztclient endpoint atlas --release 0403", 0, "https://atlas:9945/dravolin/locator\n", ""},
-         {"ztclient credentials make --login-time 9223372036854775808", 2, "",
-          "ztclient credentials: --login-time: 9223372036854775808 is out of range; "
-          "see ztclient credentials make --help\n"},
-         {"ztclient log log", 0, "name: a\tb\n\n", ""},
-         {"ztclient log log --position 9223372036854775807", 0, "", ""},
-         {"printf 'a\\n' | ztclient diff - missing", 2, "", "ztclient diff: Unable to open file missing\n"},
-         {"printf 'a\\n' | ztclient diff - log", 1,
-          "Files not equal at line 1\n\tFile1: -\n\tFile2: log\n\t1: a\n\t2: <<<ConsoleEntry\n\t   ^^\n", ""},
-         {"ztclient log missing", 2, "", "ztclient log: Unable to open file missing\n"},
-         {"ztclient checksum a >/dev/full", 2, "", "ztclient checksum: cannot write to standard output\n"}});
+  shell.write("lines", "user\r\nserver\n");
+  shell.write("log", "<<<ConsoleEntry\nname\ta%tb\nConsoleEntry>>>\n");
+  shell.check(
+      {{"ztclient endpoint atlas", 0, "https://atlas:9943/dravolin/locator\n", ""},
+       {"ztclient endpoint --reverse http://atlas:9944/dravolin/locator", 0, "http://atlas\n", ""},
+       {"ztclient link atlas:9944 'Find Similar' --param limit=10", 0,
+        "http://atlas:9944/perlbin/runjob.pl?_protocol=Find%20Similar&limit=10\n", ""},
+       {"ztclient cache --arg user=ann --arg jobid=7 --require 0x3", 0, "user=ann&jobid=7\n", ""},
+       {"ztclient cache --arg user=ann --require 3", 1, "", "ztclient cache: Missing argument(s): jobid\n"},
+       {"[[ $(ztclient checksum user server) == $(ztclient checksum --lines lines) ]]", 0, "", ""},
+       {"ztclient endpoint atlas --release 0403", 0, "https://atlas:9945/dravolin/locator\n", ""},
+       {"ztclient credentials make --login-time 9223372036854775808", 2, "",
+        "ztclient credentials: --login-time: 9223372036854775808 is out of range; "
+        "see ztclient credentials make --help\n"},
+       {"ztclient log log", 0, "name: a\tb\n\n", ""},
+       {"ztclient log log --position 9223372036854775807", 0, "", ""},
+       {"printf 'a\\n' | ztclient diff - missing", 2, "",
+        "ztclient diff: Unable to open file missing: No such file or directory\n"},
+       {"printf 'a\\n' | ztclient diff - log", 1,
+        "Files not equal at line 1\n\tFile1: -\n\tFile2: log\n\t1: a\n\t2: <<<ConsoleEntry\n\t   ^^\n", ""},
+       {"ztclient log missing", 2, "",
+        "ztclient log: Unable to open file missing: No such file or directory\n"},
+       {"ztclient checksum a >/dev/full", 2, "",
+        "ztclient checksum: cannot write to standard output: No space left on device\n"}});
 }
 
 TEST(ExitStatus, OfHelpIsDoneAndEachHelpHasAnExample) {
@@ -87,15 +90,184 @@ TEST(ExitStatus, OfHelpIsDoneAndEachHelpHasAnExample) {
   }
 }
 
-TEST(Colours, AreForTerminalsWithoutNoColor) {
+// Whatever reads standard input tells its failure from its end, and prints nothing then.
+TEST(ExitStatus, OfInputThatCannotBeReadIsTrouble) {
   const testsupport::Shell shell;
-  const std::string red = "\x1b[1;31mztclient:\x1b[0m no command";
+  shell.write("empty", "");
+  for (const std::string command :
+       {"checksum --lines -", "credentials make --password-file -", "credentials show", "log -",
+        "diff - empty", "tree -", "query - /a", "query empty --expression-file -", "wsdl -",
+        "session --wsdl -", "upload - --name n --session s --url http://127.0.0.1:1/",
+        "link a b --as session-file:-"}) {
+    const std::string name = command.substr(0, command.find(' '));
+    const std::string start = name == "session" ? "…" : "";
+    shell.check({{"mkdir -p folder; ztclient " + command + " <folder", 2, start,
+                  "ztclient " + name + ": Unable to read file -: Is a directory\n"},
+                 {"ztclient " + command + " <&-", 2, start,
+                  "ztclient " + name + ": Unable to read file -: Bad file descriptor\n"}});
+  }
+}
+
+TEST(ExitStatus, OfOutputThatIsLostIsTrouble) {
+  const testsupport::Shell shell;
+  for (const std::string arguments :
+       {"--version", "--help", "--help-all", "diff --help", "help", "endpoint atlas"}) {
+    shell.check({{"ztclient " + arguments + " >/dev/full", 2, "",
+                  "ztclient…: cannot write to standard output: No space left on device\n"},
+                 {"ztclient " + arguments + " >&-", 2, "",
+                  "ztclient…: cannot write to standard output: Bad file descriptor\n"}});
+  }
+  shell.check(
+      {{"yes '' | head -200000 >many; (ztclient checksum --lines many; ztclient --help-all; "
+        "for i in {1..9}; do ztclient --help-all; done) | true; echo ${PIPESTATUS[0]} >/dev/null; "
+        "ztclient --help-all | (exec <&-; sleep .2); echo ${PIPESTATUS[0]}",
+        0, "141\n", ""}});
+}
+
+TEST(WrongUse, OfValuesThatAreEmptyOrStrangeIsSaid) {
+  const testsupport::Shell shell;
+  shell.write("a.xml", "<a/>");
+  const std::string empty = "the value is empty; …";
+  shell.check(
+      {{"ztclient checksum --lines ''", 2, "", "ztclient checksum: --lines: " + empty},
+       {"ztclient tree a.xml --record=", 2, "", "ztclient tree: --record: " + empty},
+       {"ztclient session --wsdl ''", 2, "", "ztclient session: --wsdl: " + empty},
+       {"ztclient session --server ''", 2, "", "ztclient session: --server: takes scheme, host and port, …"},
+       {"ztclient session --server notaurl", 2, "",
+        "ztclient session: --server: takes …, not \"notaurl\"; …"},
+       {"ztclient upload a.xml --url u --session s", 2, "", "ztclient upload: --url: takes a URL …"},
+       {"ztclient upload a.xml --url http://a/ --session ''", 2, "", "ztclient upload: --session: " + empty},
+       {"ztclient upload a.xml --url http://a/", 2, "",
+        "ztclient upload: --session-file, or ZTCLIENT_SESSION, …"},
+       {"ztclient upload - --url http://a/ --session s", 2, "",
+        "ztclient upload: With standard input, --name …"},
+       {"ztclient endpoint $'a\\nb'", 2, "", "ztclient endpoint: TEXT: a control character …"},
+       {"ztclient link a p --param =1", 2, "", "ztclient link: --param: the name before '=' is empty; …"},
+       {"ztclient endpoint $'\\xff'", 2, "", "ztclient endpoint: TEXT: the value is not UTF-8; …"},
+       {"ztclient query a.xml /a --as strin", 2, "",
+        "ztclient query: --as: no value \"strin\"; did you mean \"string\"? …"},
+       {"ztclient cache --require usr", 2, "",
+        "ztclient cache: --require: no argument \"usr\"; did you mean \"user\"?; …"},
+       {"ztclient help quary", 2, "", "ztclient help: no command \"quary\"; did you mean \"query\"?; …"},
+       {"ztclient help diff | head -1", 0, "Compare two result files\n", ""},
+       {"ztclient -V", 0, "ztclient …\n", ""},
+       {"COLUMNS=60 ztclient help upload | grep -v Example | awk 'length > 60'", 0, "", ""}});
+}
+
+// An answer stands where there is one, with what is strange about the question beside it.
+TEST(Warnings, TellWhatIsStrangeAboutAnAnswer) {
+  const testsupport::Shell shell;
+  const std::string link = "/perlbin/runjob.pl?_protocol=P";
+  shell.check(
+      {{"ztclient endpoint ''", 0, "https://:9943/dravolin/locator\n",
+        "ztclient endpoint: no host in \"\"\n"},
+       {"ztclient endpoint -q 'a b'", 0, "https://a b:9943/dravolin/locator\n", ""},
+       {"ztclient endpoint 'a b'", 0, "…", "ztclient endpoint: a blank is in the host \"a b\"\n"},
+       {"ztclient endpoint atlas:abc", 0, "…", "ztclient endpoint: port abc is no number\n"},
+       {"ztclient endpoint [::1]:99999", 0, "…", "ztclient endpoint: port 99999 is not in 1 to 65535\n"},
+       {"ztclient endpoint ftp://x", 0, "…", "ztclient endpoint: scheme ftp is neither http nor https\n"},
+       {"ztclient endpoint HTTP://x", 0, "…", "ztclient endpoint: the scheme is not written …"},
+       {"ztclient endpoint https://ann:pw@atlas:9943/p?a:b", 0, "https://ann:pw@atlas:9943/p?a:b\n", ""},
+       {"ztclient link 'javascript:alert(1)' P", 0, "http://javascript:alert(1)" + link + "\n",
+        "ztclient link: port alert(1) is no number\n"},
+       {"ztclient link httpd P", 0, "httpd" + link + "\n",
+        "ztclient link: no scheme in \"httpd\", which begins with http\n"},
+       {"ztclient link atlas P --param a=1 --param a=2", 0, "http://atlas" + link + "&a=1\n",
+        "ztclient link: a is given twice, the first holds\n"},
+       {"ztclient cache --arg user=a --arg USER=b", 0, "user=b\n",
+        "ztclient cache: USER is given twice, the last holds\n"},
+       {"ztclient cache --arg a=b", 0, "\n", "ztclient cache: no argument a\n"},
+       {"ztclient cache --arg user=a --require user,jobid", 1, "",
+        "ztclient cache: Missing argument(s): jobid\n"},
+       {"ztclient cache --arg user=a --arg jobid=7 --mask user", 0, "user=a\n", ""}});
+}
+
+TEST(SessionId, ComesFromAFileOrTheEnvironmentToo) {
+  const testsupport::Shell shell;
+  shell.write("id", "s 1\r\nrest\n");
+  const std::string link = "http://a/perlbin/runjob.pl?_protocol=P&_session=";
+  shell.check({{"ztclient link a P --as session-file:id", 0, link + "s%201\n", ""},
+               {"ztclient link a P --as session-file:- <id", 0, link + "s%201\n", ""},
+               {"ZTCLIENT_SESSION=e ztclient link a P --as session", 0, link + "e\n", ""},
+               {"ztclient link a P --as session", 2, "", "ztclient link: --as: session wants the variable …"},
+               {"ztclient link a P --as session-file:none", 2, "",
+                "ztclient link: Unable to open file none: No such …"},
+               {": >id; ztclient link a P --as session-file:id", 2, "",
+                "ztclient link: id: The session id is empty\n"}});
+}
+
+TEST(Names, OfFilesPassByteForByteAndAreShownEscaped) {
+  const testsupport::Shell shell;
+  shell.check(
+      {{"n=$'\\xff\\xed\\xa0\\x80\\e[1m'; echo '<a/>' >\"$n\"; ztclient tree \"$n\" && ztclient diff \"$n\" "
+        "\"$n\" && "
+        "ztclient tree \"$n\" --record \"$n.r\" && ztclient tree \"$n.r\" && ls | grep -c r$",
+        0, "a\na\n1\n", ""},
+       {"ztclient log $'\\xff\\e[1m\\u009b\\u202e'", 2, "",
+        "ztclient log: Unable to open file \\xff\\u001b[1m\\u009b\\u202e: No such file or directory\n"},
+       {"TMPDIR=/none ztclient log - </dev/null", 2, "",
+        "ztclient log: /none: Unable to make a temporary file, TMPDIR names the folder: No such file …"}});
+}
+
+TEST(Messages, ArePutTogetherFromPlaceTextAndReason) {
+  const testsupport::Shell shell;
+  shell.write("bad.xml", "<a>\n <b></c></a>");
+  shell.check(
+      {{"ztclient tree bad.xml", 2, "", "ztclient tree: bad.xml:2:…: Parse error: mismatched tag\n"},
+       {"ztclient query - /a <bad.xml", 2, "", "ztclient query: -:2:…: Parse error: mismatched tag\n"},
+       {"ztclient wsdl bad.xml", 2, "", "ztclient wsdl: bad.xml:2:…: Parse error: mismatched tag\n"},
+       {"ztclient wsdl none", 2, "", "ztclient wsdl: none: Unable to open file: No such file or directory\n"},
+       {"ztclient tree -v bad.xml", 2, "",
+        "ztclient tree: reads bad.xml\nztclient tree: bad.xml:2:…\n  in CWsdlParser::parse()\nztclient tree: "
+        "took … s\n"},
+       {"ztclient tree - </dev/zero", 2, "", "ztclient tree: -:1:1: Parse error: …"},
+       {"echo '<a/>' | ztclient tree - --record z; printf more >>z; ztclient tree z", 2, "",
+        "ztclient tree: z: 4 bytes stand behind the record\n"}});
+}
+
+TEST(Record, TakesThePlaceOfAnOldOneWhole) {
+  const testsupport::Shell shell;
+  shell.write("a.xml", "<a n='Zürich €'><näme/></a>");
+  shell.write("big.xml", "<a n='" + std::string(20000, 'x') + "'/>");
+  shell.check({{"ztclient tree a.xml --record r; ztclient tree r; ztclient tree a.xml --record - | cmp - r",
+                0, "a n=\"Zürich €\"\n  näme\n", ""},
+               {"ztclient tree a.xml --json >1; ztclient tree r --json | cmp - 1", 0, "", ""},
+               {"chmod 640 r; ln -s r l; ln -s new d; ztclient tree big.xml --record l; ztclient tree "
+                "big.xml --record d; "
+                "stat -c %A r; readlink l d; cmp r new; ls -A",
+                0, "-rw-r-----\nr\nnew\n…", ""},
+               {"echo old >r; (ulimit -f 8; ztclient tree big.xml --record r); cat r; ls r.*", 2, "old\n",
+                "ztclient tree: Unable to write file r: File too large\nls: …"},
+               {"ztclient tree a.xml --record /dev/full", 2, "",
+                "ztclient tree: Unable to write file /dev/full: No space …"},
+               {"ztclient tree a.xml --record ./a.xml", 2, "",
+                "ztclient tree: --record: ./a.xml is the document itself; …"},
+               {"ztclient tree a.xml --record no/r", 2, "",
+                "ztclient tree: Unable to write file no/r: No such file …"}});
+}
+
+// Whether there is a program that gives a command a terminal.
+bool hasTerminal() { return std::system("script -qec true /dev/null >/dev/null 2>&1 </dev/null") == 0; }
+
+TEST(Colours, AreForTerminalsThatWantThem) {
+  if (!hasTerminal()) GTEST_SKIP() << "script(1) makes no terminal here";
+  const testsupport::Shell shell;
+  shell.write("a.xml", "<a b='&#x9b;&#x202e;ü'/>");
+  const std::string red = "\x1b[1;31mztclient:\x1b[0m no command …";
+  const std::string plain = "ztclient: no command …";
   // Some shells drop a function that they are to hand on.
-  const std::string onTerminal =
-      "export SHELL=$BASH; export -f ztclient; script -qec 'ztclient quary' /dev/null";
-  EXPECT_NE(shell.run("unset NO_COLOR; " + onTerminal).out.find(red), std::string::npos);
-  EXPECT_EQ(shell.run("export NO_COLOR=1; " + onTerminal).out.find('\x1b'), std::string::npos);
-  EXPECT_EQ(shell.run("ztclient quary").err, "ztclient: no command \"quary\"; did you mean \"query\"?\n");
+  const std::string prepare = "unset NO_COLOR; export TERM=xterm SHELL=$BASH; export -f ztclient; ";
+  const auto on = [&](const std::string& set, const std::string& line) {
+    return prepare + set + "script -qec '" + line + "' /dev/null | tr -d '\\r'";
+  };
+  shell.check({{on("", "ztclient quary"), 0, red, ""},
+               {on("export NO_COLOR=1; ", "ztclient quary"), 0, plain, ""},
+               {on("export TERM=dumb; ", "ztclient quary"), 0, plain, ""},
+               {on("", "ztclient --color=never quary"), 0, plain, ""},
+               {"ztclient --color=always quary", 2, "", red},
+               {"ztclient quary", 2, "", "ztclient: no command \"quary\"; did you mean \"query\"?\n"},
+               {on("", "ztclient tree a.xml"), 0, "a b=\"\\u009b\\u202eü\"\n", ""},
+               {"ztclient tree a.xml", 0, "a b=\"\xc2\x9b\xe2\x80\xaeü\"\n", ""}});
 }
 
 }  // namespace

@@ -1,7 +1,7 @@
 #include <filesystem>
 
 #include "tests/ztclient/Command.h"
-#include "ztclient/UploadServer.h"
+#include "ztclient/session/UploadServer.h"
 
 namespace {
 

@@ -1,4 +1,4 @@
-#include "ztclient/Suggestion.h"
+#include "ztclient/arguments/Suggestion.h"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "ztclient/UploadedForm.h"
+#include "ztclient/session/UploadedForm.h"
 
 #include <gtest/gtest.h>
 

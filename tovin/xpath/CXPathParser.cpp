@@ -31,8 +31,7 @@ struct Query {
 
   void requireNodes() const {
     if (!givesNodes()) {
-      xpath::Lexer(expression->source)
-          .fail(L"a query for nodes must give a node set; this one, which begins");
+      xpath::Lexer(expression->source).fail(L"nodes are asked for, and this is no node set,");
     }
   }
 

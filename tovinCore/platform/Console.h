@@ -16,10 +16,16 @@ TOVINCORE_API bool isErrorTerminal() noexcept;
 /// The same of standard output.
 TOVINCORE_API bool isOutputTerminal() noexcept;
 
-/// What follows the program's name on its command line, as UTF-8 whatever the system's own encoding is.
+/// How many columns the terminal of standard error or output has; 0 where neither tells.
+TOVINCORE_API int terminalWidth() noexcept;
+
+/// What follows the program's name on its command line, as UTF-8 whatever the system's own encoding is; a
+/// name of a file that is no UTF-8 comes as its bytes.
 TOVINCORE_API std::vector<std::string> programArguments(int argc, char** argv);
 
-/// While one lives, the standard streams pass bytes as they are and a console shows them as UTF-8.
+/// While one lives, the standard streams pass bytes as they are and a console shows them as UTF-8. A standard
+/// stream that the caller had closed fails when it is used, and no file that is opened later is taken for it;
+/// writing beyond a limit of the file's size is a failure like any other.
 class TOVINCORE_API Utf8Console {
  public:
   Utf8Console() noexcept;

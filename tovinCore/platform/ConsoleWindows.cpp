@@ -39,6 +39,15 @@ void printErrorLine(const std::string& text) noexcept try {
 bool isErrorTerminal() noexcept { return isConsole(errorStream()); }
 bool isOutputTerminal() noexcept { return isConsole(::GetStdHandle(STD_OUTPUT_HANDLE)); }
 
+int terminalWidth() noexcept {
+  for (const DWORD stream : {STD_ERROR_HANDLE, STD_OUTPUT_HANDLE}) {
+    CONSOLE_SCREEN_BUFFER_INFO facts;
+    if (::GetConsoleScreenBufferInfo(::GetStdHandle(stream), &facts))
+      return facts.srWindow.Right - facts.srWindow.Left + 1;
+  }
+  return 0;
+}
+
 std::vector<std::string> programArguments(int, char**) {
   int count = 0;
   const std::unique_ptr<LPWSTR, decltype(&::LocalFree)> list(

@@ -4,12 +4,20 @@
 
 #include "tovinCore/Utf8.h"
 #include "tovinCore/platform/Environment.h"
+#include "tovinCore/platform/Paths.h"
 
 namespace tovin::platform {
 
 std::wstring environmentVariable(const char* name) {
   const char* value = std::getenv(name);
   return value ? utf8ToWide(value) : std::wstring();
+}
+
+void setEnvironmentVariable(const char* name, const char* value) { ::setenv(name, value, 1); }
+
+std::wstring temporaryFolder() {
+  const char* chosen = std::getenv("TMPDIR");
+  return chosen && *chosen ? fileName(chosen) : L"/tmp";
 }
 
 std::wstring computerName() {

@@ -1,5 +1,6 @@
 #include <windows.h>
 
+#include <cstdlib>
 #include <filesystem>
 
 #include "tovinCore/Utf8.h"
@@ -16,6 +17,15 @@ std::wstring environmentVariable(const char* name) {
     value.resize(length);  // with the terminator when it did not fit
     if (length <= room) return value;
   }
+}
+
+void setEnvironmentVariable(const char* name, const char* value) { ::_putenv_s(name, value); }
+
+std::wstring temporaryFolder() {
+  wchar_t folder[MAX_PATH + 2];
+  std::wstring name(folder, ::GetTempPathW(MAX_PATH + 2, folder));
+  while (name.ends_with(L'\\')) name.pop_back();
+  return name;
 }
 
 std::wstring computerName() {

@@ -7,7 +7,7 @@
 
 #include "tovinCore/Export.h"
 
-/// Files as the operating system has them. Names are UTF-16.
+/// Files as the operating system has them. Names are UTF-16, or what fileName() makes of the system's own.
 namespace tovin::platform {
 
 /// `readRegular` opens files of bytes only, no device and no pipe, and never waits; `probe` opens an existing
@@ -27,5 +27,18 @@ TOVINCORE_API int64_t fileLength(intptr_t handle) noexcept;
 /// The computer and folder that a file name leads to over the network ("\\\\computer\\folder"); empty for a
 /// name on this computer.
 TOVINCORE_API std::wstring networkShareOf(std::wstring_view name);
+/// Where the standard input can be read; not to be closed.
+TOVINCORE_API intptr_t standardInput() noexcept;
+TOVINCORE_API intptr_t standardOutput() noexcept;
+/// A new file for reading and writing, for the user alone, that is gone when its handle is closed, even where
+/// the program is stopped. -1 when there can be none. \param name out: by what this program can open it as
+/// long as the handle is open.
+TOVINCORE_API intptr_t createNameless(const std::wstring& folder, std::wstring& name);
+/// Why the call before failed, in the system's words.
+TOVINCORE_API std::wstring lastFailure();
+/// Whether both names lead to one file.
+TOVINCORE_API bool isSameFile(const wchar_t* a, const wchar_t* b);
+/// Whether there is a file of bytes: no folder, no device, no pipe. Opens nothing, so that it never waits.
+TOVINCORE_API bool isRegularFile(const wchar_t* name);
 
 }  // namespace tovin::platform

@@ -3,9 +3,11 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <cstdlib>
+#include <system_error>
 
-#include "tovinCore/Utf8.h"
 #include "tovinCore/platform/Files.h"
+#include "tovinCore/platform/Paths.h"
 
 namespace tovin::platform {
 namespace {
@@ -39,23 +41,26 @@ int64_t uninterrupted(Call&& call) {
   return result;
 }
 
-bool isWanted(int file, OpenMode mode) {
+// What is wrong with a file that could be opened; 0 for nothing.
+int refusalOf(int file, OpenMode mode) {
   struct stat facts;
-  if (::fstat(file, &facts) != 0) return false;
-  return mode == OpenMode::readRegular ? S_ISREG(facts.st_mode) : !S_ISDIR(facts.st_mode);
+  if (::fstat(file, &facts) != 0) return errno;
+  if (S_ISDIR(facts.st_mode)) return EISDIR;
+  return mode == OpenMode::readRegular && !S_ISREG(facts.st_mode) ? EINVAL : 0;
 }
 
 }  // namespace
 
 intptr_t openFile(const wchar_t* name, OpenMode mode) {
-  const std::string path = wideToUtf8(name);
+  const std::string path = fileNameBytes(name);
   const int64_t file =
       uninterrupted([&] { return ::open(path.c_str(), flagsOf(mode) | O_CLOEXEC, permissionsOf(mode)); });
-  if (file >= 0 && !isWanted(descriptor(file), mode)) {
-    closeFile(file);
-    return -1;
-  }
-  return file;
+  if (file < 0) return -1;
+  const int refusal = refusalOf(descriptor(file), mode);
+  if (refusal == 0) return file;
+  closeFile(file);
+  errno = refusal;
+  return -1;
 }
 
 void closeFile(intptr_t handle) noexcept { ::close(descriptor(handle)); }
@@ -81,5 +86,33 @@ int64_t fileLength(intptr_t handle) noexcept {
 
 // Here the network is part of the one tree of files.
 std::wstring networkShareOf(std::wstring_view) { return {}; }
+intptr_t standardInput() noexcept { return STDIN_FILENO; }
+intptr_t standardOutput() noexcept { return STDOUT_FILENO; }
+
+// Not every file system has files without a name: there it is taken away at once.
+intptr_t createNameless(const std::wstring& folder, std::wstring& name) {
+  const std::string place = fileNameBytes(folder);
+  int file = ::open(place.c_str(), O_TMPFILE | O_RDWR | O_CLOEXEC, 0600);
+  if (file < 0 && (errno == EOPNOTSUPP || errno == EISDIR || errno == EINVAL)) {
+    std::string path = place + "/ztclient-XXXXXX";
+    file = ::mkostemp(path.data(), O_CLOEXEC);
+    if (file >= 0) ::unlink(path.c_str());
+  }
+  if (file >= 0) name = L"/proc/self/fd/" + std::to_wstring(file);
+  return file;
+}
+
+std::wstring lastFailure() { return fileName(std::generic_category().message(errno)); }
+
+bool isRegularFile(const wchar_t* name) {
+  struct stat facts;
+  return ::stat(fileNameBytes(name).c_str(), &facts) == 0 && S_ISREG(facts.st_mode);
+}
+
+bool isSameFile(const wchar_t* a, const wchar_t* b) {
+  struct stat first, second;
+  return ::stat(fileNameBytes(a).c_str(), &first) == 0 && ::stat(fileNameBytes(b).c_str(), &second) == 0 &&
+         first.st_dev == second.st_dev && first.st_ino == second.st_ino;
+}
 
 }  // namespace tovin::platform

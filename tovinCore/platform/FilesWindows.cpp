@@ -1,6 +1,8 @@
 #include <windows.h>
 
 #include <algorithm>
+#include <filesystem>
+#include <random>
 
 #include "tovinCore/platform/Files.h"
 #include "tovinCore/platform/PathWindows.h"
@@ -86,6 +88,44 @@ std::wstring networkShareOf(std::wstring_view name) {
   if (!path.starts_with(L"\\\\") || path.starts_with(L"\\\\?") || path.starts_with(L"\\\\.\\")) return {};
   const size_t folder = path.find(L'\\', 2);
   return path.substr(0, folder == std::wstring::npos ? folder : path.find(L'\\', folder + 1));
+}
+
+intptr_t standardInput() noexcept { return reinterpret_cast<intptr_t>(::GetStdHandle(STD_INPUT_HANDLE)); }
+intptr_t standardOutput() noexcept { return reinterpret_cast<intptr_t>(::GetStdHandle(STD_OUTPUT_HANDLE)); }
+
+intptr_t createNameless(const std::wstring& folder, std::wstring& name) {
+  constexpr int attempts = 100;
+  std::random_device random;
+  for (int i = 0; i < attempts; ++i) {
+    name = folder + L"\\ztclient-" + std::to_wstring(random());
+    const HANDLE file =
+        ::CreateFileW(systemPath(name.c_str()).c_str(), GENERIC_READ | GENERIC_WRITE, sharedWithAll, nullptr,
+                      CREATE_NEW, FILE_ATTRIBUTE_TEMPORARY | FILE_FLAG_DELETE_ON_CLOSE, nullptr);
+    if (file != INVALID_HANDLE_VALUE) return reinterpret_cast<intptr_t>(file);
+    if (::GetLastError() != ERROR_FILE_EXISTS) break;
+  }
+  return -1;
+}
+
+std::wstring lastFailure() {
+  wchar_t text[512];
+  const DWORD length = ::FormatMessageW(FORMAT_MESSAGE_FROM_SYSTEM | FORMAT_MESSAGE_IGNORE_INSERTS, nullptr,
+                                        ::GetLastError(), 0, text, 512, nullptr);
+  std::wstring reason(text, length);
+  while (!reason.empty() && (reason.back() == L'.' || reason.back() <= L' ')) reason.pop_back();
+  return reason;
+}
+
+bool isRegularFile(const wchar_t* name) {
+  const std::wstring path = systemPath(name);
+  if (path.starts_with(L"\\\\.\\")) return false;  // a device or a pipe
+  const DWORD attributes = ::GetFileAttributesW(path.c_str());
+  return attributes != INVALID_FILE_ATTRIBUTES && !(attributes & FILE_ATTRIBUTE_DIRECTORY);
+}
+
+bool isSameFile(const wchar_t* a, const wchar_t* b) {
+  std::error_code none;
+  return std::filesystem::equivalent(systemPath(a), systemPath(b), none);
 }
 
 }  // namespace tovin::platform

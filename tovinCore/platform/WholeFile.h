@@ -15,4 +15,9 @@ TOVINCORE_API bool pathExists(const wchar_t* name);
 /// then as it was.
 TOVINCORE_API bool replaceFile(const wchar_t* name, std::string_view bytes);
 
+/// The same for a file that a user names: no folder is made, a new file has the permissions that new files
+/// have, and what is no file of bytes (a device, a pipe) is written as it is. The reason of a failure is
+/// lastFailure().
+TOVINCORE_API bool placeFile(const wchar_t* name, std::string_view bytes);
+
 }  // namespace tovin::platform

@@ -15,13 +15,17 @@ namespace fs = std::filesystem;
 
 constexpr int attempts = 100;
 
-bool writeAll(intptr_t file, std::string_view bytes) {
+bool writeBytes(intptr_t file, std::string_view bytes) {
   while (!bytes.empty()) {
     const int64_t put = writeFile(file, bytes.data(), bytes.size());
     if (put <= 0) return false;
     bytes.remove_prefix(static_cast<size_t>(put));
   }
-  return ::FlushFileBuffers(reinterpret_cast<HANDLE>(file)) != 0;
+  return true;
+}
+
+bool writeAll(intptr_t file, std::string_view bytes) {
+  return writeBytes(file, bytes) && ::FlushFileBuffers(reinterpret_cast<HANDLE>(file)) != 0;
 }
 
 // A new file beside the target; -1 when there can be none.
@@ -51,6 +55,22 @@ std::wstring targetOf(const std::wstring& path) {
   return none ? path : target.native();
 }
 
+// The reason of a failure stays the last one.
+bool replace(const std::wstring& target, std::string_view bytes) {
+  std::wstring temporary;
+  const intptr_t file = createBeside(target, temporary);
+  if (file == -1) return false;
+  const bool written = writeAll(file, bytes);
+  const DWORD reason = ::GetLastError();
+  closeFile(file);
+  if (!written) ::SetLastError(reason);
+  if (written && moveOver(temporary, target)) return true;
+  const DWORD last = ::GetLastError();
+  ::DeleteFileW(temporary.c_str());
+  ::SetLastError(last);
+  return false;
+}
+
 }  // namespace
 
 bool pathExists(const wchar_t* name) {
@@ -61,14 +81,17 @@ bool replaceFile(const wchar_t* name, std::string_view bytes) {
   const std::wstring target = targetOf(systemPath(name));
   std::error_code failed;
   fs::create_directories(fs::path(target).parent_path(), failed);
-  std::wstring temporary;
-  const intptr_t file = createBeside(target, temporary);
+  return replace(target, bytes);
+}
+
+bool placeFile(const wchar_t* name, std::string_view bytes) {
+  const std::wstring target = targetOf(systemPath(name));
+  if (!pathExists(name) || isRegularFile(name)) return replace(target, bytes);
+  const intptr_t file = openFile(name, OpenMode::write);
   if (file == -1) return false;
-  const bool written = writeAll(file, bytes);
+  const bool written = writeBytes(file, bytes);
   closeFile(file);
-  const bool done = written && moveOver(temporary, target);
-  if (!done) ::DeleteFileW(temporary.c_str());
-  return done;
+  return written;
 }
 
 }  // namespace tovin::platform

@@ -73,9 +73,10 @@ class ZTBASECLIENT_API ztSoapUtils {
   ///   request failed. What the progress function throws comes out as it was.
   /// \param jobId null for no job: the section is left out.
   /// \param flag false to wait for the server's consent before the body is sent (100 Continue).
+  /// \param sentPath what the server is told as the file's path; null for the path itself.
   static void UploadViaCGI(const wchar_t* filePath, const wchar_t* fileName, const wchar_t* jobId,
                            const wchar_t* sessionId, bool flag, const wchar_t* url,
-                           const UploadProgress& progress = {});
+                           const UploadProgress& progress = {}, const wchar_t* sentPath = nullptr);
 
  private:
   static void GetUploadCgiError(CHttp& http, tovin::WideString& message);

@@ -26,6 +26,7 @@ struct Form {
   int64_t size;
   const wchar_t* url;
   const ztSoapUtils::UploadProgress& progress;
+  const wchar_t* sentPath;
 };
 
 // The file is read and compressed piece by piece, straight into the request's body. Each step says whether
@@ -75,13 +76,13 @@ class Upload {
   bool append(std::string_view bytes) { return succeeded(http_.AppendData(bytes.data(), bytes.size())); }
 
   bool sendFile() {
-    const std::string path = tovin::wideToUtf8(form_.filePath);
+    const std::string path = tovin::wideToUtf8(form_.sentPath);
     if (!succeeded(http_.AddPostSection("file", "application/octet-stream", path.c_str(), "deflate")))
       return false;
     compress_.Reset();
     ztFile file;
     if (!file.Open(form_.filePath, ztFile::ForReading)) {
-      throw tovin::Exception(L"Unable to open file %ls", form_.filePath);
+      throw ztFile::OpenFailure(L"Unable to open file %ls", form_.filePath);
     }
     return sendPieces(file) && sendPacked(0);
   }
@@ -145,13 +146,14 @@ class Upload {
 
 void ztSoapUtils::UploadViaCGI(const wchar_t* filePath, const wchar_t* fileName, const wchar_t* jobId,
                                const wchar_t* sessionId, bool flag, const wchar_t* url,
-                               const UploadProgress& progress) {
+                               const UploadProgress& progress, const wchar_t* sentPath) {
   std::optional<CHttp> http;
   std::optional<Upload> upload;
   try {
     http.emplace(1);
     const int64_t size = flag ? CHttp::Chunked : CHttp::ChunkedAfterContinue;
-    upload.emplace(*http, Form{filePath, fileName, jobId, sessionId, size, url, progress});
+    upload.emplace(*http, Form{filePath, fileName, jobId, sessionId, size, url, progress,
+                               sentPath ? sentPath : filePath});
     upload->run();
   } catch (tovin::Exception& e) {
     if (upload) upload->rethrowThrown();

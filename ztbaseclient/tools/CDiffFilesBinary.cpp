@@ -20,7 +20,7 @@ constexpr unsigned blockSize = 255;
 constexpr unsigned pieceSize = 512 * blockSize;
 
 void open(ztFile& file, const wchar_t* name) {
-  if (!file.Open(name, ztFile::ForReading)) throw tovin::Exception(L"Unable to open file %ls", name);
+  if (!file.Open(name, ztFile::ForReading)) throw ztFile::OpenFailure(L"Unable to open file %ls", name);
 }
 
 // The report is 8-bit text.

@@ -48,6 +48,8 @@ tovin::iNode* CWsdlParser::requireRoot() const {
   return state_->root.get();
 }
 
+const tovin::iNode* CWsdlParser::GetRoot() const noexcept { return state_->root.get(); }
+
 bool CWsdlParser::HasParsedWsdl() const noexcept { return state_->hasParsed; }
 
 void CWsdlParser::setWsdlUrl(const wchar_t* url) {

@@ -95,6 +95,8 @@ class ZTBASECLIENT_API CWsdlParser {
   void SetBackwardCompatible70(bool compatible) noexcept;
   /// In the order in which loading them finished.
   const tovin::Array<ExternalSchemaRecord>& GetExternalSchemas() const noexcept;
+  /// The document's root; null without one.
+  const tovin::iNode* GetRoot() const noexcept;
   /// Whether the schema has children at all.
   bool importExternalSchemaElements(const CSchema& schema);
   ///@}

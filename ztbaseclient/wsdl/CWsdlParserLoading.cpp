@@ -8,6 +8,7 @@
 #include "tovinCore/Utf8.h"
 #include "tovinCore/platform/Files.h"
 #include "ztbaseclient/wsdl/CSchema.h"
+#include "ztbaseclient/wsdl/ReferencePlace.h"
 #include "ztbaseclient/wsdl/WsdlParserState.h"
 #include "ztcore/ztFileName.h"
 
@@ -22,15 +23,15 @@ bool nameContains(const iNode& node, std::wstring_view word) {
   return node.getName() && std::wstring_view(node.getName()).find(word) != std::wstring_view::npos;
 }
 
+tovin::WideString writtenLocation(const iNode& reference) {
+  const tovin::WideString location = attributeText(&reference, L"schemalocation");
+  return location.isNull() ? attributeText(&reference, L"location") : location;
+}
+
 // A file name is real text, where the document keeps one character a byte.
 tovin::WideString locationOf(const iNode& reference) {
-  tovin::WideString location = attributeText(&reference, L"schemalocation");
-  if (location.isNull()) location = attributeText(&reference, L"location");
-  std::string bytes;
-  for (const wchar_t c : location.view()) bytes += static_cast<char>(c);
-  bool cutShort = false;
-  if (!location.isNull() && tovin::isValidUtf8(bytes, cutShort)) location = tovin::utf8ToWide(bytes);
-  return location;
+  const tovin::WideString location = writtenLocation(reference);
+  return location.isNull() ? location : tovin::WideString(tovin::charactersOfBytes(location.view()));
 }
 
 tovin::Ptr<iNode> readSchemaFile(const tovin::WideString& name) {
@@ -108,11 +109,31 @@ class CWsdlParser::SchemaLoader {
     }
     record.schemaNamespace.setUrl(attributeText(&child, L"namespace"));
     requireNear(file, wsdlFileName_);
-    record.root = readSchemaFile(record.fileName);
+    record.root = readReferred(child, location, record.fileName);
+    record.location = location;
     // Known before its own references are followed, so that files which import each other come to an end.
     known_.emplace(folded(record.fileName.view()), record.root);
     if (included) state_.schemas.addInclusion(includer, record.root.get());
     visits_.push_back({record.root, 0, record, included});
+  }
+
+  // A failure tells the file as the reference names it, and where the reference stands.
+  tovin::Ptr<iNode> readReferred(const iNode& reference, const tovin::WideString& location,
+                                 const tovin::WideString& file) {
+    try {
+      return readSchemaFile(file);
+    } catch (tovin::Exception& e) {
+      const auto& record = visits_.back().record;
+      const ReferencePlace place = record
+                                       ? findReference(record->fileName, writtenLocation(reference))
+                                       : findReference(state_.xml.getRawBytes(), writtenLocation(reference));
+      const std::wstring includer = record ? record->location.c_str() : wsdlFileName_ ? wsdlFileName_ : L"";
+      e.setFile(location.c_str());
+      e.setOrigin(tovin::format(L"%ls by %ls%ls",
+                                nameContains(reference, L"include") ? L"included" : L"imported",
+                                includer.empty() ? L"the document" : includer, place.text()));
+      throw;
+    }
   }
 
   // The root of a file that was read before; null if none.

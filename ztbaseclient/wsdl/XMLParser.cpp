@@ -100,6 +100,14 @@ void CWsdlParser::XMLParser::rethrowFailure() {
   if (failure_) std::rethrow_exception(std::exchange(failure_, nullptr));
 }
 
+void CWsdlParser::XMLParser::throwParseError() const {
+  const char* fault =
+      addsTooMuch_ ? "definitions and entities add too much" : XML_ErrorString(XML_GetErrorCode(expat_));
+  throw tovin::Exception(L"Parse error: %hs", fault)
+      .setPlace(static_cast<int64_t>(XML_GetCurrentLineNumber(expat_)),
+                static_cast<int64_t>(XML_GetCurrentColumnNumber(expat_)) + 1);
+}
+
 // Feeds pieces until read(piece, size) gives none; what expat took is kept.
 template <class Read>
 tovin::iNode* CWsdlParser::XMLParser::parsePieces(Read&& read) {
@@ -113,10 +121,7 @@ tovin::iNode* CWsdlParser::XMLParser::parsePieces(Read&& read) {
     raw_.items().insert(raw_.end(), piece, piece + count);
     if (!taken && count > 0) cutRawBytes(raw_.getSize() - count);
     rethrowFailure();
-    if (addsTooMuch_) throw tovin::Exception(L"Parse error: definitions and entities add too much");
-    if (status != XML_STATUS_OK) {
-      throw tovin::Exception(L"Parse error: %hs", XML_ErrorString(XML_GetErrorCode(expat_)));
-    }
+    if (addsTooMuch_ || status != XML_STATUS_OK) throwParseError();
   }
   return root_.get();
 }
@@ -157,9 +162,14 @@ tovin::iNode* CWsdlParser::XMLParser::parseFile(const wchar_t* fileName, int mod
     prepare();
     ztFile file;
     if (!file.Open(fileName, mode, ztFile::Encoding::Bytes, true)) {
-      throw tovin::Exception(L"Unable to open file");
+      throw ztFile::OpenFailure(L"Unable to open file", fileName);
     }
-    return parsePieces([&](unsigned char* piece, unsigned size) { return size_t{file.Read(piece, size)}; });
+    try {
+      return parsePieces([&](unsigned char* piece, unsigned size) { return size_t{file.Read(piece, size)}; });
+    } catch (tovin::Exception& e) {
+      e.setFile(fileName);
+      throw;
+    }
   });
 }
 

@@ -20,7 +20,8 @@ struct XML_ParserStruct;
 /// - Ownership: holds one reference to the root until reset(); parse() lends it.
 /// - Attributes whose names differ by ASCII case only refuse the document: "Property %ls already exists\n".
 /// - What is not written but comes from definitions and entities is bounded: beyond, the document is refused.
-/// - Errors: "Unable to open file", "Parse error: %hs" from a file. Bytes that are no XML raise nothing: what
+/// - Errors: "Unable to open file", "Parse error: %hs" from a file, with file, line and column. Bytes that
+/// are no XML raise nothing: what
 ///   was built before the fault is the answer, null if that is nothing.
 /// - One document: a second parse needs a reset() in between.
 class ZTBASECLIENT_API CWsdlParser::XMLParser {
@@ -62,6 +63,7 @@ class ZTBASECLIENT_API CWsdlParser::XMLParser {
   void cutRawBytes(size_t good);
   void stop();
   void rethrowFailure();
+  [[noreturn]] void throwParseError() const;
   template <class Body>
   void protect(Body&& body);
   bool addsTooMuch(const char* name, const char** attributes);

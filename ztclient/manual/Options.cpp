@@ -1,5 +1,8 @@
 #include "ztclient/manual/Options.h"
 
+#include "ztclient/arguments/Arguments.h"
+#include "ztclient/arguments/HelpText.h"
+
 namespace {
 
 void visitBelow(const CLI::App& app, const std::string& path,
@@ -23,12 +26,25 @@ std::string longName(const CLI::Option& option) {
   return option.get_lnames().empty() ? std::string() : "--" + option.get_lnames().front();
 }
 
-bool takesValue(const CLI::Option& option) { return option.get_items_expected_max() > 0; }
-
-// The parser tells them in the type's name: "TEXT:{nodes,properties}".
-std::vector<std::string> choicesOf(const CLI::Option& option) {
-  const std::string type = option.get_type_name();
-  const size_t begin = type.find('{'), end = type.find('}');
-  if (begin == std::string::npos || end == std::string::npos) return {};
-  return CLI::detail::split(type.substr(begin + 1, end - begin - 1), ',');
+std::vector<CompletionRow> completionTable(const CLI::App& app) {
+  std::vector<CompletionRow> table;
+  forCommands(app, [&](const CLI::App& command, const std::string& path) {
+    for (const CLI::Option* option : command.get_options()) {
+      const std::string value = describe::valueName(*option);
+      CompletionRow row{path, longName(*option), "", option->get_description(), CompletionRow::flag, {},
+                        false};
+      if (!option->get_snames().empty()) row.shortName = "-" + option->get_snames().front();
+      row.words = arguments::wordsOf(*option);
+      row.repeated = option->get_items_expected_max() > 1;
+      if (option->get_positional()) row.description = option->get_name();
+      if (!row.words.empty())
+        row.kind = CompletionRow::words_;
+      else if (value == "FILE" || value == "OUT")
+        row.kind = CompletionRow::file;
+      else if (!value.empty())
+        row.kind = CompletionRow::other;
+      table.push_back(std::move(row));
+    }
+  });
+  return table;
 }

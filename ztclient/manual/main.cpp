@@ -6,19 +6,21 @@
 #include "ztclient/manual/ManPage.h"
 
 int main(int argc, char** argv) {
-  if (argc != 2) {
-    std::cerr << "usage: ztclientManual FOLDER\n";
+  if (argc != 3) {
+    std::cerr << "usage: ztclientManual FOLDER DATE\n";
     return 2;
   }
   int status = commands::done;
   CLI::App app("", "ztclient");
   commands::addAll(app, status);
   const std::string folder = argv[1];
-  std::ofstream page(folder + "/ztclient.1"), bash(folder + "/ztclient.bash"), zsh(folder + "/_ztclient");
-  writeManPage(page, app);
+  std::ofstream page(folder + "/ztclient.1"), bash(folder + "/ztclient.bash"), zsh(folder + "/_ztclient"),
+      fish(folder + "/ztclient.fish");
+  writeManPage(page, app, argv[2]);
   writeBashCompletion(bash, app);
   writeZshCompletion(zsh, app);
-  if (page.flush() && bash.flush() && zsh.flush()) return commands::done;
+  writeFishCompletion(fish, app);
+  if (page.flush() && bash.flush() && zsh.flush() && fish.flush()) return commands::done;
   std::cerr << "ztclientManual: cannot write to " << folder << '\n';
   return commands::trouble;
 }

@@ -4,7 +4,7 @@
 
 #include "tests/ztbaseclient/wsdl/Wsdl.h"
 #include "ztbaseclient/wsdl/ExternalSchemaRecord.h"
-#include "ztclient/Document.h"
+#include "ztclient/answers/ByteText.h"
 
 namespace {
 

@@ -2,7 +2,7 @@
 #include "tests/ztbaseclient/wsdl/Wsdl.h"
 #include "ztbaseclient/wsdl/ExternalSchemaRecord.h"
 #include "ztbaseclient/wsdl/XMLParser.h"
-#include "ztclient/Document.h"
+#include "ztclient/answers/ByteText.h"
 
 namespace {
 

@@ -2,7 +2,7 @@
 
 #include <sstream>
 
-#include "ztclient/WsdlJson.h"
+#include "ztclient/answers/WsdlJson.h"
 
 namespace wsdl {
 

@@ -6,7 +6,7 @@
 #include "ztbaseclient/wsdl/CCustomType.h"
 #include "ztbaseclient/wsdl/CPort.h"
 #include "ztbaseclient/wsdl/CWsdlParser.h"
-#include "ztclient/Json.h"
+#include "ztclient/answers/Json.h"
 
 /// WSDL documents as tests write them.
 namespace wsdl {

@@ -1,0 +1,142 @@
+#include "ztclient/input/Document.h"
+
+#include <algorithm>
+#include <cwchar>
+#include <vector>
+
+#include "tovinCore/Utf8.h"
+#include "tovinCore/platform/Paths.h"
+#include "ztbaseclient/framework/StreamPrimitives.h"
+#include "ztbaseclient/node/CBaseNode.h"
+#include "ztbaseclient/node/CObjectTransportNode.h"
+#include "ztbaseclient/wsdl/XMLParser.h"
+#include "ztclient/input/Source.h"
+#include "ztclient/terminal/Messages.h"
+#include "ztcore/ztMemoryStreams.h"
+
+namespace {
+
+// The longest form of a compact integer.
+constexpr size_t versionSize = 5;
+
+// The long forms of a compact integer: every node record begins with one.
+bool beginsRecord(std::string_view head) { return !head.empty() && head[0] >= 1 && head[0] <= 3; }
+
+tovin::Ptr<tovin::iNode> makeNodeFor(std::string_view head) {
+  ztMemoryByteInputStream stream(head.data(), head.size());
+  int32_t version = 0;
+  ReadCompactInt(stream, version);
+  const bool transport = version == CObjectTransportNode::OBJECT_TRANSPORT_NODE_VERSION ||
+                         version == CObjectTransportNode::OLD_OBJECT_TRANSPORT_NODE_VERSION;
+  if (transport) return CObjectTransportNode::allocate();
+  return CBaseNode::allocate();
+}
+
+// What comes out of a pipe may have no end.
+void refuseRest(Source& source) {
+  constexpr size_t mostCounted = size_t{1} << 20;
+  std::vector<char> rest(mostCounted);
+  const size_t count = source.read(rest.data(), rest.size());
+  if (count == mostCounted)
+    throw tovin::Exception(L"More than %d bytes stand behind the record", mostCounted - 1);
+  if (count > 0) throw tovin::Exception(L"%d bytes stand behind the record", count);
+}
+
+tovin::Ptr<tovin::iNode> readRecord(Source& source) {
+  tovin::Ptr<tovin::iNode> root = makeNodeFor(source.head(versionSize));
+  root->deserialize(source);
+  refuseRest(source);
+  return root;
+}
+
+bool isAscii(const wchar_t* text) {
+  return std::all_of(text, text + std::wcslen(text), [](wchar_t c) { return c < 0x80; });
+}
+
+void makeCharacters(tovin::iProperty& property) {
+  const tovin::WideString text = property.getValue().getText();
+  if (!text.isNull() && !isAscii(text.c_str()))
+    property.setValue(tovin::charactersOfBytes(text.view()).c_str());
+}
+
+// Most names and texts are ASCII, and stay untouched.
+void makeCharacters(tovin::iNode& node) {
+  if (node.getName() && !isAscii(node.getName()))
+    node.setName(tovin::charactersOfBytes(node.getName()).c_str());
+  if (!node.hasProperties()) return;
+  tovin::iPropertyCollection& properties = *node.getProperties();
+  for (unsigned i = 0; i < properties.getSize(); ++i) {
+    makeCharacters(*properties.get(i));
+    const std::wstring name = properties.get(i)->getName();
+    if (!isAscii(name.c_str())) properties.rename(name.c_str(), tovin::charactersOfBytes(name).c_str());
+  }
+}
+
+tovin::Ptr<tovin::iNode> readXml(Source& source) {
+  CWsdlParser::XMLParser parser;
+  tovin::Ptr<tovin::iNode> root(parser.parse(source));
+  if (!root) throw tovin::Exception(L"There is no document in the file");
+  walk(*root, [](const tovin::iNode& node, size_t) { makeCharacters(const_cast<tovin::iNode&>(node)); });
+  return root;
+}
+
+// Calls read; a failure that does not say what file it is about gets the name.
+template <class Read>
+auto naming(const std::string& file, Read&& read) {
+  try {
+    return read();
+  } catch (tovin::Exception& e) {
+    if (e.getFile().empty()) e.setFile(tovin::platform::fileName(file));
+    throw;
+  }
+}
+
+}  // namespace
+
+tovin::Ptr<tovin::iNode> readDocument(const std::string& file) {
+  return naming(file, [&] {
+    Source source(file);
+    return beginsRecord(source.head(1)) ? readRecord(source) : readXml(source);
+  });
+}
+
+void walk(const tovin::iNode& root, const std::function<void(const tovin::iNode&, size_t)>& visit) {
+  struct Step {
+    const tovin::iNode* node;
+    unsigned next;
+  };
+  std::vector<Step> steps{{&root, 0}};
+  visit(root, 0);
+  while (!steps.empty()) {
+    Step& step = steps.back();
+    if (step.next == step.node->getNumberOfChildren()) {
+      steps.pop_back();
+      continue;
+    }
+    const tovin::iNode* child = step.node->getChildAt(step.next++);
+    visit(*child, steps.size());
+    steps.push_back({child, 0});
+  }
+}
+
+void loadWsdl(CWsdlParser& parser, const std::string& file) {
+  if (file != "-") {
+    messages::note("reads " + file);
+    return parser.Parse(tovin::WideString(tovin::platform::fileName(file)));
+  }
+  naming(file, [&] {
+    Source source(file);
+    parser.Parse(source);
+  });
+}
+
+tovin::Exception withCharacters(const tovin::Exception& e) {
+  tovin::Exception out(tovin::charactersOfBytes(e.getMessage()).c_str());
+  out.setFile(e.getFile())
+      .setPlace(e.getLine(), e.getColumn())
+      .setReason(e.getReason())
+      .setOrigin(e.getOrigin());
+  for (const tovin::CatchEntry& entry : e.getTrail())
+    out.appendMessage(entry.catchClass, entry.className, entry.method);
+  return out;
+}
