@@ -6,31 +6,15 @@
 
 #include "tovinCore/Utf8.h"
 #include "tovinCore/platform/Paths.h"
-#include "ztbaseclient/framework/StreamPrimitives.h"
-#include "ztbaseclient/node/CBaseNode.h"
-#include "ztbaseclient/node/CObjectTransportNode.h"
+#include "ztbaseclient/node/NodeRecord.h"
 #include "ztbaseclient/wsdl/XMLParser.h"
 #include "ztclient/input/Source.h"
 #include "ztclient/terminal/Messages.h"
-#include "ztcore/ztMemoryStreams.h"
 
 namespace {
 
-// The longest form of a compact integer.
-constexpr size_t versionSize = 5;
-
 // The long forms of a compact integer: every node record begins with one.
 bool beginsRecord(std::string_view head) { return !head.empty() && head[0] >= 1 && head[0] <= 3; }
-
-tovin::Ptr<tovin::iNode> makeNodeFor(std::string_view head) {
-  ztMemoryByteInputStream stream(head.data(), head.size());
-  int32_t version = 0;
-  ReadCompactInt(stream, version);
-  const bool transport = version == CObjectTransportNode::OBJECT_TRANSPORT_NODE_VERSION ||
-                         version == CObjectTransportNode::OLD_OBJECT_TRANSPORT_NODE_VERSION;
-  if (transport) return CObjectTransportNode::allocate();
-  return CBaseNode::allocate();
-}
 
 // What comes out of a pipe may have no end.
 void refuseRest(Source& source) {
@@ -43,8 +27,7 @@ void refuseRest(Source& source) {
 }
 
 tovin::Ptr<tovin::iNode> readRecord(Source& source) {
-  tovin::Ptr<tovin::iNode> root = makeNodeFor(source.head(versionSize));
-  root->deserialize(source);
+  tovin::Ptr<tovin::iNode> root = ReadNodeRecord(source);
   refuseRest(source);
   return root;
 }
