@@ -1,7 +1,6 @@
 #include "tovinCore/CriticalSection.h"
 
 #include <chrono>
-#include <system_error>
 
 #include "tovinCore/Exception.h"
 
@@ -17,7 +16,7 @@ bool CriticalSection::wait(long timeout) noexcept try {
     }
   }
   return true;
-} catch (const std::system_error&) {
+} catch (...) {
   return false;  // the system has no lock to sleep on
 }
 
@@ -25,7 +24,7 @@ void CriticalSection::wake() noexcept {
   // Taking the mutex makes sure that a waiter which marked the lock contended is asleep by now.
   try {
     const std::lock_guard<std::mutex> held(mutex_);
-  } catch (const std::system_error&) {
+  } catch (...) {
     // A waiter that is not asleep yet sleeps until its time-out then.
   }
   woken_.notify_one();

@@ -115,7 +115,9 @@ int compareUnits(std::wstring_view a, std::wstring_view b) noexcept {
   const size_t common = std::min(a.size(), b.size());
   size_t same = 0;
   while (same < common && a[same] == b[same]) ++same;
-  UnitCursor left(a.substr(same)), right(b.substr(same));
+  a.remove_prefix(same);
+  b.remove_prefix(same);
+  UnitCursor left(a), right(b);
   for (;;) {
     const int x = left.next(), y = right.next();
     if (x != y || x < 0) return x - y;
