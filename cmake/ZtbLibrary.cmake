@@ -26,9 +26,10 @@ function(ztb_library)
 
   add_library(${ARG_NAME} SHARED ${ARG_SOURCES})
   add_library(ztbaseclient::${ARG_NAME} ALIAS ${ARG_NAME})
-  # An old standard would fail at many places; this one says what to do.
+  # With an old standard the headers would fail at many places: this one says what to do, and the file that is not there
+  # ends the compilation.
   set(ztb_needs_standard
-      "#if defined(__cplusplus) && __cplusplus < 202002L && !defined(_MSVC_LANG)\n#error \"ztbaseclient is C++20: compile with -std=c++20 or later\"\n#endif")
+      "#if defined(__cplusplus) && __cplusplus < 202002L && !defined(_MSVC_LANG)\n#error \"ztbaseclient is C++20: compile with -std=c++20 or later\"\n#include \"compile with -std=c++20\"\n#endif")
   generate_export_header(
     ${ARG_NAME}
     BASE_NAME ${upper_name}

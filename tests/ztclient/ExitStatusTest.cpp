@@ -225,6 +225,33 @@ TEST(Messages, ArePutTogetherFromPlaceTextAndReason) {
         "ztclient tree: z: 4 bytes stand behind the record\n"}});
 }
 
+// The exception's text stays in the answer; what else there is to say is said beside it, once.
+TEST(Service, NamesWhatIsMissingAndWhatIsLeftOut) {
+  const testsupport::Shell shell;
+  const std::string open =
+      "<definitions xmlns='http://schemas.xmlsoap.org/wsdl/' xmlns:x='http://www.w3.org/2001/XMLSchema' "
+      "xmlns:s='http://schemas.xmlsoap.org/wsdl/soap/' targetNamespace='urn:t' xmlns:t='urn:t'>\n";
+  shell.write("imp.wsdl",
+              open +
+                  "<import namespace='u' location='o.wsdl'/><types>\n<x:schema targetNamespace='urn:t'>"
+                  "<x:include schemaLocation='notthere.xsd'/></x:schema></types><message name='M'><part "
+                  "name='p' type='t:a'/>"
+                  "<part name='q' type='t:b'/></message><portType name='P'><operation name='o'><input "
+                  "message='t:M'/></operation>"
+                  "</portType><binding name='B' type='t:P'><operation name='o'/></binding><service "
+                  "name='S'/><service name='L'>"
+                  "<port binding='t:B'><s:address location='x'/></port></service></definitions>");
+  const std::string warning = "ztclient wsdl: 1 import is not followed, 1 further service (S) is not shown\n";
+  const std::string failure =
+      "ztclient wsdl: notthere.xsd: Unable to open file: No such file or directory (included by "
+      "imp.wsdl:3:38)\n";
+  shell.check({{"ztclient wsdl imp.wsdl --types", 0,
+                "…service L\n…cannot be resolved: Unable to open file\n…", warning + failure},
+               {"ztclient wsdl imp.wsdl --types --json | grep -c '\"error\": \"Unable to open file\"'", 0,
+                "2\n", warning + failure},
+               {"ztclient wsdl -q imp.wsdl | head -2", 0, "target namespace urn:t\nservice L\n", ""}});
+}
+
 TEST(Record, TakesThePlaceOfAnOldOneWhole) {
   const testsupport::Shell shell;
   shell.write("a.xml", "<a n='Zürich €'><näme/></a>");

@@ -48,9 +48,27 @@ TEST(Upload, ArrivesWholeUnderItsNameAndRefusalsTellWhy) {
     EXPECT_EQ(received->file, bytes);
     EXPECT_LT(received->encodedSize, bytes.size() / 10);
   }
+  // Nothing that is read from a pipe tells the server where it lies meanwhile.
+  shell.check({{"ZTCLIENT_SESSION=s2 ztclient upload - --name n --url " + url + " <'big file'", 0, "", ""}});
+  const auto piped = server.received();
+  ASSERT_TRUE(piped);
+  EXPECT_EQ(piped->session, "s2");
+  EXPECT_EQ(piped->path, "n");
+  EXPECT_EQ(piped->file, bytes);
   const auto refused = shell.run("ztclient upload 'big file' --session s1 --url " + server.url() + "/other");
   EXPECT_EQ(refused.status, 2);
   EXPECT_EQ(refused.err, "ztclient upload: Unable to upload big file: Only uploads are taken here\n");
+}
+
+TEST(Session, GoesPastProxiesToItsOwnServerAndLeavesNothing) {
+  const testsupport::Shell shell;
+  shell.check({{"export TMPDIR=$PWD/t http_proxy=http://127.0.0.1:1 ALL_PROXY=http://127.0.0.1:1; mkdir t; "
+                "ztclient session | grep -c '^[1-8]. '; ls -A t",
+                0, "8\n", ""},
+               {"export TMPDIR=$PWD/t; for signal in INT TERM KILL; do " ZTB_COMMAND
+                " log - < <(sleep 5) & sleep .2; kill -$signal $!; wait $!; done 2>/dev/null; ls -A t; "
+                "(" ZTB_COMMAND " session & kill -TERM $!; wait $!) >/dev/null 2>&1; ls -A t",
+                0, "", ""}});
 }
 
 TEST(Upload, ByTheExampleArrivesWhole) {

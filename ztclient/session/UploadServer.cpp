@@ -104,6 +104,7 @@ std::string withoutLineEnd(std::string text) {
 
 void takeFile(const FormSection& section, UploadServer::Received& received) {
   received.encoding = section.header("Content-Encoding");
+  received.path = section.parameter("filename");
   received.encodedSize = section.content.size();
   received.file = received.encoding == "deflate" ? inflated(section.content) : section.content;
 }

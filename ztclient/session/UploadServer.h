@@ -25,6 +25,8 @@ class UploadServer {
   struct Received {
     std::string fileName;
     std::string session;
+    /// What the client calls the file in the section itself.
+    std::string path;
     std::optional<std::string> job;
     /// The file as it was before it was compressed.
     std::string file;
