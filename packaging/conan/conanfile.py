@@ -15,7 +15,7 @@ class ZtbaseclientConan(ConanFile):
     # A static archive would drop the registrations of classes that nobody names.
     package_type = "shared-library"
     settings = "os", "arch", "compiler", "build_type"
-    requires = "expat/[>=2.5]", "libcurl/[>=7.88]", "libgcrypt/[>=1.8]", "zlib/[>=1.2.13]"
+    requires = "expat/[>=2.5]", "libcurl/[>=7.88]", "zlib/[>=1.2.13]"
     generators = "CMakeDeps"
 
     def export_sources(self):
