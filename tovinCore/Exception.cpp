@@ -17,6 +17,7 @@ struct Exception::State {
   std::wstring origin;
   int64_t line = 0;
   int64_t column = 0;
+  bool mayPass = false;
 
   void render() {
     text = wideToUtf8(message);
@@ -79,6 +80,13 @@ Exception& Exception::setPlace(int64_t line, int64_t column) {
 
 Exception& Exception::setReason(const std::wstring& reason) {
   editable().reason = reason;
+  return *this;
+}
+
+bool Exception::mayPass() const noexcept { return state_->mayPass; }
+
+Exception& Exception::setMayPass(bool mayPass) {
+  editable().mayPass = mayPass;
   return *this;
 }
 

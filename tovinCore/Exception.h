@@ -62,10 +62,13 @@ class TOVINCORE_API Exception : public std::exception {
   const std::wstring& getReason() const noexcept;
   /// "included by a.wsdl:3:5".
   const std::wstring& getOrigin() const noexcept;
+  /// Whether the same may succeed the next time: the system was short of something, or failed for once.
+  bool mayPass() const noexcept;
   Exception& setFile(const std::wstring& file);
   Exception& setPlace(int64_t line, int64_t column);
   Exception& setReason(const std::wstring& reason);
   Exception& setOrigin(const std::wstring& origin);
+  Exception& setMayPass(bool mayPass);
 
   /// Adds a guarded call to the trail. The names are kept as pointers.
   void appendMessage(CatchClass catchClass, const char* className, const char* method);

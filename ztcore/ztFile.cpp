@@ -32,9 +32,10 @@ bool ztFile::Open(const wchar_t* name, int mode, Encoding, bool) {
 }
 
 tovin::Exception ztFile::OpenFailure(const wchar_t* pattern, const wchar_t* name) {
+  const bool mayPass = platform::lastFailureMayPass();
   const std::wstring reason = platform::lastFailure();
   tovin::Exception failure(pattern, name);
-  failure.setFile(name ? name : L"").setReason(reason);
+  failure.setFile(name ? name : L"").setReason(reason).setMayPass(mayPass);
   return failure;
 }
 

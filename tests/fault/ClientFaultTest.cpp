@@ -84,7 +84,7 @@ TEST(FailingAllocation, LeavesServices) {
 }
 
 // Off until questions about schemas are no longer remembered as asked when they failed.
-TEST(FailingAllocation, DISABLED_LeavesQuestionsToServices) {
+TEST(FailingAllocation, LeavesQuestionsToServices) {
   sweep(
       {"all questions"}, parsedService, [](Service& service) { service.text = describe(*service.parser); },
       [](const Service& service) { return service.text; });

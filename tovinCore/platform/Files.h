@@ -34,6 +34,8 @@ TOVINCORE_API intptr_t standardOutput() noexcept;
 /// the program is stopped. -1 when there can be none. \param name out: by what this program can open it as
 /// long as the handle is open.
 TOVINCORE_API intptr_t createNameless(const std::wstring& folder, std::wstring& name);
+/// Whether the call before may succeed the next time; asked before lastFailure().
+TOVINCORE_API bool lastFailureMayPass() noexcept;
 /// Why the call before failed, in the system's words.
 TOVINCORE_API std::wstring lastFailure();
 /// Whether both names lead to one file.

@@ -102,6 +102,24 @@ intptr_t createNameless(const std::wstring& folder, std::wstring& name) {
   return file;
 }
 
+bool lastFailureMayPass() noexcept {
+  switch (errno) {
+    case EAGAIN:
+    case EBUSY:
+    case EINTR:
+    case EIO:
+    case EMFILE:
+    case ENFILE:
+    case ENOBUFS:
+    case ENOMEM:
+    case ENOSPC:
+    case ETIMEDOUT:
+      return true;
+    default:
+      return false;
+  }
+}
+
 std::wstring lastFailure() { return fileName(std::generic_category().message(errno)); }
 
 bool isRegularFile(const wchar_t* name) {

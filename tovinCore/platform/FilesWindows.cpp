@@ -107,6 +107,21 @@ intptr_t createNameless(const std::wstring& folder, std::wstring& name) {
   return -1;
 }
 
+bool lastFailureMayPass() noexcept {
+  switch (::GetLastError()) {
+    case ERROR_TOO_MANY_OPEN_FILES:
+    case ERROR_NOT_ENOUGH_MEMORY:
+    case ERROR_OUTOFMEMORY:
+    case ERROR_SHARING_VIOLATION:
+    case ERROR_LOCK_VIOLATION:
+    case ERROR_DISK_FULL:
+    case ERROR_IO_DEVICE:
+      return true;
+    default:
+      return false;
+  }
+}
+
 std::wstring lastFailure() {
   wchar_t text[512];
   const DWORD length = ::FormatMessageW(FORMAT_MESSAGE_FROM_SYSTEM | FORMAT_MESSAGE_IGNORE_INSERTS, nullptr,

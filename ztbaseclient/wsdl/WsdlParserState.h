@@ -46,7 +46,8 @@ class SharedReading {
   size_t count_ = 0;
 };
 
-// A fault of the document, which meets every later question too. What only lacked memory may be tried again.
+// A fault of the document, which meets every later question too. What only lacked memory, or what a file was
+// opened or read with, may be tried again.
 class RememberedFault {
  public:
   // From a handler: whether it is such a fault.
@@ -56,6 +57,7 @@ class RememberedFault {
     } catch (const tovin::MemoryException&) {
       return false;
     } catch (const tovin::Exception& e) {
+      if (e.mayPass()) return false;
       for (const tovin::CatchEntry& entry : e.getTrail()) {
         if (entry.catchClass == tovin::CatchClass::severe) return false;
       }
