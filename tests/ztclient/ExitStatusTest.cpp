@@ -244,7 +244,7 @@ TEST(Service, NamesWhatIsMissingAndWhatIsLeftOut) {
   const std::string warning = "ztclient wsdl: 1 import is not followed, 1 further service (S) is not shown\n";
   const std::string failure =
       "ztclient wsdl: notthere.xsd: Unable to open file: No such file or directory (included by "
-      "imp.wsdl:3:38)\n";
+      "imp.wsdl:3:35)\n";
   shell.check({{"ztclient wsdl imp.wsdl --types", 0,
                 "…service L\n…cannot be resolved: Unable to open file\n…", warning + failure},
                {"ztclient wsdl imp.wsdl --types --json | grep -c '\"error\": \"Unable to open file\"'", 0,

@@ -30,6 +30,7 @@ std::wstring essence(std::wstring message) {
     if (end == message.npos) break;
   }
   while (message.ends_with(L'\n')) message.pop_back();
+  if (message == L"std::bad_alloc") return L"There is not enough memory";  // as a guarded call hands it on
   return message;
 }
 
