@@ -17,13 +17,12 @@ endfunction()
 # programs are built, and installed with them.
 
 get_filename_component(ztb_compiler_dir ${CMAKE_CXX_COMPILER} DIRECTORY)
-execute_process(
-  COMMAND ${CMAKE_CXX_COMPILER} -print-file-name=libstdc++-6.dll
-  OUTPUT_VARIABLE ztb_runtime_dir
-  OUTPUT_STRIP_TRAILING_WHITESPACE)
-get_filename_component(ztb_runtime_dir ${ztb_runtime_dir} DIRECTORY)
-
 foreach(name IN ITEMS libstdc++-6 libgcc_s_seh-1 libwinpthread-1)
+  execute_process(
+    COMMAND ${CMAKE_CXX_COMPILER} -print-file-name=${name}.dll
+    OUTPUT_VARIABLE ztb_runtime_dll
+    OUTPUT_STRIP_TRAILING_WHITESPACE)
+  get_filename_component(ztb_runtime_dir ${ztb_runtime_dll} DIRECTORY)
   ztb_copy_dll(${name} ${ztb_runtime_dir} ${ztb_compiler_dir})
   install(FILES ${CMAKE_RUNTIME_OUTPUT_DIRECTORY}/${name}.dll DESTINATION ${CMAKE_INSTALL_BINDIR})
 endforeach()
