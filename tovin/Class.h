@@ -50,7 +50,7 @@ auto constructed(Make&& make) {
   } catch (const Exception&) {
     throw;
   } catch (...) {
-    throw Exception("Error when calling class constructor.");
+    throw Exception("Error when calling class constructor.").setMayPass(true);  // for want of memory
   }
 }
 

@@ -10,6 +10,7 @@
 #include <cerrno>
 #include <cstdarg>
 #include <functional>
+#include <utility>
 
 #include "tests/support/Bytes.h"
 #include "tests/support/TempFolder.h"
@@ -187,7 +188,10 @@ TEST_F(FileFault, SettingsAreReadAndReplacedOrAsTheyWere) {
   const std::wstring whole = write("whole", "before");
   sweep("replaceFile", [&] {
     if (!tovin::platform::replaceFile(whole.c_str(), "behind")) throw tovin::Exception(L"not replaced");
-    return folder_.read("whole");
+    const int left = std::exchange(callsLeft, -1);  // the test's own reading does not fail
+    std::string bytes = folder_.read("whole");
+    callsLeft = left;
+    return bytes;
   });
 }
 

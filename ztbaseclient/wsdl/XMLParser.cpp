@@ -104,6 +104,7 @@ void CWsdlParser::XMLParser::throwParseError() const {
   const char* fault =
       addsTooMuch_ ? "definitions and entities add too much" : XML_ErrorString(XML_GetErrorCode(expat_));
   throw tovin::Exception(L"Parse error: %hs", fault)
+      .setMayPass(XML_GetErrorCode(expat_) == XML_ERROR_NO_MEMORY)
       .setPlace(static_cast<int64_t>(XML_GetCurrentLineNumber(expat_)),
                 static_cast<int64_t>(XML_GetCurrentColumnNumber(expat_)) + 1);
 }
