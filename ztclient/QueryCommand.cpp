@@ -45,7 +45,8 @@ std::string utf8(std::wstring text) {
                         tovin::isLowSurrogate(static_cast<char16_t>(text[i + 1]));
     if (paired)
       ++i;
-    else if (text[i] <= 0xFFFF && (tovin::isHighSurrogate(unit) || tovin::isLowSurrogate(unit)))
+    else if (static_cast<uint32_t>(text[i]) >> 16 == 0 &&
+             (tovin::isHighSurrogate(unit) || tovin::isLowSurrogate(unit)))
       text[i] = L'\uFFFD';
   }
   return tovin::wideToUtf8(text);
