@@ -2,6 +2,7 @@
 
 #include "tests/support/Bytes.h"
 #include "tests/support/SocketServer.h"
+#include "tests/support/System.h"
 #include "tests/support/TempFolder.h"
 #include "ztcore/CHttp.h"
 
@@ -253,6 +254,7 @@ TEST_F(Http, RedirectionIsForItsRequestOnly) {
 }
 
 TEST_F(Http, ProxyAsksForDigest) {
+  if (answeredChallenges().back() != "digest") GTEST_SKIP() << "Digest is not answered here";
   const std::string challenge =
       answer("407 Proxy Authentication Required", "",
              "Proxy-Authenticate: Digest realm=\"p\", nonce=\"n\", qop=\"auth\"\r\n");
