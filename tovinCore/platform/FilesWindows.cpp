@@ -3,7 +3,9 @@
 #include <algorithm>
 #include <filesystem>
 #include <random>
+#include <system_error>
 
+#include "tovinCore/Utf8.h"
 #include "tovinCore/platform/Files.h"
 #include "tovinCore/platform/PathWindows.h"
 
@@ -122,10 +124,14 @@ bool lastFailureMayPass() noexcept {
   }
 }
 
+// In the words that other systems have for it too, where they have any.
 std::wstring lastFailure() {
+  const DWORD error = ::GetLastError();
+  const std::error_condition known = std::system_category().default_error_condition(static_cast<int>(error));
+  if (known.category() == std::generic_category()) return utf8ToWide(known.message());
   wchar_t text[512];
   const DWORD length = ::FormatMessageW(FORMAT_MESSAGE_FROM_SYSTEM | FORMAT_MESSAGE_IGNORE_INSERTS, nullptr,
-                                        ::GetLastError(), 0, text, 512, nullptr);
+                                        error, 0, text, 512, nullptr);
   std::wstring reason(text, length);
   while (!reason.empty() && (reason.back() == L'.' || reason.back() <= L' ')) reason.pop_back();
   return reason;
