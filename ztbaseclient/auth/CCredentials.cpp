@@ -40,6 +40,7 @@ CCredentials& CCredentials::operator=(const CCredentials& other) {
   CCredentials copy(other);
   roles_ = other.roles_;
   buffer_ = std::move(copy.buffer_);
+  isBodyRead_ = copy.isBodyRead_;
   header_ = copy.header_;
   body_ = std::move(copy.body_);
   return *this;

@@ -49,6 +49,13 @@ TEST(CredentialsString, HoldsWhatWasWrittenApartAndIsWrittenAgain) {
     EXPECT_EQ(describeAll(c), fields);
     c.DecryptBody();
     EXPECT_EQ(describeAll(c), fields) << "nothing is left to decipher";
+    CCredentials other(c);
+    other = CCredentials(golden(name).c_str());
+    other.DecryptBody();
+    EXPECT_EQ(describeAll(other), fields) << "assigned, it is still to be read";
+    other = c;
+    other.DecryptBody();
+    EXPECT_EQ(describeAll(other), fields) << "assigned, it was read";
     if (name.starts_with("format"))
       EXPECT_EQ(bytesOf(generate(c))[0], 2) << "an older one is written in the newer format";
     else
