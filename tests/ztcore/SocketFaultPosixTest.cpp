@@ -17,10 +17,8 @@ namespace {
 // Of the client's thread only: the server's calls go through.
 thread_local int callsLeft = -1;
 thread_local int errorOfCall = 0;
-thread_local int callsMade = 0;
 
 bool failsNow() {
-  ++callsMade;
   if (callsLeft < 0 || callsLeft-- > 0) return false;
   errno = errorOfCall;
   return true;
