@@ -52,6 +52,7 @@
 #include "ztbaseclient/tools/CConsoleEntry.h"
 #include "ztbaseclient/tools/CConsoleReader.h"
 #include "ztbaseclient/tools/CDiffFiles.h"
+#include "ztbaseclient/tools/FileDifferences.h"
 #include "ztbaseclient/tools/DiffInfo.h"
 #include "ztbaseclient/tools/InProcMonitor.h"
 #include "ztbaseclient/tools/ztChecksum.h"

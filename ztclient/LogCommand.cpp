@@ -3,13 +3,13 @@
 #include <iostream>
 #include <memory>
 #include <optional>
+#include <string>
+#include <string_view>
 #include <thread>
 
 #include "tovinCore/Exception.h"
-#include "tovinCore/Utf8.h"
 #include "tovinCore/platform/Console.h"
 #include "tovinCore/platform/Paths.h"
-#include "ztbaseclient/tools/CConsoleEntry.h"
 #include "ztbaseclient/tools/CConsoleReader.h"
 #include "ztclient/Commands.h"
 #include "ztclient/answers/Json.h"
@@ -29,36 +29,42 @@ struct Options {
   bool follow = false;
 };
 
-std::string utf8(const tovin::WideString& text) { return tovin::wideToUtf8(text.view()); }
-
 // What is printed goes out in large pieces, and all of it before the printer does.
 class Printer {
  public:
   explicit Printer(bool json) : json_(json) {}
   ~Printer() { flush(); }
 
-  void print(const CConsoleEntry& entry, int64_t position) {
-    json_ ? addJson(entry, position) : addText(entry);
+  /// False, and nothing is printed, when there is no entry, or none that is `wanted`.
+  template <class Wanted>
+  bool printNext(CConsoleReader& reader, Wanted&& wanted) {
+    const size_t before = text_.size();
+    if (!(json_ ? addJson(reader) : addText(reader)) || !wanted()) {
+      text_.resize(before);
+      return false;
+    }
     if (text_.size() >= pieceSize) flush();
+    return true;
   }
 
  private:
   static constexpr size_t pieceSize = size_t{1} << 16;
 
-  void addJson(const CConsoleEntry& entry, int64_t position) {
+  bool addJson(CConsoleReader& reader) {
     Json values = Json::array();
-    for (const auto& pair : entry.GetPairs()) values.push_back({utf8(pair.name), utf8(pair.value)});
-    text_ += toText({{"values", std::move(values)}, {"position", position}}) + '\n';
+    const auto add = [&](std::string_view name, std::string_view value) { values.push_back({name, value}); };
+    if (!reader.VisitNextEntry(add)) return false;
+    text_ += toText({{"values", std::move(values)}, {"position", reader.GetPosition()}}) + '\n';
+    return true;
   }
 
-  void addText(const CConsoleEntry& entry) {
-    for (const auto& pair : entry.GetPairs()) {
-      tovin::appendUtf8(text_, pair.name.view());
-      text_ += ": ";
-      tovin::appendUtf8(text_, pair.value.view());
-      text_ += '\n';
-    }
+  bool addText(CConsoleReader& reader) {
+    const auto add = [&](std::string_view name, std::string_view value) {
+      text_.append(name).append(": ").append(value).append("\n");
+    };
+    if (!reader.VisitNextEntry(add)) return false;
     text_ += '\n';
+    return true;
   }
 
   void flush() {
@@ -89,18 +95,15 @@ void show(const Options& options) {
   std::optional<ProgressBar> bar;
   if (!tovin::platform::isOutputTerminal())
     bar.emplace();  // else the entries themselves are to be seen there
-  CConsoleEntry entry;
   Printer printer(options.json);
-  while (reader->GetNextEntry(entry)) {
-    printer.print(entry, reader->GetPosition());
+  while (printer.printNext(*reader, [] { return true; })) {
     if (bar) bar->show(static_cast<uint64_t>(reader->GetPosition()), length);
   }
 }
 
 void printComplete(CConsoleReader& reader, bool json) {
-  CConsoleEntry entry;
   Printer printer(json);
-  while (reader.GetNextEntry(entry) && reader.WasEntryComplete()) printer.print(entry, reader.GetPosition());
+  while (printer.printNext(reader, [&] { return reader.WasEntryComplete(); })) continue;
   reader.Resume();
 }
 

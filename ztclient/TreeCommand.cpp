@@ -54,11 +54,6 @@ std::string onOneLine(std::string name) {
   return escaped.substr(1, escaped.size() - 2);
 }
 
-Json numberOf(double number) {
-  if (std::isfinite(number)) return number;
-  return std::isnan(number) ? "NaN" : number > 0 ? "Infinity" : "-Infinity";
-}
-
 Json valueOf(const tovin::Value& value) {
   if (const auto* text = as<tovin::StringValue>(value)) return textOrNull(text->getString());
   if (const auto* real = as<tovin::DoubleValue>(value)) return numberOf(real->getDouble());

@@ -93,6 +93,7 @@ void ztStringReader::Seek(int64_t position) {
   if (position < 0) throw tovin::Exception(L"Position %d lies before the beginning", position);
   position_ = position;
   inLongLine_ = false;
+  plainEnd_ = 0;
   if (file_) file_->Seek(position);
 }
 
@@ -151,6 +152,24 @@ int64_t ztStringReader::SkipPairs(ztStringReader& a, ztStringReader& b, const Pa
   a.position_ = a.file_->GetPosition();
   b.position_ = b.file_->GetPosition();
   return count;
+}
+
+std::string_view ztStringReader::PeekPlainLines() {
+  if (!file_ || inLongLine_ || file_->Is16Bit()) return {};
+  do {
+    const std::string_view plain = plainWindow();
+    const size_t last = plain.rfind('\n');
+    if (last != lines::none) return plain.substr(0, last + 1);
+  } while (growPlainWindow());
+  return {};
+}
+
+void ztStringReader::PassPlainLines(size_t length) {
+  if (length == 0) return;
+  file_->Consume(length);
+  position_ = file_->GetPosition();
+  hadLineEnd_ = true;
+  wasTooLong_ = false;
 }
 
 void ztStringReader::SkipLinesWithout(std::string_view text) {

@@ -58,6 +58,13 @@ class ZTCORE_API ztStringReader {
   static int64_t SkipPairs(ztStringReader& a, ztStringReader& b, const PairTest& test,
                            const std::function<void(int64_t position)>& watch = {});
 
+  /// The whole lines from here on that are plain (ASCII without zero bytes and carriage returns), as they
+  /// stand in the file; as many as are at hand, at least one if the next line is such a line of usual length.
+  /// They are passed over by PassPlainLines, up to behind any of their line feeds.
+  /// \return borrowed until the next call.
+  std::string_view PeekPlainLines();
+  void PassPlainLines(size_t length);
+
   /// Passes over lines that do not hold a text, which is ASCII without a line feed, at the speed of memory
   /// where it can; never over a last line without an end. What it does not pass over may be without it too.
   void SkipLinesWithout(std::string_view text);

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <string_view>
 #include <vector>
@@ -50,6 +51,12 @@ class ZTBASECLIENT_API CConsoleReader {
   /// False, with the entry empty, when the log has no more.
   bool GetNextEntry(CConsoleEntry& entry);
 
+  /// Takes a pair of an entry, in UTF-8, borrowed for the call.
+  using PairVisitor = std::function<void(std::string_view name, std::string_view value)>;
+  /// The same with the pairs as they come, for those who want no wide text: `visit` has seen some of an entry
+  /// that ends with an exception.
+  bool VisitNextEntry(const PairVisitor& visit);
+
  protected:
   /// Decodes the characters from `start` to `end`, both included.
   void Decode(const tovin::BaseString<wchar_t>& line, unsigned start, unsigned end,
@@ -58,8 +65,14 @@ class ZTBASECLIENT_API CConsoleReader {
  private:
   bool nextLine();
   bool findBegin();
-  void readPairs(CConsoleEntry& entry);
-  void readPair(CConsoleEntry& entry);
+  bool findPlainBegin();
+  template <class Pairs>
+  bool readEntry(const Pairs& pairs);
+  template <class Pairs>
+  bool readPlainPairs(const Pairs& pairs);
+  template <class Pairs>
+  bool readLine(const Pairs& pairs);
+  CConsoleEntry::NameValue& addPair(CConsoleEntry& entry);
   void empty(CConsoleEntry& entry);
 
   std::unique_ptr<ztStringReader> source_;
@@ -71,4 +84,5 @@ class ZTBASECLIENT_API CConsoleReader {
   std::wstring_view text_;
   // Texts of earlier entries, so that the next ones need no new memory.
   std::vector<CConsoleEntry::NameValue> spare_;
+  tovin::BaseString<char> nameRoom_, valueRoom_;
 };

@@ -27,9 +27,6 @@ constexpr size_t binaryProbe = 2000;
 // The longest token that is looked at as a number.
 constexpr int maxToken = 1023;
 
-// Numbers nearer to zero than this count as zero.
-constexpr double nearZero = 1e-100;
-
 constexpr double notANumber = std::numeric_limits<double>::quiet_NaN();
 
 bool endsLine(wchar_t c) { return c == L'\0' || c == L'\r' || c == L'\n'; }
@@ -55,8 +52,6 @@ Token tokenAround(const CDiffFiles& diff, const wchar_t* cursor, int pos) {
   const int start = diff.GetStartLocation(cursor, pos);
   return {start, diff.GetEndLocation(cursor, pos) - start + 1};
 }
-
-double digitsOf(double ratio) { return -std::log10(ratio); }
 
 }  // namespace
 
@@ -210,11 +205,7 @@ double CDiffFiles::MeasureIndividualRoundoff(wchar_t* a, wchar_t* b, size_t, int
     if (!std::wcschr(a, L'.') && !std::wcschr(b, L'.')) return notANumber;
     double x = 0, y = 0;
     if (!tovin::util::tryStringToDouble(a, x) || !tovin::util::tryStringToDouble(b, y)) return notANumber;
-    if (std::isnan(x) || std::isnan(y)) return notANumber;
-    const double sizeX = std::fabs(x), sizeY = std::fabs(y);
-    if (x == 0) return sizeY < nearZero ? digitsOf(sizeY) : notANumber;
-    if (y == 0) return sizeX < nearZero ? digitsOf(sizeX) : notANumber;
-    return digitsOf(std::fabs(x - y) / std::min(sizeX, sizeY));
+    return sharedDigits(x, y);
   });
 }
 

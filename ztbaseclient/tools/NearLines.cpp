@@ -6,8 +6,14 @@
 #include <cmath>
 #include <cstdint>
 #include <cstring>
+#include <limits>
 
 namespace {
+
+constexpr double notANumber = std::numeric_limits<double>::quiet_NaN();
+
+// Numbers nearer to zero than this count as zero.
+constexpr double nearZero = 1e-100;
 
 // Far more than powers and logarithms are off by.
 constexpr double margin = 1e-9;
@@ -79,8 +85,16 @@ bool takeDecimal(const char*& at, const char* end, double& value) {
 
 }  // namespace
 
+double sharedDigits(double x, double y) {
+  const double larger = std::max(std::fabs(x), std::fabs(y)), smaller = std::min(std::fabs(x), std::fabs(y));
+  if (std::isnan(x) || std::isnan(y)) return notANumber;
+  if (smaller == 0) return larger < nearZero ? -std::log10(larger) : notANumber;
+  return -std::log10(std::fabs(x - y) / smaller);
+}
+
 // Nothing is surely better than no number at all.
-NearLines::NearLines(double worst) : limit_(std::isnan(worst) ? -1 : std::pow(10, -worst) * (1 - margin)) {}
+NearLines::NearLines(double worst)
+    : worst_(worst), limit_(std::isnan(worst) ? -1 : std::pow(10, -worst) * (1 - margin)) {}
 
 bool NearLines::pass(std::string_view line1, std::string_view line2) {
   const char *at1 = line1.data(), *end1 = at1 + line1.size();
@@ -98,9 +112,10 @@ bool NearLines::pass(std::string_view line1, std::string_view line2) {
   return true;
 }
 
-// A zero shares no digits with anything: nothing is less than its share.
+// The logarithm is taken of what is as near as the worst, or worse. A zero is measured by other rules.
 bool NearLines::passNumbers(const char*& at1, const char* end1, const char*& at2, const char* end2) const {
   double x = 0, y = 0;
   if (!takeDecimal(at1, end1, x) || !takeDecimal(at2, end2, y)) return false;
-  return std::fabs(x - y) < limit_ * std::min(std::fabs(x), std::fabs(y));
+  if (x == 0 || y == 0) return false;
+  return std::fabs(x - y) < limit_ * std::min(std::fabs(x), std::fabs(y)) || sharedDigits(x, y) >= worst_;
 }

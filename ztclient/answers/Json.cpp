@@ -1,5 +1,7 @@
 #include "ztclient/answers/Json.h"
 
+#include <cmath>
+
 #include "tovinCore/Format.h"
 #include "tovinCore/Utf8.h"
 
@@ -76,6 +78,11 @@ std::string toText(const Json& json, int indent) {
   Json prepared = json;
   replaceSurrogates(prepared);
   return withEscapes(prepared.dump(indent, ' ', false, Json::error_handler_t::replace));
+}
+
+Json numberOf(double number) {
+  if (std::isfinite(number)) return number;
+  return std::isnan(number) ? "NaN" : number > 0 ? "Infinity" : "-Infinity";
 }
 
 Json bitsOn(const tovin::BitsetValue& bits) {

@@ -12,5 +12,8 @@ using Json = nlohmann::ordered_json;
 /// bytes, is written as an escape.
 std::string toText(const Json& json, int indent = -1);
 
+/// "NaN", "Infinity" and "-Infinity" are texts.
+Json numberOf(double number);
+
 /// The numbers of the bits that are on.
 Json bitsOn(const tovin::BitsetValue& bits);

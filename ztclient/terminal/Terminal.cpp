@@ -14,6 +14,8 @@ namespace {
 
 constexpr const char* bold = "\x1b[1m";
 constexpr const char* boldRed = "\x1b[1;31m";
+constexpr const char* red = "\x1b[31m";
+constexpr const char* green = "\x1b[32m";
 constexpr const char* plain = "\x1b[0m";
 constexpr size_t usualWidth = 80;
 constexpr size_t narrowest = 20;
@@ -26,6 +28,14 @@ bool paints(bool isTerminal) {
   const Colours colours = terminal::settings().colours;
   if (colours != Colours::automatic) return colours == Colours::always;
   return isTerminal && !isDumb() && platform::environmentVariable("NO_COLOR").empty();
+}
+
+std::ostream& paint(std::ostream& out, const char* sequence, std::string_view text) {
+  const bool painted = paints(platform::isOutputTerminal());
+  if (painted) Output::paint(out, sequence);
+  out << text;
+  if (painted) Output::paint(out, plain);
+  return out;
 }
 
 // 0 for none.
@@ -49,11 +59,11 @@ terminal::Settings& terminal::settings() noexcept {
 }
 
 std::ostream& terminal::operator<<(std::ostream& out, const Heading& heading) {
-  const bool painted = paints(platform::isOutputTerminal());
-  if (painted) Output::paint(out, bold);
-  out << heading.text;
-  if (painted) Output::paint(out, plain);
-  return out;
+  return paint(out, bold, heading.text);
+}
+
+std::ostream& terminal::operator<<(std::ostream& out, const Coloured& part) {
+  return paint(out, part.colour == Colour::red ? red : green, part.text);
 }
 
 std::string terminal::alarm(const std::string& text) {

@@ -2,6 +2,7 @@
 
 #include <ostream>
 #include <string>
+#include <string_view>
 
 /// How the command speaks to people, as they asked for.
 namespace terminal {
@@ -21,6 +22,14 @@ struct Heading {
   std::string text;
 };
 std::ostream& operator<<(std::ostream& out, const Heading& heading);
+
+/// Part of a line on standard output, in a colour where colours are used.
+enum class Colour { red, green };
+struct Coloured {
+  Colour colour;
+  std::string_view text;
+};
+std::ostream& operator<<(std::ostream& out, const Coloured& part);
 
 /// What went wrong, on standard error: in red where colours are used. Automatic colours are for terminals
 /// that have them, unless NO_COLOR is set.

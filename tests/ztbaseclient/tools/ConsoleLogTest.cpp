@@ -1,3 +1,5 @@
+#include <random>
+
 #include "tests/support/Bytes.h"
 #include "tests/support/TempFolder.h"
 #include "tovin/Constants.h"
@@ -112,6 +114,25 @@ TEST_F(ConsoleLog, ACutOffEntryIsGivenOnceAndAMarkerCutInTwoIsFound) {
   EXPECT_EQ(reader.GetPosition(), log.GetLength());
   log.Append((begin.substr(14) + L"c\t3\n" + end).c_str());
   EXPECT_EQ(rest(reader), L"[c=3|]");
+}
+
+// Of lines at random, over several pieces of the file: as wide text, as it is visited, and in memory.
+TEST_F(ConsoleLog, AFileReadsLikeItsTextInMemory) {
+  const std::wstring lines[] = {begin,          end,         L"a\t1\n",     L"b%n\t50%p\n", L"noise\n",
+                                L"x\t\x20AC\n", L"c\tw\r\n", L" d \t e \n", L"f\t%q%\n",    L"\n",
+                                L"\tg\n",       end};
+  std::minstd_rand random(7);
+  std::wstring log;
+  while (log.size() < 600'000) log += lines[random() % std::size(lines)];
+  const std::wstring name = file("log", tovin::wideToUtf8(log));
+  CConsoleReader reader(name.c_str(), 0), visited(name.c_str(), 0);
+  std::string visits;
+  const auto visit = [&](std::string_view n, std::string_view v) { ((visits += n) += "=").append(v) += "|"; };
+  std::wstring inMemory = readAll(log);
+  EXPECT_EQ(rest(reader), inMemory);
+  for (visits = "["; visited.VisitNextEntry(visit); visits += "][") continue;
+  EXPECT_EQ(visits, tovin::wideToUtf8(inMemory) + "[");
+  EXPECT_EQ(visited.GetResumePosition(), reader.GetResumePosition());
 }
 
 // Outside of entries it is noise like any other line.

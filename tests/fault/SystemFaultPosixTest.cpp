@@ -1,9 +1,11 @@
-// A program of its own, because it stands between the library and the system's files: each call of an
+// A program of its own, because it stands between the libraries, libcurl too, and the system: each call of an
 // operation fails once, in turn, or moves one byte only.
 #include <dlfcn.h>
 #include <fcntl.h>
 #include <gtest/gtest.h>
+#include <poll.h>
 #include <stdlib.h>
+#include <sys/socket.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -13,6 +15,7 @@
 #include <utility>
 
 #include "tests/support/Bytes.h"
+#include "tests/support/SocketServer.h"
 #include "tests/support/TempFolder.h"
 #include "tovin/Constants.h"
 #include "tovinCore/platform/WholeFile.h"
@@ -20,16 +23,18 @@
 #include "ztbaseclient/tools/CDiffFiles.h"
 #include "ztbaseclient/wsdl/CSchema.h"
 #include "ztbaseclient/wsdl/CWsdlParser.h"
+#include "ztcore/CHttp.h"
 #include "ztcore/ztRegistry.h"
 #include "ztcore/ztServerConfig.h"
 
 namespace {
 
-// What happens at a call: an error, or for reads and writes a single byte.
+// What happens at a call: an error, or for reads and writes a single byte. In the client's thread only: a
+// server's calls go through.
 constexpr int oneByte = -1;
-int callsLeft = -1;
-int eventOfCall = 0;
-bool wasShort = false;
+thread_local int callsLeft = -1;
+thread_local int eventOfCall = 0;
+thread_local bool wasShort = false;
 
 // Whether the call at hand is the one.
 bool isMet() { return callsLeft >= 0 && callsLeft-- == 0; }
@@ -49,19 +54,46 @@ size_t allowed(size_t count) {
   return 0;
 }
 
+// The system's own function behind the one of the same name here.
 template <class Function>
-Function* next(const char* name) {
+Function* next(Function*, const char* name) {
   return reinterpret_cast<Function*>(dlsym(RTLD_NEXT, name));
 }
 
 }  // namespace
 
+#define ZTB_NEXT(name) static auto* const real = next(&::name, #name)
+// A call that fails gives -1.
+#define ZTB_FAILING(result, name, parameters, arguments, ...) \
+  result name parameters __VA_ARGS__ {                        \
+    ZTB_NEXT(name);                                           \
+    return failsNow() ? -1 : real arguments;                  \
+  }
+
 // Seen by the libraries in place of the system's.
 #pragma GCC visibility push(default)
 extern "C" {
 
+ZTB_FAILING(int, socket, (int domain, int type, int protocol), (domain, type, protocol), noexcept)
+ZTB_FAILING(int, connect, (int file, const sockaddr* address, socklen_t length), (file, address, length))
+ZTB_FAILING(ssize_t, send, (int file, const void* bytes, size_t count, int flags),
+            (file, bytes, count, flags))
+ZTB_FAILING(ssize_t, recv, (int file, void* bytes, size_t count, int flags), (file, bytes, count, flags))
+ZTB_FAILING(int, poll, (pollfd * files, nfds_t count, int timeout), (files, count, timeout))
+ZTB_FAILING(int, getsockopt, (int file, int level, int name, void* value, socklen_t* length),
+            (file, level, name, value, length), noexcept)
+ZTB_FAILING(int, setsockopt, (int file, int level, int name, const void* value, socklen_t length),
+            (file, level, name, value, length), noexcept)
+ZTB_FAILING(int, getsockname, (int file, sockaddr* address, socklen_t* length), (file, address, length),
+            noexcept)
+ZTB_FAILING(off_t, lseek, (int file, off_t place, int from), (file, place, from), noexcept)
+ZTB_FAILING(int, fstat, (int file, struct stat* facts), (file, facts), noexcept)
+ZTB_FAILING(int, fsync, (int file), (file))
+ZTB_FAILING(int, mkstemp, (char* name), (name))
+ZTB_FAILING(int, rename, (const char* from, const char* to), (from, to), noexcept)
+
 int open(const char* name, int flags, ...) {
-  static auto* const real = next<int(const char*, int, ...)>("open");
+  ZTB_NEXT(open);
   va_list rest;
   va_start(rest, flags);
   const mode_t mode = (flags & (O_CREAT | O_TMPFILE)) != 0 ? va_arg(rest, mode_t) : 0;
@@ -69,38 +101,18 @@ int open(const char* name, int flags, ...) {
   return failsNow() ? -1 : real(name, flags, mode);
 }
 ssize_t read(int file, void* bytes, size_t count) {
-  static auto* const real = next<ssize_t(int, void*, size_t)>("read");
+  ZTB_NEXT(read);
   const size_t some = allowed(count);
   return some == 0 && count > 0 ? -1 : real(file, bytes, some);
 }
 ssize_t write(int file, const void* bytes, size_t count) {
-  static auto* const real = next<ssize_t(int, const void*, size_t)>("write");
+  ZTB_NEXT(write);
   const size_t some = allowed(count);
   return some == 0 && count > 0 ? -1 : real(file, bytes, some);
 }
-off_t lseek(int file, off_t place, int from) noexcept {
-  static auto* const real = next<off_t(int, off_t, int)>("lseek");
-  return failsNow() ? -1 : real(file, place, from);
-}
-int fstat(int file, struct stat* facts) noexcept {
-  static auto* const real = next<int(int, struct stat*)>("fstat");
-  return failsNow() ? -1 : real(file, facts);
-}
-int fsync(int file) {
-  static auto* const real = next<int(int)>("fsync");
-  return failsNow() ? -1 : real(file);
-}
-int mkstemp(char* name) {
-  static auto* const real = next<int(char*)>("mkstemp");
-  return failsNow() ? -1 : real(name);
-}
-int rename(const char* from, const char* to) noexcept {
-  static auto* const real = next<int(const char*, const char*)>("rename");
-  return failsNow() ? -1 : real(from, to);
-}
 // The file is closed all the same, as the system does it.
 int close(int file) {
-  static auto* const real = next<int(int)>("close");
+  ZTB_NEXT(close);
   const bool fails = failsNow();
   const int result = real(file);
   if (fails) errno = eventOfCall;
@@ -244,6 +256,64 @@ TEST_F(FileFault, DocumentsAndTheirSchemasAreReadWhole) {
     }
     return std::to_string(parser.GetSchemaInfo().getSize());
   });
+}
+
+void serve(Connection& connection) {
+  while (!connection.readRequest().empty())
+    connection.send("HTTP/1.1 200 OK\r\nContent-Length: 4\r\n\r\ndone");
+}
+
+CHttp::ResponseResult attempt(CHttp& http, const std::wstring& url) {
+  static const std::string content(200'000, 'x');
+  CHttp::ResponseResult result =
+      http.OpenConnect(url.c_str(), CHttp::Post, CHttp::Chunked, CHttp::MultipartForm);
+  if (result == CHttp::Success) result = http.AddPostSection("a", nullptr, nullptr, nullptr);
+  if (result == CHttp::Success) result = http.AppendData(content.data(), content.size());
+  if (result == CHttp::Success) result = http.AppendData("\r\n", 2);
+  if (result == CHttp::Success) result = http.EndPostSection();
+  if (result == CHttp::Success) result = http.CheckResponseHeader(5000);
+  return result;
+}
+
+void post(CHttp& http, const std::wstring& url) {
+  while (attempt(http, url) == CHttp::StartAgain) {
+  }
+}
+
+TEST(SocketFault, EachCallFailsOnceAndTheNextRequestSucceeds) {
+  const ScopedVariable noProxy("no_proxy", "*");
+  SocketServer server(std::vector<SocketServer::Script>(2000, serve));
+  const std::wstring url = server.url();
+  {
+    CHttp warm(1);
+    post(warm, url);
+  }
+  const size_t before = openFiles();
+  int points = 0, raised = 0;
+  for (const int error : {ECONNRESET, EINTR, EMFILE, ENOBUFS}) {
+    for (int call = 0;; ++call, ++points) {
+      CHttp http(1);
+      http.SetTimeouts(5000, 5000);
+      callsLeft = call;
+      eventOfCall = error;
+      try {
+        post(http, url);
+      } catch (const CHttpException& e) {
+        ++raised;
+        EXPECT_NE(e.getKind(), CHttpException::Kind::Status) << e.what();
+      }
+      const bool wasReached = callsLeft < 0;
+      callsLeft = -1;
+      if (!wasReached) break;
+      EXPECT_NO_THROW(post(http, url)) << "call " << call << ", error " << error;
+    }
+  }
+  // The server's own end of the last connection may live a moment longer.
+  for (int i = 0; i < 200 && openFiles() > before; ++i) poll(nullptr, 0, 10);
+  EXPECT_LE(openFiles(), before);
+  std::printf("%d points tried, %d raised\n", points, raised);
+  EXPECT_GT(points, 40);
+  EXPECT_GT(raised, 10);
 }
 
 }  // namespace
