@@ -1,5 +1,6 @@
 // Two texts are compared: the input up to the first byte FF is the first, the rest the second. Whatever they
-// are, the end is an answer or a framework exception, and a text is equal to itself.
+// are, the end is an answer or a framework exception, a text is equal to itself, and the search for all
+// differences finds one that counts exactly where the comparison does (but for zero bytes, which end a line).
 #include <algorithm>
 #include <cstdint>
 #include <cstdlib>
@@ -11,6 +12,7 @@
 #include "tovinCore/Exception.h"
 #include "tovinCore/Utf8.h"
 #include "ztbaseclient/tools/CDiffFiles.h"
+#include "ztbaseclient/tools/FileDifferences.h"
 
 namespace {
 
@@ -27,11 +29,28 @@ struct Folder {
   }
 };
 
-bool compare(const std::wstring& file1, const std::wstring& file2, int tolerance) {
+enum class Outcome { equal, different, refused };
+
+Outcome compare(const std::wstring& file1, const std::wstring& file2, int tolerance) {
   try {
-    return CDiffFiles().CompareFiles(file1.c_str(), file2.c_str(), tolerance);
+    CDiffFiles().CompareFiles(file1.c_str(), file2.c_str(), tolerance);
+    return Outcome::equal;
+  } catch (const tovin::DiffWarningException&) {
+    return Outcome::equal;
+  } catch (const tovin::DiffErrorException&) {
+    return Outcome::different;
   } catch (const tovin::Exception&) {
-    return false;
+    return Outcome::refused;
+  }
+}
+
+Outcome findAll(const std::wstring& file1, const std::wstring& file2, int tolerance) {
+  try {
+    const auto sums =
+        differences::find(file1.c_str(), file2.c_str(), {.tolerance = tolerance}, [](const auto&) {});
+    return sums.isDifferent() ? Outcome::different : Outcome::equal;
+  } catch (const tovin::Exception&) {
+    return Outcome::refused;
   }
 }
 
@@ -43,7 +62,10 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   const std::size_t cut = std::min(input.find('\xFF'), size);
   const std::wstring file1 = folder.write("1", input.substr(0, cut));
   const std::wstring file2 = folder.write("2", input.substr(std::min(cut + 1, size)));
-  for (int tolerance : {0, 5}) compare(file1, file2, tolerance);
-  if (!compare(file1, folder.write("3", input.substr(0, cut)), 5)) std::abort();
+  for (int tolerance : {0, 5}) {
+    const Outcome plain = compare(file1, file2, tolerance), all = findAll(file1, file2, tolerance);
+    if (plain != all && input.find('\0') == input.npos) std::abort();
+  }
+  if (compare(file1, folder.write("3", input.substr(0, cut)), 5) != Outcome::equal) std::abort();
   return 0;
 }

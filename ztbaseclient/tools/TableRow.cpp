@@ -4,7 +4,6 @@
 #include <array>
 #include <charconv>
 #include <cmath>
-#include <limits>
 #include <utility>
 
 #include "tovinCore/Exception.h"
@@ -20,8 +19,6 @@ namespace {
 constexpr size_t longestNumber = 1023;
 // No double has more.
 constexpr int mostDigits = 17;
-
-constexpr double infinity = std::numeric_limits<double>::infinity();
 
 // How many bytes of a delimiter of CDiffFiles stand there; a no-break space has two.
 size_t delimiterAt(std::string_view text, size_t at) {
