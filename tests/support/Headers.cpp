@@ -1,0 +1,2 @@
+// The headers of all tests are precompiled for this source.
+int main() { return 0; }
