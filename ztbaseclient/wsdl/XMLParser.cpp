@@ -76,8 +76,8 @@ CWsdlParser::XMLParser::~XMLParser() {
 }
 
 void CWsdlParser::XMLParser::reset() {
-  if (expat_) XML_ParserFree(expat_);
-  expat_ = nullptr;
+  freeExpat();
+  ended_.reset();
   current_.reset();
   root_.reset();
   raw_ = {};
@@ -88,7 +88,12 @@ void CWsdlParser::XMLParser::reset() {
   lastIndex_ = -1;
 }
 
+void CWsdlParser::XMLParser::freeExpat() noexcept {
+  if (expat_) XML_ParserFree(std::exchange(expat_, nullptr));
+}
+
 void CWsdlParser::XMLParser::prepare() {
+  if (ended_) return;
   if (!expat_) expat_ = XML_ParserCreate(nullptr);
   if (!expat_) throw tovin::MemoryException(1, sizeof(void*));
   XML_SetUserData(expat_, this);
@@ -96,22 +101,37 @@ void CWsdlParser::XMLParser::prepare() {
   XML_SetCharacterDataHandler(expat_, charHandler);
 }
 
+// expat keeps a document that it was given whole, and is not needed any more.
+void CWsdlParser::XMLParser::noteEnd() noexcept {
+  XML_ParsingStatus status;
+  XML_GetParsingStatus(expat_, &status);
+  if (status.parsing != XML_FINISHED) return;
+  ended_ = place();
+  freeExpat();
+}
+
+CWsdlParser::XMLParser::Place CWsdlParser::XMLParser::place() const noexcept {
+  if (ended_) return *ended_;
+  return {static_cast<int64_t>(XML_GetCurrentLineNumber(expat_)),
+          static_cast<int64_t>(XML_GetCurrentColumnNumber(expat_)) + 1};
+}
+
 void CWsdlParser::XMLParser::rethrowFailure() {
   if (failure_) std::rethrow_exception(std::exchange(failure_, nullptr));
 }
 
 void CWsdlParser::XMLParser::throwParseError() const {
-  const char* fault =
-      addsTooMuch_ ? "definitions and entities add too much" : XML_ErrorString(XML_GetErrorCode(expat_));
+  const XML_Error code = ended_ ? XML_ERROR_FINISHED : XML_GetErrorCode(expat_);
+  const char* fault = addsTooMuch_ ? "definitions and entities add too much" : XML_ErrorString(code);
   throw tovin::Exception(L"Parse error: %hs", fault)
-      .setMayPass(XML_GetErrorCode(expat_) == XML_ERROR_NO_MEMORY)
-      .setPlace(static_cast<int64_t>(XML_GetCurrentLineNumber(expat_)),
-                static_cast<int64_t>(XML_GetCurrentColumnNumber(expat_)) + 1);
+      .setMayPass(code == XML_ERROR_NO_MEMORY)
+      .setPlace(place().line, place().column);
 }
 
 // Feeds pieces until read(piece, size) gives none; what expat took is kept.
 template <class Read>
 tovin::iNode* CWsdlParser::XMLParser::parsePieces(Read&& read) {
+  if (ended_) throwParseError();
   for (size_t count = 1; count > 0;) {
     const size_t size = std::clamp(incompleteBytes(), pieceSize, longestPiece);
     auto* piece = static_cast<unsigned char*>(XML_GetBuffer(expat_, static_cast<int>(size)));
@@ -124,6 +144,7 @@ tovin::iNode* CWsdlParser::XMLParser::parsePieces(Read&& read) {
     rethrowFailure();
     if (addsTooMuch_ || status != XML_STATUS_OK) throwParseError();
   }
+  noteEnd();
   return root_.get();
 }
 
@@ -187,6 +208,7 @@ tovin::iNode* CWsdlParser::XMLParser::parse(const tovin::Array<unsigned char>& b
 
 tovin::iNode* CWsdlParser::XMLParser::parseBytes(const tovin::Array<unsigned char>& bytes) {
   prepare();
+  if (ended_) return root_.get();
   const auto* at = reinterpret_cast<const char*>(bytes.data());
   size_t left = bytes.getSize();
   XML_Status status = XML_STATUS_OK;
@@ -195,6 +217,7 @@ tovin::iNode* CWsdlParser::XMLParser::parseBytes(const tovin::Array<unsigned cha
     status = XML_Parse(expat_, at, INT_MAX, false);
   }
   if (status == XML_STATUS_OK) XML_Parse(expat_, at, static_cast<int>(left), true);
+  noteEnd();
   rethrowFailure();
   return root_.get();
 }

@@ -2,6 +2,7 @@
 
 #include <exception>
 #include <memory>
+#include <optional>
 
 #include "tovin/Array.h"
 #include "tovin/Ptr.h"
@@ -54,7 +55,15 @@ class ZTBASECLIENT_API CWsdlParser::XMLParser {
  private:
   class Builder;
 
+  struct Place {
+    int64_t line;
+    int64_t column;
+  };
+
   void prepare();
+  void noteEnd() noexcept;
+  void freeExpat() noexcept;
+  Place place() const noexcept;
   tovin::iNode* parseFile(const wchar_t* fileName, int mode);
   tovin::iNode* parseBytes(const tovin::Array<unsigned char>& bytes);
   template <class Read>
@@ -72,6 +81,8 @@ class ZTBASECLIENT_API CWsdlParser::XMLParser {
   void charHandlerImpl(const char* text, int length);
 
   XML_ParserStruct* expat_ = nullptr;
+  // Where the document ended; expat is gone from then on.
+  std::optional<Place> ended_;
   tovin::Ptr<tovin::iNode> root_;
   tovin::Ptr<tovin::iNode> current_;
   tovin::Array<unsigned char> raw_;
