@@ -1,15 +1,14 @@
 #pragma once
 
-#include <memory>
 #include <typeinfo>
 #include <vector>
 
-#include "tovin/PointerList.h"
 #include "tovin/Ptr.h"
 #include "tovin/iXPathParser.h"
 #include "tovin/values/NullValue.h"
 #include "tovinCore/Guard.h"
 #include "ztbaseclient/Export.h"
+#include "ztbaseclient/node/ChildList.h"
 #include "ztbaseclient/node/cppNodeQName.h"
 
 /// The core of every node class: it owns the node's state and does all the work that NodeImpl forwards to it.
@@ -59,25 +58,28 @@ class ZTBASECLIENT_API CNodeImplBase {
   // by the depth; what one node throws comes out when all are released.
   static void ReleaseNode(tovin::iNode* node);
 
-  const wchar_t* GetNodeName() const { return name_.getQName(); }
-  void SetNodeName(const wchar_t* name) { name_.setName(name); }
-  void SetUniqueNodeName(const wchar_t* name) { name_.setUniqueName(name); }
-  const wchar_t* GetNodeNamePrefix() const { return name_.getUriName(); }
-  const wchar_t* GetNodeLocalName() const { return name_.getLocalName(); }
+  const wchar_t* GetNodeName() const { return name_ || !rarePart() ? name_ : joinName(); }
+  void SetNodeName(const wchar_t* name);
+  /// SetNodeName for a text that ztUniqueStrings handed out: no look-up.
+  void SetUniqueNodeName(const wchar_t* name) noexcept;
+  const wchar_t* GetNodeNamePrefix() const;
+  const wchar_t* GetNodeLocalName() const;
   const tovin::Value& GetNodeValue() const;
   void SetValue(const tovin::Value& value);
 
-  unsigned NumProperties() const { return properties_ ? properties_->getSize() : 0; }
-  tovin::iPropertyCollection* FindPropCollection() const { return properties_.get(); }
+  unsigned NumProperties() const {
+    const tovin::iPropertyCollection* collection = FindPropCollection();
+    return collection ? collection->getSize() : 0;
+  }
+  tovin::iPropertyCollection* FindPropCollection() const {
+    return reinterpret_cast<tovin::iPropertyCollection*>(properties());
+  }
   tovin::iPropertyCollection* EnsurePropCollectionExists() const;
   void DeletePropCollection();
   void ClearCollection();
 
-  unsigned NumChildNodes() const { return children_ ? static_cast<unsigned>(children_->getSize()) : 0; }
-  std::span<tovin::iNode* const> GetChildNodes() const {
-    if (!children_) return {};
-    return {children_->data(), children_->getSize()};
-  }
+  unsigned NumChildNodes() const { return children_.getSize(); }
+  std::span<tovin::iNode* const> GetChildNodes() const { return children_.view(); }
   tovin::iNode* GetChildNode(unsigned index) const;
   unsigned GetChildNodeIndex(const tovin::iNode* child) const;
   void FindChildNodesByName(const wchar_t* name, tovin::NodeReferenceSet& out) const;
@@ -122,7 +124,16 @@ class ZTBASECLIENT_API CNodeImplBase {
   void AssignFrom(const CNodeImplBase& source, bool deep);
 
  private:
-  using ChildArray = tovin::PointerList<tovin::iNode>;
+  // What few nodes have.
+  struct RarePart {
+    // What the state is where there is no rare part.
+    uintptr_t properties = 0;
+    // False where another node's collection is shared, which keeps that one as its owner.
+    bool ownsCollection = true;
+    tovin::Ptr<tovin::iXPathParser> parser;
+    // Local name and prefix; its qualified name is the node's.
+    cppNodeQName name;
+  };
 
   // Null for a node of another making.
   static CNodeImplBase* coreOf(tovin::iNode* node);
@@ -130,7 +141,7 @@ class ZTBASECLIENT_API CNodeImplBase {
   void writeCore(tovin::iByteOutputStream& stream) const;
   void readCore(tovin::iByteInputStream& stream);
   int32_t readChildCount(tovin::iByteInputStream& stream);
-  tovin::iNode* readChildInstance(tovin::iByteInputStream& stream);
+  tovin::iNode* readChildInstance(tovin::iByteInputStream& stream, tovin::NarrowString& room);
   void assignOwn(const tovin::iNode* source);
   static tovin::iNode* cloneOf(const tovin::iNode* child);
   void cloneChildren(const tovin::iNode* source, std::vector<tovin::Ptr<tovin::iNode>>& copies) const;
@@ -144,12 +155,24 @@ class ZTBASECLIENT_API CNodeImplBase {
   template <class Result>
   bool runQuery(const tovin::iNode* context, const wchar_t* expression, unsigned flags, Result& result) const;
 
-  mutable tovin::Ptr<tovin::iXPathParser> parser_;
-  tovin::NarrowString classTag_;
-  cppNodeQName name_;
+  // The lowest bit of the state: it points to the rare part, which has the collection then.
+  static constexpr uintptr_t rare = 1;
+  RarePart* rarePart() const noexcept {
+    return state_ & rare ? reinterpret_cast<RarePart*>(state_ & ~rare) : nullptr;
+  }
+  RarePart& ensureRarePart() const;
+  void dropRarePart() noexcept;
+  // The collection, one reference of which is the node's; null for none.
+  uintptr_t& properties() const noexcept {
+    RarePart* part = rarePart();
+    return part ? part->properties : state_;
+  }
+  bool ownsCollection() const noexcept { return !rarePart() || rarePart()->ownsCollection; }
+  const wchar_t* joinName() const;
+  void assignName(const CNodeImplBase& other);
+
+  mutable const wchar_t* name_ = nullptr;
   const tovin::iNode* parent_ = nullptr;
-  std::shared_ptr<ChildArray> children_;
-  mutable tovin::Ptr<tovin::iPropertyCollection> properties_;
-  // False where another node's collection is shared, which keeps that one as its owner.
-  mutable bool ownsCollection_ = false;
+  ChildList children_;
+  mutable uintptr_t state_ = 0;
 };

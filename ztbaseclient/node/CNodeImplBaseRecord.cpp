@@ -4,6 +4,7 @@
 #include "ztbaseclient/framework/StreamPrimitives.h"
 #include "ztbaseclient/node/CNodeImplBase.h"
 #include "ztbaseclient/node/NestedCall.h"
+#include "ztcore/ztUniqueStrings.h"
 
 using tovin::guarded;
 using tovin::iNode;
@@ -17,15 +18,23 @@ constexpr int32_t nodeCoreVersion = 126;
 
 void CNodeImplBase::writeCore(tovin::iByteOutputStream& stream) const {
   WriteCompactInt(stream, nodeCoreVersion);
-  name_.serialize(stream);
-  WriteBool(stream, static_cast<bool>(properties_));
-  if (properties_) properties_->serialize(stream);
+  if (const RarePart* part = rarePart())
+    part->name.serialize(stream);
+  else
+    cppNodeQName::WriteTexts(stream, name_, nullptr, nullptr);
+  const tovin::iPropertyCollection* collection = FindPropCollection();
+  WriteBool(stream, collection);
+  if (collection) collection->serialize(stream);
 }
 
 void CNodeImplBase::readCore(tovin::iByteInputStream& stream) {
   CleanOutNodeData(false);
   RecordVersion::requireFrom(stream, nodeCoreVersion);
-  name_.deserialize(stream);
+  ztUniqueString texts[3];
+  cppNodeQName::ReadTexts(stream, texts);
+  if (texts[1] || texts[2]) ensureRarePart();
+  SetUniqueNodeName(texts[0]);
+  if (RarePart* part = rarePart()) part->name.share(texts[0], texts[1], texts[2]);
   if (ReadBool(stream)) EnsurePropCollectionExists()->deserialize(stream);
 }
 
@@ -45,7 +54,7 @@ void CNodeImplBase::SerializeNode(tovin::iByteOutputStream& stream, bool withChi
     begin(*this);
     while (!steps.empty()) {
       Step& step = steps.back();
-      iNode* child = step.node->children_->data()[step.next];
+      iNode* child = step.node->children_.view()[step.next];
       if (++step.next == step.node->NumChildNodes()) steps.pop_back();
       WriteNarrowString(stream, child->getClassTag());
       const CNodeImplBase* core = coreOf(child);
@@ -68,12 +77,12 @@ int32_t CNodeImplBase::readChildCount(tovin::iByteInputStream& stream) {
 }
 
 // Reads a child's class and attaches a new instance of it.
-iNode* CNodeImplBase::readChildInstance(tovin::iByteInputStream& stream) {
-  ReadNarrowString(stream, classTag_);
+iNode* CNodeImplBase::readChildInstance(tovin::iByteInputStream& stream, tovin::NarrowString& room) {
+  ReadNarrowString(stream, room);
   tovin::MemPtr<tovin::Object, tovin::InstanceDeallocator> made(
-      tovin::Class::requireClass(tovin::ClassTag(classTag_.c_str())).newInstance());
+      tovin::Class::requireClass(tovin::ClassTag(room.c_str())).newInstance());
   auto* child = tovin::seek<iNode>(made.get());
-  if (!child) throw tovin::Exception(L"Class %hs is not a node class", classTag_);
+  if (!child) throw tovin::Exception(L"Class %hs is not a node class", room);
   made.detach();
   const tovin::Ptr<iNode> held(child);
   AddChildNode(child, NumChildNodes());
@@ -87,6 +96,7 @@ void CNodeImplBase::DeserializeNode(tovin::iByteInputStream& stream, bool withCh
       int32_t missing;
     };
     std::vector<Step> steps;
+    tovin::NarrowString className;
     const auto begin = [&](CNodeImplBase& node) {
       node.readCore(stream);
       const int32_t count = withChildren ? node.readChildCount(stream) : 0;
@@ -97,7 +107,7 @@ void CNodeImplBase::DeserializeNode(tovin::iByteInputStream& stream, bool withCh
       Step& step = steps.back();
       CNodeImplBase* parent = step.node;
       if (--step.missing == 0) steps.pop_back();
-      iNode* child = parent->readChildInstance(stream);
+      iNode* child = parent->readChildInstance(stream, className);
       CNodeImplBase* core = coreOf(child);
       if (core && core->isWalked()) {
         core->ReadClassRecord(stream);
