@@ -165,9 +165,8 @@ void DownwardWalk::fetchAttributes(const Frame& frame, const iNode& child) {
   for (States steps = (frame.own | frame.reach) & inspecting_; steps; steps &= steps - 1) {
     const auto step = static_cast<uint32_t>(std::countr_zero(steps));
     if (!evaluator_.matches(stage_.steps.first + step, {&child})) continue;
-    if (!child.hasProperties()) return;
-    const iPropertyCollection* properties = child.getProperties();
-    return __builtin_prefetch(properties->get(0u));
+    if (child.attributeCount() > 0) __builtin_prefetch(child.viewAttribute(0).name);
+    return;
   }
 }
 

@@ -25,6 +25,7 @@ tovin::LeakDetector CNodeImplBase::m_leakDetector(CNodeImplBase::ClassName);
 namespace {
 
 constexpr unsigned atEnd = 0xFFFFFFFF;
+constexpr unsigned fewAttributes = 9;
 
 }  // namespace
 
@@ -41,7 +42,7 @@ CNodeImplBase& CNodeImplBase::operator=(const CNodeImplBase& other) {
   // Before the rest: the other may be below the children that go, and they leave it without a parent.
   if (!children_.isSame(other.children_) && !children_.hasOtherUsers()) ClearChildren();
   const RarePart* theirs = other.rarePart();
-  // A collection that two nodes have is one that its owner keeps.
+  if (other.properties()) other.EnsurePropCollectionExists();
   if (theirs || other.properties()) ensureRarePart();
   children_.share(other.children_);
   if (RarePart* mine = rarePart()) mine->parser = theirs ? theirs->parser : tovin::Ptr<tovin::iXPathParser>();
@@ -49,9 +50,9 @@ CNodeImplBase& CNodeImplBase::operator=(const CNodeImplBase& other) {
   parent_ = other.parent_;
   if (properties() != other.properties()) {
     DeletePropCollection();
-    if (iPropertyCollection* shared = other.FindPropCollection()) {
+    if (CPropertyCollection* shared = other.collection()) {
       shared->addRef();
-      properties() = other.properties();
+      setCollection(shared);
       rarePart()->ownsCollection = false;
     }
   }
@@ -97,7 +98,7 @@ CNodeImplBase::RarePart& CNodeImplBase::ensureRarePart() const {
   auto* part = new RarePart;
   part->properties = state_;
   part->name.setUniqueName(name_);
-  state_ = reinterpret_cast<uintptr_t>(part) | rare;
+  state_ = reinterpret_cast<uintptr_t>(part) | rareBit;
   return *part;
 }
 
@@ -139,9 +140,29 @@ const wchar_t* CNodeImplBase::GetNodeLocalName() const {
 }
 
 const tovin::Value& CNodeImplBase::GetNodeValue() const {
-  const tovin::iPropertyCollection* collection = FindPropCollection();
-  const tovin::iProperty* property = collection ? collection->find(DefaultValueName) : nullptr;
-  return property ? property->getValue() : nullNodeValue;
+  const int index = valueIndex();
+  if (index < 0) return nullNodeValue;
+  EnsurePropCollectionExists();
+  return collection()->GetStorage().GetValue(static_cast<unsigned>(index));
+}
+
+// Where the value is among the properties, -1 if there is none. Among many the collection has an index.
+int CNodeImplBase::valueIndex() const {
+  if (properties() == 0) return -1;
+  const AttributeBlock* attributes = packed();
+  if (attributes && attributes->getCount() <= fewAttributes) return attributes->find(DefaultValueName);
+  EnsurePropCollectionExists();
+  return collection()->GetStorage().GetIndex(DefaultValueName);
+}
+
+tovin::AttributeView CNodeImplBase::ViewProperty(unsigned index) const {
+  if (const AttributeBlock* attributes = packed()) return attributes->view(index);
+  return collection()->GetStorage().View(index);
+}
+
+tovin::AttributeView CNodeImplBase::ViewNodeValue() const {
+  const int index = valueIndex();
+  return index < 0 ? tovin::AttributeView::of(nullNodeValue) : ViewProperty(static_cast<unsigned>(index));
 }
 
 void CNodeImplBase::SetValue(const tovin::Value& value) {
@@ -155,9 +176,8 @@ void CNodeImplBase::SetValue(const tovin::Value& value) {
     }
     // The value may lie in the property that goes.
     tovin::MemPtr<tovin::Value, tovin::InstanceDeallocator> copy(value.cloneValue());
-    auto* collection =
-        tovin::seek<CPropertyCollection>(static_cast<tovin::Object*>(EnsurePropCollectionExists()));
-    tovin::iPropertyInfo* info = collection->Redefine(DefaultValueName, std::move(copy))->getInfo();
+    EnsurePropCollectionExists();
+    tovin::iPropertyInfo* info = collection()->Redefine(DefaultValueName, std::move(copy))->getInfo();
     MetaDataFlags flags = info->getMetaDataFlags();
     flags.set(MetaDataFlags::nodeValue);
     info->setMetaDataFlags(flags);
@@ -165,26 +185,42 @@ void CNodeImplBase::SetValue(const tovin::Value& value) {
 }
 
 iPropertyCollection* CNodeImplBase::EnsurePropCollectionExists() const {
-  if (!FindPropCollection()) {
-    iPropertyCollection* made = CPropertyCollection::allocate();
-    made->addRef();
-    made->_setOwner(inode());
-    properties() = reinterpret_cast<uintptr_t>(made);
-    if (RarePart* part = rarePart()) part->ownsCollection = true;
-  }
-  return FindPropCollection();
+  if (CPropertyCollection* present = collection()) return present;
+  tovin::Ptr<CPropertyCollection> made(CPropertyCollection::allocate());
+  made->_setOwner(inode());
+  if (AttributeBlock* attributes = packed()) made->StandOn(attributes);
+  setCollection(made.get());
+  made->addRef();
+  return made.get();
+}
+
+void CNodeImplBase::setCollection(CPropertyCollection* counted) const noexcept {
+  properties() = reinterpret_cast<uintptr_t>(counted);
+  if (RarePart* part = rarePart()) part->ownsCollection = true;
+}
+
+void CNodeImplBase::setPacked(AttributeBlock* attributes) const noexcept {
+  properties() = reinterpret_cast<uintptr_t>(attributes) | packedBit;
 }
 
 void CNodeImplBase::DeletePropCollection() {
-  auto* collection = reinterpret_cast<iPropertyCollection*>(std::exchange(properties(), 0));
-  if (!collection) return;
+  AttributeBlock* attributes = packed();
+  CPropertyCollection* present = collection();
+  properties() = 0;
+  AttributeBlock::destroy(attributes);
+  if (!present) return;
   // Another node may share the collection; it must not look for this one any more.
-  if (ownsCollection() && collection->getRefCount() > 1) collection->_setOwner(nullptr);
-  collection->release();
+  if (ownsCollection() && present->getRefCount() > 1) present->_setOwner(nullptr);
+  present->release();
 }
 
 void CNodeImplBase::ClearCollection() {
-  if (iPropertyCollection* collection = FindPropCollection()) collection->removeAll();
+  if (AttributeBlock* attributes = packed()) {
+    setPacked(AttributeBlock::none());
+    AttributeBlock::destroy(attributes);
+  } else if (CPropertyCollection* present = collection()) {
+    present->removeAll();
+  }
 }
 
 iNode* CNodeImplBase::GetChildNode(unsigned index) const {
@@ -465,12 +501,20 @@ void CNodeImplBase::AssignFrom(const iNode* source, bool deep) {
 
 void CNodeImplBase::assignOwn(const iNode* source) {
   const ztUniqueString name(source->getName());
-  // The value is among the properties. The collection is there afterwards even when the source has none.
-  iPropertyCollection* collection = EnsurePropCollectionExists();
-  if (source->hasProperties())
-    collection->assignFrom(source->getProperties(), true);
-  else
-    collection->removeAll();
+  const CNodeImplBase* core = coreOf(const_cast<iNode*>(source));
+  if (!collection() && core && core->IsPlain() && !core->collection()) {
+    const AttributeBlock* theirs = core->packed();
+    AttributeBlock* copy = theirs ? theirs->copy() : AttributeBlock::none();
+    AttributeBlock::destroy(packed());
+    setPacked(copy);
+  } else {
+    // The value is among the properties. The collection is there afterwards even when the source has none.
+    iPropertyCollection* mine = EnsurePropCollectionExists();
+    if (source->hasProperties())
+      mine->assignFrom(source->getProperties(), true);
+    else
+      mine->removeAll();
+  }
   SetUniqueNodeName(name);
 }
 
@@ -501,7 +545,10 @@ void CNodeImplBase::cloneChildren(const iNode* source, std::vector<tovin::Ptr<iN
       if (!stepwise) continue;
       CNodeImplBase* copyCore = coreOf(copy.get());
       copyCore->assignOwn(child);
-      if (child->hasChildren()) steps.push_back({child, copyCore});
+      const unsigned below = child->getNumberOfChildren();
+      if (below == 0) continue;
+      copyCore->children_.makeRoom(below);
+      steps.push_back({child, copyCore});
     }
   }
 }

@@ -3,11 +3,14 @@
 #include <typeinfo>
 #include <vector>
 
+#include "tovin/AttributeView.h"
 #include "tovin/Ptr.h"
 #include "tovin/iXPathParser.h"
 #include "tovin/values/NullValue.h"
 #include "tovinCore/Guard.h"
 #include "ztbaseclient/Export.h"
+#include "ztbaseclient/data/AttributeBlock.h"
+#include "ztbaseclient/data/CPropertyCollection.h"
 #include "ztbaseclient/node/ChildList.h"
 #include "ztbaseclient/node/cppNodeQName.h"
 
@@ -54,6 +57,9 @@ class ZTBASECLIENT_API CNodeImplBase {
   virtual bool HoldsNode() const { return false; }
   // A node that only this one holds, besides its children, to be released after them; null if none.
   virtual tovin::iNode* SurrenderObject() { return nullptr; }
+  // Whether the object is asked nowhere else for its properties and its value than here, so that they may be
+  // read where they lie.
+  virtual bool IsPlain() const { return false; }
   // Gives up a reference to a node that has no parent, and what dies with it. Needs no memory, and no stack
   // by the depth; what one node throws comes out when all are released.
   static void ReleaseNode(tovin::iNode* node);
@@ -68,11 +74,14 @@ class ZTBASECLIENT_API CNodeImplBase {
   void SetValue(const tovin::Value& value);
 
   unsigned NumProperties() const {
-    const tovin::iPropertyCollection* collection = FindPropCollection();
-    return collection ? collection->getSize() : 0;
+    if (const AttributeBlock* attributes = packed()) return attributes->getCount();
+    return collection() ? collection()->getSize() : 0;
   }
+  tovin::AttributeView ViewProperty(unsigned index) const;
+  tovin::AttributeView ViewNodeValue() const;
+  /// Null if there is none; one is made of what is packed.
   tovin::iPropertyCollection* FindPropCollection() const {
-    return reinterpret_cast<tovin::iPropertyCollection*>(properties());
+    return properties() ? EnsurePropCollectionExists() : nullptr;
   }
   tovin::iPropertyCollection* EnsurePropCollectionExists() const;
   void DeletePropCollection();
@@ -139,9 +148,12 @@ class ZTBASECLIENT_API CNodeImplBase {
   static CNodeImplBase* coreOf(tovin::iNode* node);
   tovin::iNode* inode() const { return const_cast<CNodeImplBase*>(this)->GetINode(); }
   void writeCore(tovin::iByteOutputStream& stream) const;
-  void readCore(tovin::iByteInputStream& stream);
+  struct RecordReader;
+  void readCore(RecordReader& reader);
+  void readProperties(RecordReader& reader);
+  void takeProperties(RecordReader& reader);
   int32_t readChildCount(tovin::iByteInputStream& stream);
-  tovin::iNode* readChildInstance(tovin::iByteInputStream& stream, tovin::NarrowString& room);
+  tovin::iNode* readChildInstance(RecordReader& reader);
   void assignOwn(const tovin::iNode* source);
   static tovin::iNode* cloneOf(const tovin::iNode* child);
   void cloneChildren(const tovin::iNode* source, std::vector<tovin::Ptr<tovin::iNode>>& copies) const;
@@ -152,21 +164,32 @@ class ZTBASECLIENT_API CNodeImplBase {
   tovin::iNode* takeLastHeld();
   void requireAttachable(tovin::iNode* child) const;
   void requireChildren() const;
+  friend class NodeBuilder;
   template <class Result>
   bool runQuery(const tovin::iNode* context, const wchar_t* expression, unsigned flags, Result& result) const;
 
-  // The lowest bit of the state: it points to the rare part, which has the collection then.
-  static constexpr uintptr_t rare = 1;
+  // The lowest bits of the state: it points to the rare part, which then has what the state is otherwise; to
+  // the block of what is packed; or, without either, to the collection, one reference of which is the node's.
+  static constexpr uintptr_t rareBit = 1;
+  static constexpr uintptr_t packedBit = 2;
   RarePart* rarePart() const noexcept {
-    return state_ & rare ? reinterpret_cast<RarePart*>(state_ & ~rare) : nullptr;
+    return state_ & rareBit ? reinterpret_cast<RarePart*>(state_ & ~rareBit) : nullptr;
   }
   RarePart& ensureRarePart() const;
   void dropRarePart() noexcept;
-  // The collection, one reference of which is the node's; null for none.
   uintptr_t& properties() const noexcept {
     RarePart* part = rarePart();
     return part ? part->properties : state_;
   }
+  AttributeBlock* packed() const noexcept {
+    return properties() & packedBit ? reinterpret_cast<AttributeBlock*>(properties() & ~packedBit) : nullptr;
+  }
+  CPropertyCollection* collection() const noexcept {
+    return properties() & packedBit ? nullptr : reinterpret_cast<CPropertyCollection*>(properties());
+  }
+  void setPacked(AttributeBlock* attributes) const noexcept;
+  void setCollection(CPropertyCollection* counted) const noexcept;
+  int valueIndex() const;
   bool ownsCollection() const noexcept { return !rarePart() || rarePart()->ownsCollection; }
   const wchar_t* joinName() const;
   void assignName(const CNodeImplBase& other);

@@ -16,18 +16,29 @@ constexpr int32_t nodeCoreVersion = 126;
 
 }  // namespace
 
+// What the reading of a tree uses again from node to node.
+struct CNodeImplBase::RecordReader {
+  tovin::iByteInputStream& stream;
+  tovin::NarrowString className = {};
+  AttributePacker packer = {};
+  tovin::Ptr<CPropertyCollection> spare = {};
+};
+
 void CNodeImplBase::writeCore(tovin::iByteOutputStream& stream) const {
   WriteCompactInt(stream, nodeCoreVersion);
   if (const RarePart* part = rarePart())
     part->name.serialize(stream);
   else
     cppNodeQName::WriteTexts(stream, name_, nullptr, nullptr);
-  const tovin::iPropertyCollection* collection = FindPropCollection();
-  WriteBool(stream, collection);
-  if (collection) collection->serialize(stream);
+  WriteBool(stream, properties());
+  if (const AttributeBlock* attributes = packed())
+    CPropertyCollection::SerializeBlock(stream, *attributes);
+  else if (collection())
+    collection()->serialize(stream);
 }
 
-void CNodeImplBase::readCore(tovin::iByteInputStream& stream) {
+void CNodeImplBase::readCore(RecordReader& reader) {
+  tovin::iByteInputStream& stream = reader.stream;
   CleanOutNodeData(false);
   RecordVersion::requireFrom(stream, nodeCoreVersion);
   ztUniqueString texts[3];
@@ -35,7 +46,28 @@ void CNodeImplBase::readCore(tovin::iByteInputStream& stream) {
   if (texts[1] || texts[2]) ensureRarePart();
   SetUniqueNodeName(texts[0]);
   if (RarePart* part = rarePart()) part->name.share(texts[0], texts[1], texts[2]);
-  if (ReadBool(stream)) EnsurePropCollectionExists()->deserialize(stream);
+  if (ReadBool(stream)) readProperties(reader);
+}
+
+// A collection that nobody asked for reads them; the node takes the block that it leaves, or else all of it.
+void CNodeImplBase::readProperties(RecordReader& reader) {
+  if (CPropertyCollection* present = collection()) return present->Deserialize(reader.stream, reader.packer);
+  if (!reader.spare) reader.spare = tovin::Ptr<CPropertyCollection>(CPropertyCollection::allocate());
+  try {
+    reader.spare->Deserialize(reader.stream, reader.packer);
+  } catch (...) {
+    takeProperties(reader);
+    throw;
+  }
+  takeProperties(reader);
+}
+
+void CNodeImplBase::takeProperties(RecordReader& reader) {
+  if (AttributeBlock* attributes = reader.spare->SurrenderBlock()) return setPacked(attributes);
+  reader.spare->_setOwner(inode());
+  reader.spare->addRef();
+  setCollection(reader.spare.get());
+  reader.spare.reset();
 }
 
 void CNodeImplBase::SerializeNode(tovin::iByteOutputStream& stream, bool withChildren) const {
@@ -77,12 +109,13 @@ int32_t CNodeImplBase::readChildCount(tovin::iByteInputStream& stream) {
 }
 
 // Reads a child's class and attaches a new instance of it.
-iNode* CNodeImplBase::readChildInstance(tovin::iByteInputStream& stream, tovin::NarrowString& room) {
-  ReadNarrowString(stream, room);
+iNode* CNodeImplBase::readChildInstance(RecordReader& reader) {
+  tovin::NarrowString& className = reader.className;
+  ReadNarrowString(reader.stream, className);
   tovin::MemPtr<tovin::Object, tovin::InstanceDeallocator> made(
-      tovin::Class::requireClass(tovin::ClassTag(room.c_str())).newInstance());
+      tovin::Class::requireClass(tovin::ClassTag(className.c_str())).newInstance());
   auto* child = tovin::seek<iNode>(made.get());
-  if (!child) throw tovin::Exception(L"Class %hs is not a node class", room);
+  if (!child) throw tovin::Exception(L"Class %hs is not a node class", className);
   made.detach();
   const tovin::Ptr<iNode> held(child);
   AddChildNode(child, NumChildNodes());
@@ -96,9 +129,9 @@ void CNodeImplBase::DeserializeNode(tovin::iByteInputStream& stream, bool withCh
       int32_t missing;
     };
     std::vector<Step> steps;
-    tovin::NarrowString className;
+    RecordReader reader{stream};
     const auto begin = [&](CNodeImplBase& node) {
-      node.readCore(stream);
+      node.readCore(reader);
       const int32_t count = withChildren ? node.readChildCount(stream) : 0;
       if (count > 0) steps.push_back({&node, count});
     };
@@ -106,8 +139,10 @@ void CNodeImplBase::DeserializeNode(tovin::iByteInputStream& stream, bool withCh
     while (!steps.empty()) {
       Step& step = steps.back();
       CNodeImplBase* parent = step.node;
-      if (--step.missing == 0) steps.pop_back();
-      iNode* child = parent->readChildInstance(stream, className);
+      const bool last = --step.missing == 0;
+      if (last) steps.pop_back();
+      iNode* child = parent->readChildInstance(reader);
+      if (last) parent->children_.shrink();
       CNodeImplBase* core = coreOf(child);
       if (core && core->isWalked()) {
         core->ReadClassRecord(stream);

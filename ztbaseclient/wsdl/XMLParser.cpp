@@ -4,13 +4,12 @@
 
 #include <algorithm>
 #include <climits>
-#include <cstring>
 #include <span>
 #include <string>
 #include <utility>
 
 #include "tovinCore/Guard.h"
-#include "ztbaseclient/node/CBaseNode.h"
+#include "ztbaseclient/node/NodeBuilder.h"
 #include "ztcore/ztCompress.h"
 #include "ztcore/ztFile.h"
 
@@ -40,36 +39,7 @@ constexpr wchar_t nullPointer[] = L"Cannot dereference a NULL pointer";
 
 }  // namespace
 
-// Makes nodes out of expat's texts, with room for widened texts that is used again.
-class CWsdlParser::XMLParser::Builder {
- public:
-  CBaseNode* makeNode(const char* name, const char** attributes) {
-    tovin::Ptr<CBaseNode> node(CBaseNode::allocate());
-    node->setName(widen(name_, name));
-    if (*attributes) {
-      tovin::iPropertyCollection* properties = node->getProperties();
-      for (; *attributes; attributes += 2) {
-        properties->define(widen(name_, attributes[0]), widen(text_, attributes[1]), 0);
-      }
-    }
-    return node.detachUncounted();
-  }
-
- private:
-  // One wide character a byte: the document's encoding is not undone here.
-  static const wchar_t* widen(std::wstring& room, const char* bytes) {
-    const auto* first = reinterpret_cast<const unsigned char*>(bytes);
-    const size_t count = std::strlen(bytes);
-    room.resize(count);
-    std::copy(first, first + count, room.begin());
-    return room.c_str();
-  }
-
-  std::wstring name_;
-  std::wstring text_;
-};
-
-CWsdlParser::XMLParser::XMLParser() : builder_(std::make_unique<Builder>()) {}
+CWsdlParser::XMLParser::XMLParser() : builder_(std::make_unique<NodeBuilder>()) {}
 
 CWsdlParser::XMLParser::~XMLParser() {
   tovin::guardedDestruction("CWsdlParser::XMLParser", [&] { reset(); });
@@ -89,6 +59,7 @@ void CWsdlParser::XMLParser::reset() {
 }
 
 void CWsdlParser::XMLParser::freeExpat() noexcept {
+  builder_->forget();
   if (expat_) XML_ParserFree(std::exchange(expat_, nullptr));
 }
 
@@ -273,27 +244,30 @@ void CWsdlParser::XMLParser::charHandler(void* userData, const char* text, int l
 
 void CWsdlParser::XMLParser::startElementImpl(const char* name, const char** attributes) {
   if (root_ && !current_) throw tovin::Exception(nullPointer);
-  if (expat_ && addsTooMuch(name, attributes)) return stop();
-  const tovin::Ptr<tovin::iNode> node(builder_->makeNode(name, attributes));
+  builder_->look(name, attributes);
+  if (expat_ && addsTooMuch()) return stop();
+  const tovin::Ptr<CBaseNode> node = builder_->make();
   if (!root_)
-    root_ = node;
+    root_ = tovin::Ptr<tovin::iNode>(node.get());
   else
-    current_->appendChild(node.get());
-  current_ = node;
+    NodeBuilder::append(*current_, *node);
+  current_ = tovin::Ptr<tovin::iNode>(node.get());
 }
 
 // What is not written but comes from definitions (default values of attributes) or out of entities
 // multiplies: a small document can ask for any amount of memory. Texts count, and what a property or a node
 // takes beside them. All that comes out of an entity stands where its reference does.
-bool CWsdlParser::XMLParser::addsTooMuch(const char* name, const char** attributes) {
+bool CWsdlParser::XMLParser::addsTooMuch() {
   constexpr size_t besideTexts = 32;
   constexpr size_t alwaysAllowed = size_t{8} << 20;
   constexpr size_t allowedForByte = 10;
   const long long index = XML_GetCurrentByteIndex(expat_);
   const bool written = index != std::exchange(lastIndex_, index);
-  const int specified = written ? XML_GetSpecifiedAttributeCount(expat_) : 0;
-  size_t size = written ? 0 : besideTexts + std::strlen(name);
-  for (int i = 0; attributes[i]; ++i) size += std::strlen(attributes[i]) + (i < specified ? 0 : besideTexts);
+  const size_t attributes = builder_->attributeCount();
+  const size_t specified = written ? static_cast<size_t>(XML_GetSpecifiedAttributeCount(expat_)) / 2 : 0;
+  size_t size = builder_->textSize() + (written ? 0 : besideTexts + builder_->nameSize());
+  // A name and a text.
+  if (attributes > specified) size += 2 * besideTexts * (attributes - specified);
   const size_t there = written ? static_cast<size_t>(XML_GetCurrentByteCount(expat_)) : 0;
   if (size > there) added_ += size - there;
   addsTooMuch_ = added_ > alwaysAllowed + allowedForByte * static_cast<size_t>(std::max(index, 0LL));
@@ -302,6 +276,7 @@ bool CWsdlParser::XMLParser::addsTooMuch(const char* name, const char** attribut
 
 void CWsdlParser::XMLParser::endElementImpl(const char*) {
   if (!current_) throw tovin::Exception(nullPointer);
+  NodeBuilder::close(*current_);
   current_ = tovin::Ptr<tovin::iNode>(current_->findParent());
 }
 

@@ -10,6 +10,7 @@
 #include "ztbaseclient/wsdl/CWsdlParser.h"
 
 struct XML_ParserStruct;
+class NodeBuilder;
 
 /// Builds a node tree from an XML document: elements become nodes, attributes properties, all else is passed
 /// over.
@@ -53,8 +54,6 @@ class ZTBASECLIENT_API CWsdlParser::XMLParser {
   static void charHandler(void* userData, const char* text, int length);
 
  private:
-  class Builder;
-
   struct Place {
     int64_t line;
     int64_t column;
@@ -75,7 +74,7 @@ class ZTBASECLIENT_API CWsdlParser::XMLParser {
   [[noreturn]] void throwParseError() const;
   template <class Body>
   void protect(Body&& body);
-  bool addsTooMuch(const char* name, const char** attributes);
+  bool addsTooMuch();
   void startElementImpl(const char* name, const char** attributes);
   void endElementImpl(const char* name);
   void charHandlerImpl(const char* text, int length);
@@ -86,7 +85,7 @@ class ZTBASECLIENT_API CWsdlParser::XMLParser {
   tovin::Ptr<tovin::iNode> root_;
   tovin::Ptr<tovin::iNode> current_;
   tovin::Array<unsigned char> raw_;
-  std::unique_ptr<Builder> builder_;
+  std::unique_ptr<NodeBuilder> builder_;
   // What a callback threw: it must not pass through the C parser.
   std::exception_ptr failure_;
   // About how many bytes of the document are not written in it, and where the last element stood.
