@@ -7,6 +7,43 @@
 
 namespace tovin {
 
+namespace {
+
+[[noreturn]] void refuseLeak() {
+  throw Exception("Object leak, object being returned to pool when none were outstanding...");
+}
+
+}  // namespace
+
+inline void Pool::putInto(Block*& first, FreeSlots Block::*kind, const Place& place) noexcept {
+  Block* block =
+      reinterpret_cast<Block*>(static_cast<std::byte*>(place.memory) - place.slot * objectSize_) - 1;
+  FreeSlots& slots = block->*kind;
+  if (slots.map == 0) slots.next = std::exchange(first, block);
+  slots.map |= uint64_t{1} << place.slot;
+}
+
+inline Pool::Place Pool::takeFrom(Block*& first, FreeSlots Block::*kind) {
+  Block* block = first;
+  FreeSlots& slots = block->*kind;
+  const auto slot = static_cast<uint8_t>(std::countr_zero(slots.map));
+  slots.map &= slots.map - 1;
+  if (slots.map == 0) first = slots.next;
+  return {reinterpret_cast<std::byte*>(block + 1) + slot * objectSize_, slot};
+}
+
+inline Pool::Place Pool::takeResting() {
+  Place place;
+  if (resting_) {
+    place = takeFrom(resting_, &Block::resting);
+  } else {
+    place.memory = strays_->back();
+    strays_->pop_back();
+  }
+  place.resting = true;
+  return place;
+}
+
 Pool::Place Pool::take() {
   AutoCriticalSection held(lock_);
   held.lock(lockTimeout, true);
@@ -22,38 +59,10 @@ Pool::Place Pool::take() {
   return place;
 }
 
-Pool::Place Pool::takeResting() {
-  Place place;
-  if (resting_) {
-    place = takeFrom(resting_, &Block::resting);
-  } else {
-    place.memory = strays_->back();
-    strays_->pop_back();
-  }
-  place.resting = true;
-  return place;
-}
-
 Pool::Block* Pool::makeBlock() const {
   void* memory = AllocBase::_alloc(sizeof(Block) + objectSize_ * objectsPerBlock);
   if (!memory) throw MemoryException(static_cast<long long>(objectSize_), objectsPerBlock);
   return new (memory) Block{{}, {~uint64_t{0}, nullptr}};
-}
-
-Pool::Place Pool::takeFrom(Block*& first, FreeSlots Block::*kind) {
-  Block* block = first;
-  FreeSlots& slots = block->*kind;
-  const auto slot = static_cast<uint8_t>(std::countr_zero(slots.map));
-  slots.map &= slots.map - 1;
-  if (slots.map == 0) first = slots.next;
-  return {reinterpret_cast<std::byte*>(block + 1) + slot * objectSize_, slot};
-}
-
-void Pool::putInto(Block*& first, FreeSlots Block::*kind, const Place& place) noexcept {
-  Block* block = reinterpret_cast<Block*>(static_cast<std::byte*>(place.memory) - place.slot * objectSize_) - 1;
-  FreeSlots& slots = block->*kind;
-  if (slots.map == 0) slots.next = std::exchange(first, block);
-  slots.map |= uint64_t{1} << place.slot;
 }
 
 void Pool::undoTake(const Place& place) {
@@ -68,17 +77,21 @@ void Pool::adopt(PooledObject& object, const Place& place) noexcept {
   object.slot_ = place.slot;
 }
 
-void Pool::requireOutstanding() const {
-  if (outstanding_ > 0) return;
-  throw Exception("Object leak, object being returned to pool when none were outstanding...");
+inline void Pool::requireOutstanding() const {
+  if (outstanding_ == 0) refuseLeak();
+}
+
+inline bool Pool::isToBeDestroyed(const PooledObject& object) {
+  using Origin = PooledObject::Origin;
+  const bool counted = object.origin_ == Origin::block || object.origin_ == Origin::heap;
+  const bool keptAlways = counted && limit_ == -1 && !Object::m_dontUsePools.load(std::memory_order_relaxed);
+  return !keptAlways && isUnwanted(object);
 }
 
 // Whether an object is no longer wanted at all; it is then counted out no more.
-bool Pool::isToBeDestroyed(const PooledObject& object) {
+bool Pool::isUnwanted(const PooledObject& object) {
   using Origin = PooledObject::Origin;
   if (object.origin_ == Origin::plainNew) return true;
-  const bool pooling = !Object::m_dontUsePools.load(std::memory_order_relaxed);
-  if (pooling && limit_ == -1 && object.origin_ != Origin::elsewhere) return false;
   AutoCriticalSection held(lock_);
   held.lock(lockTimeout, true);
   if (object.origin_ == Origin::elsewhere) {
@@ -86,9 +99,26 @@ bool Pool::isToBeDestroyed(const PooledObject& object) {
     throw Exception(L"An object of class %hs that its pool did not make cannot be returned to it",
                     object.getClassTag());
   }
+  const bool pooling = !Object::m_dontUsePools.load(std::memory_order_relaxed);
   if (pooling && (limit_ == -1 || outstanding_ < limit_)) return false;
   --outstanding_;
   return true;
+}
+
+inline bool Pool::keep(const PooledObject& object, void* memory) noexcept {
+  if (!liesInBlock(object)) return keepStray(memory);
+  putInto(resting_, &Block::resting, {memory, object.slot_});
+  return true;
+}
+
+bool Pool::keepStray(void* memory) noexcept {
+  try {
+    if (!strays_) strays_ = new std::vector<void*>;
+    strays_->push_back(memory);
+    return true;
+  } catch (...) {
+    return false;  // no memory to remember it by
+  }
 }
 
 bool Pool::giveBack(PooledObject& object, void* memory, std::exception_ptr& failure) {
@@ -105,20 +135,6 @@ bool Pool::giveBack(PooledObject& object, void* memory, std::exception_ptr& fail
   if (failure || !keep(object, memory)) return false;
   leaks_.setResting(++free_);
   return true;
-}
-
-bool Pool::keep(const PooledObject& object, void* memory) noexcept {
-  if (liesInBlock(object)) {
-    putInto(resting_, &Block::resting, {memory, object.slot_});
-    return true;
-  }
-  try {
-    if (!strays_) strays_ = new std::vector<void*>;
-    strays_->push_back(memory);
-    return true;
-  } catch (...) {
-    return false;  // no memory to remember it by
-  }
 }
 
 void Pool::recycle(const Place& place) {

@@ -75,7 +75,9 @@ class TOVIN_API Pool {
   Block* makeBlock() const;
   void requireOutstanding() const;
   bool isToBeDestroyed(const PooledObject& object);
+  bool isUnwanted(const PooledObject& object);
   bool keep(const PooledObject& object, void* memory) noexcept;
+  bool keepStray(void* memory) noexcept;
 
   CriticalSection lock_;
   const size_t objectSize_;

@@ -169,9 +169,8 @@ bool compareSetWithText(Evaluator& evaluator, TermId set, Token operation, TermI
   }
   const bool equality = operation == Token::equal;
   std::wstring room;
-  return anyNode(evaluator, set, context, [&](const auto& node) {
-    return isText(evaluator, node, wanted, room) == equality;
-  });
+  return anyNode(evaluator, set, context,
+                 [&](const auto& node) { return isText(evaluator, node, wanted, room) == equality; });
 }
 
 bool compareSetWithNumber(Evaluator& evaluator, TermId set, Token operation, double wanted,

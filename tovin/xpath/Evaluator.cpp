@@ -5,10 +5,10 @@
 
 #include "tovin/values/DoubleValue.h"
 #include "tovin/values/StringValue.h"
-#include "tovinCore/Numbers.h"
 #include "tovin/xpath/Comparison.h"
 #include "tovin/xpath/Functions.h"
 #include "tovin/xpath/XPathNumbers.h"
+#include "tovinCore/Numbers.h"
 
 namespace tovin::xpath {
 namespace {

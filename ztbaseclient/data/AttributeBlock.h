@@ -7,10 +7,11 @@
 #include "tovin/AttributeView.h"
 #include "ztbaseclient/Export.h"
 
-/// Properties of which nobody asked for an object yet, in one block: names, flags and kinds in order, then the
-/// texts end to end. docs/architecture.md has a picture.
+/// Properties of which nobody asked for an object yet, in one block: names, flags and kinds in order, then
+/// the texts end to end. docs/architecture.md has a picture.
 ///
-/// - Ownership: one reference to each name, unless its flag 0x40 says that nobody gives it back. Destroyed with
+/// - Ownership: one reference to each name, unless its flag 0x40 says that nobody gives it back. Destroyed
+/// with
 ///   destroy().
 /// - Shape: texts have one byte a unit while all are below U+0100, else two; numbers lie among them.
 class ZTBASECLIENT_API AttributeBlock {

@@ -120,7 +120,8 @@ class PlainValue {
       case Kind::nullValue:
         return OwnedValue(tovin::NullValue::shared().cloneValue());
       default:
-        return kind_ == Kind::text ? made<tovin::StringValue>(text_) : OwnedValue(tovin::StringValue::allocate());
+        return kind_ == Kind::text ? made<tovin::StringValue>(text_)
+                                   : OwnedValue(tovin::StringValue::allocate());
     }
   }
 

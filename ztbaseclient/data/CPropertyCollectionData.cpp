@@ -100,9 +100,8 @@ CProperty* CPropertyCollectionData::GetProperty(const wchar_t* name) const {
 }
 
 const tovin::Value& CPropertyCollectionData::GetValue(unsigned index) const {
-  return guarded({ClassName, "GetValue"}, [&]() -> const tovin::Value& {
-    return at(checkedIndex(index))->getValue();
-  });
+  return guarded({ClassName, "GetValue"},
+                 [&]() -> const tovin::Value& { return at(checkedIndex(index))->getValue(); });
 }
 
 int CPropertyCollectionData::GetIndex(const wchar_t* name) const {
@@ -198,8 +197,9 @@ void CPropertyCollectionData::StandOn(AttributeBlock* block) {
 
 AttributeBlock* CPropertyCollectionData::SurrenderBlock() noexcept {
   if (GetNumProperties() == 0 && !propertyClass_) return AttributeBlock::none();
-  const bool whole = packed_ && GetNumProperties() == packed_->getCount() &&
-                     std::all_of(properties_.begin(), properties_.end(), [](const CProperty* p) { return !p; });
+  const bool whole =
+      packed_ && GetNumProperties() == packed_->getCount() &&
+      std::all_of(properties_.begin(), properties_.end(), [](const CProperty* p) { return !p; });
   if (!whole) return nullptr;
   SetHashNeedsRebuild();
   properties_.clear();
@@ -231,7 +231,8 @@ void CPropertyCollectionData::dropBefore(unsigned count) {
   SetHashNeedsRebuild();
   // Those that were never made go at once: none behind them is packed.
   CProperty** const all = properties_.data();
-  const auto made = std::remove(std::make_reverse_iterator(all + count), std::make_reverse_iterator(all), nullptr);
+  const auto made =
+      std::remove(std::make_reverse_iterator(all + count), std::make_reverse_iterator(all), nullptr);
   const auto packed = static_cast<unsigned>(made.base() - all);
   properties_.removeFirst(packed);
   dropBlock();
@@ -355,6 +356,7 @@ void CPropertyCollectionData::SetName(unsigned index, const wchar_t* name) {
 }
 
 void CPropertyCollectionData::Clear() {
+  if (GetNumProperties() == 0 && !packed_ && !index_) return;
   guarded({ClassName, "Clear"}, [&] { Shorten(0); });
 }
 

@@ -121,8 +121,7 @@ void CNodeImplBase::SetUniqueNodeName(const wchar_t* name) noexcept {
 
 void CNodeImplBase::assignName(const CNodeImplBase& other) {
   ztUniqueStrings::Assign(name_, other.name_);
-  if (RarePart* part = rarePart())
-    part->name = other.rarePart() ? other.rarePart()->name : cppNodeQName();
+  if (RarePart* part = rarePart()) part->name = other.rarePart() ? other.rarePart()->name : cppNodeQName();
 }
 
 // A name that was read without its qualified form.
@@ -203,7 +202,7 @@ void CNodeImplBase::setPacked(AttributeBlock* attributes) const noexcept {
   properties() = reinterpret_cast<uintptr_t>(attributes) | packedBit;
 }
 
-void CNodeImplBase::DeletePropCollection() {
+void CNodeImplBase::dropProperties() {
   AttributeBlock* attributes = packed();
   CPropertyCollection* present = collection();
   properties() = 0;
@@ -214,7 +213,7 @@ void CNodeImplBase::DeletePropCollection() {
   present->release();
 }
 
-void CNodeImplBase::ClearCollection() {
+void CNodeImplBase::removeProperties() {
   if (AttributeBlock* attributes = packed()) {
     setPacked(AttributeBlock::none());
     AttributeBlock::destroy(attributes);
@@ -287,8 +286,7 @@ bool CNodeImplBase::RemoveChildNode(const iNode* child) {
   return true;
 }
 
-void CNodeImplBase::ClearChildren() {
-  if (NumChildNodes() == 0) return;
+void CNodeImplBase::dropChildren() {
   guarded({ClassName, "ClearChildren"}, [&] {
     ChildList released = children_.takeAll();
     tovin::Releasing releasing;

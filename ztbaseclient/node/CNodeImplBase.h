@@ -84,8 +84,12 @@ class ZTBASECLIENT_API CNodeImplBase {
     return properties() ? EnsurePropCollectionExists() : nullptr;
   }
   tovin::iPropertyCollection* EnsurePropCollectionExists() const;
-  void DeletePropCollection();
-  void ClearCollection();
+  void DeletePropCollection() {
+    if (properties()) dropProperties();
+  }
+  void ClearCollection() {
+    if (properties()) removeProperties();
+  }
 
   unsigned NumChildNodes() const { return children_.getSize(); }
   std::span<tovin::iNode* const> GetChildNodes() const { return children_.view(); }
@@ -96,7 +100,9 @@ class ZTBASECLIENT_API CNodeImplBase {
   void AddChildNode(tovin::iNode* child, unsigned index);
   void ReplaceChildNode(tovin::iNode* child, unsigned index);
   void RemoveChildNode(unsigned index);
-  void ClearChildren();
+  void ClearChildren() {
+    if (NumChildNodes() > 0) dropChildren();
+  }
   void AppendChildNode(tovin::iNode* child);
   void InsertChildNodeBefore(tovin::iNode* newChild, const tovin::iNode* refChild);
   void ReplaceChildNodeBy(tovin::iNode* oldChild, tovin::iNode* newChild);
@@ -190,6 +196,9 @@ class ZTBASECLIENT_API CNodeImplBase {
   void setPacked(AttributeBlock* attributes) const noexcept;
   void setCollection(CPropertyCollection* counted) const noexcept;
   int valueIndex() const;
+  void dropProperties();
+  void removeProperties();
+  void dropChildren();
   bool ownsCollection() const noexcept { return !rarePart() || rarePart()->ownsCollection; }
   const wchar_t* joinName() const;
   void assignName(const CNodeImplBase& other);

@@ -19,7 +19,10 @@ constexpr int32_t nodeCoreVersion = 126;
 // What the reading of a tree uses again from node to node.
 struct CNodeImplBase::RecordReader {
   tovin::iByteInputStream& stream;
+  // Of the last child; the next one is of the same, as a rule.
   tovin::NarrowString className = {};
+  tovin::Class* nodeClass = nullptr;
+  tovin::NarrowString room = {};
   AttributePacker packer = {};
   tovin::Ptr<CPropertyCollection> spare = {};
 };
@@ -111,9 +114,13 @@ int32_t CNodeImplBase::readChildCount(tovin::iByteInputStream& stream) {
 // Reads a child's class and attaches a new instance of it.
 iNode* CNodeImplBase::readChildInstance(RecordReader& reader) {
   tovin::NarrowString& className = reader.className;
-  ReadNarrowString(reader.stream, className);
-  tovin::MemPtr<tovin::Object, tovin::InstanceDeallocator> made(
-      tovin::Class::requireClass(tovin::ClassTag(className.c_str())).newInstance());
+  ReadNarrowString(reader.stream, reader.room);
+  if (!reader.nodeClass || reader.room != className) {
+    reader.nodeClass = nullptr;
+    className = reader.room;
+    reader.nodeClass = &tovin::Class::requireClass(tovin::ClassTag(className.c_str()));
+  }
+  tovin::MemPtr<tovin::Object, tovin::InstanceDeallocator> made(reader.nodeClass->newInstance());
   auto* child = tovin::seek<iNode>(made.get());
   if (!child) throw tovin::Exception(L"Class %hs is not a node class", className);
   made.detach();

@@ -135,9 +135,7 @@ class ChildList {
 
   bool isShared() const noexcept { return bits_ & shared; }
   Shared* sharedPart() const noexcept { return reinterpret_cast<Shared*>(bits_ & ~shared); }
-  Block* block() const noexcept {
-    return isShared() ? sharedPart()->block : reinterpret_cast<Block*>(bits_);
-  }
+  Block* block() const noexcept { return isShared() ? sharedPart()->block : reinterpret_cast<Block*>(bits_); }
   void setBlock(Block* block) noexcept {
     if (isShared())
       sharedPart()->block = block;

@@ -48,15 +48,16 @@ void NodeBuilder::look(const char* name, const char** attributes) {
   }
 }
 
-tovin::Ptr<CBaseNode> NodeBuilder::make() {
-  tovin::Ptr<CBaseNode> node(CBaseNode::allocate());
-  CNodeImplBase& core = *node;
+tovin::Ptr<tovin::iNode> NodeBuilder::make() {
+  CBaseNode* made = CBaseNode::allocate();
+  tovin::Ptr<tovin::iNode> node(made);
+  CNodeImplBase& core = *made;
   core.SetUniqueNodeName(nameOf(name_, shareNodeName).text);
   if (attributes_.empty()) return node;
   if (pack())
     core.setPacked(packer_.pack());
   else
-    define(*node);
+    define(*made);
   return node;
 }
 
@@ -94,7 +95,7 @@ void NodeBuilder::define(CBaseNode& node) {
   }
 }
 
-void NodeBuilder::append(tovin::iNode& parent, CBaseNode& child) {
+void NodeBuilder::append(tovin::iNode& parent, tovin::iNode& child) {
   if (typeid(parent) != typeid(CBaseNode)) return parent.appendChild(&child);
   CNodeImplBase& core = static_cast<CBaseNode&>(parent);
   core.AddChildNode(&child, core.NumChildNodes());

@@ -25,9 +25,9 @@ class NodeBuilder {
   size_t textSize() const noexcept { return textSize_; }
   size_t nameSize() const noexcept { return name_.size(); }
   /// A node of it. "Property %ls already exists\n" for attribute names that differ by ASCII case only.
-  tovin::Ptr<CBaseNode> make();
+  tovin::Ptr<tovin::iNode> make();
   /// Appends a node that make() gave.
-  static void append(tovin::iNode& parent, CBaseNode& child);
+  static void append(tovin::iNode& parent, tovin::iNode& child);
   /// To be called when no child follows.
   static void close(tovin::iNode& node) noexcept;
   void forget() noexcept;

@@ -149,7 +149,9 @@ class NodeImpl : public CNodeImplBase, public Interface {
   void setParent(const iNode* parent) override { SetParentNode(parent); }
   std::span<iNode* const> getChildren() const override { return GetChildNodes(); }
 
-  unsigned attributeCount() const override { return IsPlain() ? NumProperties() : Interface::attributeCount(); }
+  unsigned attributeCount() const override {
+    return IsPlain() ? NumProperties() : Interface::attributeCount();
+  }
   tovin::AttributeView viewAttribute(unsigned index) const override {
     return IsPlain() ? ViewProperty(index) : Interface::viewAttribute(index);
   }

@@ -35,7 +35,9 @@ cppNodeQName::~cppNodeQName() {
 
 void cppNodeQName::setName(const wchar_t* name) { replace(qualifiedName_, name); }
 
-void cppNodeQName::setUniqueName(const wchar_t* name) noexcept { ztUniqueStrings::Assign(qualifiedName_, name); }
+void cppNodeQName::setUniqueName(const wchar_t* name) noexcept {
+  ztUniqueStrings::Assign(qualifiedName_, name);
+}
 
 void cppNodeQName::setLocalName(const wchar_t* name) {
   replace(localName_, name);
@@ -107,5 +109,6 @@ void cppNodeQName::share(const wchar_t* qname, const wchar_t* local, const wchar
 void cppNodeQName::onActivate() noexcept { qualifiedName_ = localName_ = prefix_ = nullptr; }
 
 void cppNodeQName::onDeactivate() noexcept {
-  for (const wchar_t** field : {&prefix_, &localName_, &qualifiedName_}) ztUniqueStrings::Assign(*field, nullptr);
+  for (const wchar_t** field : {&prefix_, &localName_, &qualifiedName_})
+    ztUniqueStrings::Assign(*field, nullptr);
 }

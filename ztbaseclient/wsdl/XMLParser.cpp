@@ -246,12 +246,12 @@ void CWsdlParser::XMLParser::startElementImpl(const char* name, const char** att
   if (root_ && !current_) throw tovin::Exception(nullPointer);
   builder_->look(name, attributes);
   if (expat_ && addsTooMuch()) return stop();
-  const tovin::Ptr<CBaseNode> node = builder_->make();
+  tovin::Ptr<tovin::iNode> node = builder_->make();
   if (!root_)
-    root_ = tovin::Ptr<tovin::iNode>(node.get());
+    root_ = node;
   else
     NodeBuilder::append(*current_, *node);
-  current_ = tovin::Ptr<tovin::iNode>(node.get());
+  current_ = std::move(node);
 }
 
 // What is not written but comes from definitions (default values of attributes) or out of entities

@@ -144,7 +144,8 @@ class TwoTrees {
     const auto size = static_cast<int>(node.properties.size());
     const auto children = static_cast<int>(node.children.size());
     const tovin::MemPtr<tovin::Value, tovin::InstanceDeallocator> made(value(b));
-    const auto first = static_cast<unsigned>(size ? a % size : 0), second = static_cast<unsigned>(size ? b % size : 0);
+    const auto first = static_cast<unsigned>(size ? a % size : 0),
+               second = static_cast<unsigned>(size ? b % size : 0);
     const auto child = static_cast<unsigned>(children ? a % children : 0);
     if (operation < 4) {
       at.getProperties()->define(name.c_str(), *made, operation == 0 ? 0x10 : 0);
@@ -184,7 +185,8 @@ class TwoTrees {
 
   static void applyToModel(PlainNode& node, int operation, int a, int b, const std::wstring& name) {
     const size_t size = node.properties.size(), children = node.children.size();
-    const size_t first = size ? static_cast<size_t>(a) % size : 0, second = size ? static_cast<size_t>(b) % size : 0;
+    const size_t first = size ? static_cast<size_t>(a) % size : 0,
+                 second = size ? static_cast<size_t>(b) % size : 0;
     const size_t child = children ? static_cast<size_t>(a) % children : 0;
     const auto at = node.properties.begin() + static_cast<std::ptrdiff_t>(first);
     const auto below = node.children.begin() + static_cast<std::ptrdiff_t>(child);
@@ -267,7 +269,8 @@ class TwoTrees {
   static void count(const PlainNode& node, int& nodes, int& attributes, int& wanted) {
     ++nodes;
     attributes += static_cast<int>(node.properties.size());
-    for (const PlainProperty& each : node.properties) wanted += each.name == L"p1" && each.text == L"t\x00E9xt";
+    for (const PlainProperty& each : node.properties)
+      wanted += each.name == L"p1" && each.text == L"t\x00E9xt";
     for (const PlainNode& child : node.children) count(child, nodes, attributes, wanted);
   }
   void expectCount(const wchar_t* query, int wanted) {
