@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <type_traits>
 
 #include "tovinCore/Exception.h"
 #include "tovinCore/Units.h"
@@ -50,17 +51,31 @@ class Buffered {
   unsigned char bytes_[1024];
 };
 
-void writeUnits(iByteOutputStream& stream, std::wstring_view text) {
-  const size_t units = countUnits(text);
+// Calls body(char16_t) for each unit.
+template <class Body>
+void forTextUnits(std::wstring_view text, Body&& body) {
+  for (wchar_t c : text) forUnits(static_cast<uint32_t>(c), body);
+}
+template <class Body>
+void forTextUnits(std::u16string_view text, Body&& body) {
+  for (char16_t unit : text) body(unit);
+}
+template <class Body>
+void forTextUnits(std::string_view text, Body&& body) {
+  for (char c : text) body(static_cast<char16_t>(static_cast<unsigned char>(c)));
+}
+
+template <class Text>
+void writeUnits(iByteOutputStream& stream, Text text) {
+  size_t units = text.size();
+  if constexpr (std::is_same_v<Text, std::wstring_view>) units = countUnits(text);
   if (units >= INT32_MAX) throw Exception(L"A text of %d units is too long for a record", units);
   writeInt(stream, static_cast<int32_t>(units) + 1);
   if (units == 0) return;
   requireKnownVersion(stream.getSerializationVersion());
   Buffered out(stream);
   const bool raw = stream.getSerializationVersion() == rawUtf16Version;
-  for (wchar_t c : text) {
-    forUnits(static_cast<uint32_t>(c), [&](char16_t unit) { raw ? out.putRaw(unit) : out.put(unit); });
-  }
+  forTextUnits(text, [&](char16_t unit) { raw ? out.putRaw(unit) : out.put(unit); });
   out.flush();
 }
 
@@ -203,7 +218,7 @@ bool readBool(iByteInputStream& stream) {
 
 void writeWide(iByteOutputStream& stream, const wchar_t* text) {
   if (text)
-    writeUnits(stream, text);
+    writeUnits(stream, std::wstring_view(text));
   else
     writeInt(stream, 0);
 }
@@ -214,6 +229,10 @@ void writeWide(iByteOutputStream& stream, const WideString& text) {
   else
     writeUnits(stream, text.view());
 }
+
+void writeWide(iByteOutputStream& stream, std::string_view text) { writeUnits(stream, text); }
+
+void writeWide(iByteOutputStream& stream, std::u16string_view text) { writeUnits(stream, text); }
 
 void readWide(iByteInputStream& stream, WideString& text) {
   const int32_t count = checkedCount(readInt(stream));

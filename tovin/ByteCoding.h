@@ -28,6 +28,9 @@ TOVIN_API bool readBool(iByteInputStream& stream);
 /// one UTF-8 sequence a unit from version 2 on, surrogates each by itself.
 TOVIN_API void writeWide(iByteOutputStream& stream, const wchar_t* text);
 TOVIN_API void writeWide(iByteOutputStream& stream, const WideString& text);
+/// Of a text whose units are all below U+0100, one byte each.
+TOVIN_API void writeWide(iByteOutputStream& stream, std::string_view text);
+TOVIN_API void writeWide(iByteOutputStream& stream, std::u16string_view text);
 TOVIN_API void readWide(iByteInputStream& stream, WideString& text);
 /// The body alone, of any length.
 TOVIN_API void readWideBody(iByteInputStream& stream, WideString& text, int32_t count);

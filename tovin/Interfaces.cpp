@@ -23,6 +23,15 @@ void* identityOf(Interface* self, const ClassTag& tag) {
 
 void* iProperty::_SeekClassIdentity(const ClassTag& tag) { return identityOf(this, tag); }
 void* iPropertyCollection::_SeekClassIdentity(const ClassTag& tag) { return identityOf(this, tag); }
+// A class of another making is asked for its objects.
+unsigned iNode::attributeCount() const { return hasProperties() ? getProperties()->getSize() : 0; }
+
+AttributeView iNode::viewAttribute(unsigned index) const {
+  return AttributeView::of(*static_cast<const iPropertyCollection*>(getProperties())->get(index));
+}
+
+AttributeView iNode::viewValue() const { return AttributeView::of(getValue()); }
+
 void* iNode::_SeekClassIdentity(const ClassTag& tag) { return identityOf(this, tag); }
 void* iXPathParser::_SeekClassIdentity(const ClassTag& tag) { return identityOf(this, tag); }
 void* iPropertyInfo::_SeekClassIdentity(const ClassTag& tag) { return tag == Tag ? this : nullptr; }

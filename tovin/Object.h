@@ -119,8 +119,9 @@ class TOVIN_API PooledObject : public virtual Object {
   enum class Origin : unsigned char { elsewhere, plainNew, heap, block };
   static Origin originOf(const PooledObject* object) noexcept;
 
-  PooledObject* next_ = nullptr;
   Origin origin_;
+  // Which one of its block it is.
+  unsigned char slot_ = 0;
 };
 
 }  // namespace tovin

@@ -1,22 +1,25 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <exception>
+#include <new>
+#include <vector>
 
 #include "tovin/Object.h"
 #include "tovinCore/CriticalSection.h"
 
 namespace tovin {
 
-/// What every pool shares, whatever its class: the lock, the counts, the free objects and the blocks they lie
-/// in.
+/// What every pool shares, whatever its class: the lock, the counts, and the blocks with a map of their free
+/// slots, which go out from the lowest on.
 ///
 /// - Threads: any; every step holds the critical section, with a time-out of 60 000 ms.
 /// - Memory: objects lie in blocks of 64, which stay with the pool for the life of the process.
 class TOVIN_API Pool {
  public:
   Pool(size_t objectSize, long limit, LeakDetector& leaks)
-      : objectSize_(objectSize), limit_(limit), leaks_(leaks) {}
+      : objectSize_((objectSize + alignment - 1) / alignment * alignment), limit_(limit), leaks_(leaks) {}
   Pool(const Pool&) = delete;
   Pool& operator=(const Pool&) = delete;
 
@@ -24,31 +27,57 @@ class TOVIN_API Pool {
   long getFree() const noexcept { return free_; }
 
  protected:
-  static constexpr long lockTimeout = 60'000;
-  static constexpr size_t objectsPerBlock = 64;
+  /// Where an object lies, or will: a slot of a block, or memory of its own, null until it is made.
+  struct Place {
+    void* memory = nullptr;
+    uint8_t slot = 0;
+    /// An object rests there.
+    bool resting = false;
+  };
 
-  /// Counts one object out: a free one, or null and memory to build one in.
-  PooledObject* take(void*& memory);
-  /// Building failed: the memory goes back and the count down.
-  void undoTake(void* memory);
-  /// Tells the object that take() gave memory for where that came from.
-  static void adopt(PooledObject& object, void* memory);
+  /// Counts one object out: one that rests, or else a place to make one in.
+  Place take();
+  /// Making it failed: the place goes back and the count down.
+  void undoTake(const Place& place);
+  /// Tells a new object where it lies.
+  static void adopt(PooledObject& object, const Place& place) noexcept;
   /// Takes an object back. True: it was kept. False: it is counted out no more, and the caller destroys it.
+  /// \param memory where the whole object begins.
   /// \param failure out: what its onDeactivate threw; an object that could not put its things away is not
   /// kept.
-  bool giveBack(PooledObject& object, std::exception_ptr& failure);
-  /// Where the memory of an object that giveBack() refused goes after its destructor ran.
-  void recycle(void* memory);
-  static bool liesInBlock(const PooledObject& object) {
+  bool giveBack(PooledObject& object, void* memory, std::exception_ptr& failure);
+  /// Takes the place of an object that giveBack() refused, after its destructor ran.
+  void recycle(const Place& place);
+  static bool liesInBlock(const PooledObject& object) noexcept {
     return object.origin_ == PooledObject::Origin::block;
   }
+  static uint8_t slotOf(const PooledObject& object) noexcept { return object.slot_; }
 
  private:
-  // A piece of a block that holds no object.
-  struct Slot {
-    Slot* next;
+  static constexpr long lockTimeout = 60'000;
+  static constexpr size_t alignment = alignof(std::max_align_t);
+
+  // Stands before 64 objects. A bit of each map is a slot; a block whose map has none is not in that list.
+  struct Block;
+  struct FreeSlots {
+    uint64_t map = 0;
+    Block* next = nullptr;
   };
-  void* takeSlot();
+  struct alignas(alignment) Block {
+    FreeSlots resting;
+    FreeSlots empty;
+  };
+  static constexpr unsigned objectsPerBlock = 64;
+
+  Place takeResting();
+  Place takeFrom(Block*& first, FreeSlots Block::*kind);
+  void putInto(Block*& first, FreeSlots Block::*kind, const Place& place) noexcept;
+  Block* makeBlock() const;
+  void requireOutstanding() const;
+  bool isToBeDestroyed(const PooledObject& object);
+  bool isUnwanted(const PooledObject& object);
+  bool keep(const PooledObject& object, void* memory) noexcept;
+  bool keepStray(void* memory) noexcept;
 
   CriticalSection lock_;
   const size_t objectSize_;
@@ -56,10 +85,11 @@ class TOVIN_API Pool {
   LeakDetector& leaks_;
   long outstanding_ = 0;
   long free_ = 0;
-  PooledObject* firstFree_ = nullptr;
-  Slot* firstSlot_ = nullptr;
-  std::byte* unused_ = nullptr;
-  std::byte* unusedEnd_ = nullptr;
+  // The blocks in which objects rest, and those that have slots without one.
+  Block* resting_ = nullptr;
+  Block* empty_ = nullptr;
+  // Resting objects that were made while no pools were used. Never destroyed, as the blocks.
+  std::vector<void*>* strays_ = nullptr;
 };
 
 /// The registration object of a pooled class. Limit: up to so many outstanding objects are kept on their
@@ -103,10 +133,11 @@ class PooledClassImp : public Class, public Pool {
   void deallocate(T*& object) {
     T* given = std::exchange(object, nullptr);
     std::exception_ptr failure;
-    if (!given || giveBack(*given, failure)) return;
+    if (!given || giveBack(*given, given, failure)) return;
     if (liesInBlock(*given)) {
+      const Place place{given, slotOf(*given)};
       given->~T();
-      recycle(given);
+      recycle(place);
     } else {
       delete given;
     }
@@ -115,14 +146,14 @@ class PooledClassImp : public Class, public Pool {
 
  private:
   T* takeOrMake() {
-    void* memory = nullptr;
-    if (PooledObject* free = take(memory)) return static_cast<T*>(free);
+    const Place place = take();
+    if (place.resting) return std::launder(static_cast<T*>(place.memory));
     try {
-      T* object = constructed([&] { return memory ? new (memory) T : new T; });
-      adopt(*object, memory);
+      T* object = constructed([&] { return place.memory ? new (place.memory) T : new T; });
+      adopt(*object, place);
       return object;
     } catch (...) {
-      undoTake(memory);
+      undoTake(place);
       throw;
     }
   }

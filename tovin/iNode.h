@@ -2,6 +2,7 @@
 
 #include <span>
 
+#include "tovin/AttributeView.h"
 #include "tovin/ReferenceSet.h"
 #include "tovin/iPropertyCollection.h"
 #include "tovin/values/IntegerArrayValue.h"
@@ -73,6 +74,12 @@ class TOVIN_API iNode : public iHaveProperties {
 
   /// All children at once, for walks over whole trees: borrowed until a child comes or goes.
   virtual std::span<iNode* const> getChildren() const = 0;
+
+  /// The properties one by one, and the value, as they stand: to look at one makes no object of it.
+  virtual unsigned attributeCount() const;
+  /// \param index below attributeCount(), unchecked.
+  virtual AttributeView viewAttribute(unsigned index) const;
+  virtual AttributeView viewValue() const;
 };
 
 }  // namespace tovin

@@ -28,6 +28,13 @@ class ZTCORE_API ztUniqueStrings {
   /// One more reference to a text handed out before; null for null.
   static const wchar_t* AddReference(const wchar_t* text) noexcept;
 
+  /// Has a field hold a text that was handed out before, or null, in place of what it holds.
+  static void Assign(const wchar_t*& field, const wchar_t* sharedText) noexcept {
+    const wchar_t* old = field;
+    field = AddReference(sharedText);
+    Release(old);
+  }
+
   /// How many distinct texts are held now.
   static size_t GetCount();
 

@@ -53,8 +53,8 @@ template <class Meets>
 bool anyNode(Evaluator& evaluator, TermId nodes, const Context& context, Meets&& meets) {
   const uint32_t attributes = evaluator.plainAttributeStep(nodes);
   if (attributes != Evaluator::noStep) {
-    return !evaluator.visitProperties(attributes, context.item,
-                                      [&](const iProperty& property, uint32_t) { return !meets(property); });
+    return !evaluator.visitViews(attributes, context.item,
+                                 [&](const AttributeView& view, uint32_t) { return !meets(view); });
   }
   return !evaluator.visitSomehow(nodes, context, [&](const Item& item) { return !meets(item); });
 }
@@ -146,6 +146,19 @@ bool compareSets(Evaluator& evaluator, TermId left, Token operation, TermId righ
                    [&](double number) { return meetsNumber(number, operation, others); });
 }
 
+bool isText(Evaluator& evaluator, const Item& item, std::wstring_view wanted, std::wstring& room) {
+  return equalTexts(evaluator.viewText(item, room), wanted);
+}
+
+// A narrow text is compared where it lies.
+bool isText(Evaluator& evaluator, const AttributeView& view, std::wstring_view wanted, std::wstring& room) {
+  if (view.kind != AttributeView::Kind::text || view.unit != 1)
+    return equalTexts(evaluator.viewText(view, room), wanted);
+  return std::ranges::equal(view.narrow(), wanted, [](char unit, wchar_t other) {
+    return static_cast<wchar_t>(static_cast<unsigned char>(unit)) == other;
+  });
+}
+
 bool compareSetWithText(Evaluator& evaluator, TermId set, Token operation, TermId other,
                         const Context& context) {
   std::wstring made;
@@ -155,8 +168,9 @@ bool compareSetWithText(Evaluator& evaluator, TermId set, Token operation, TermI
     return meetsText(wanted, operation, summaryOf(evaluator, set, operation, context, room));
   }
   const bool equality = operation == Token::equal;
-  return anyText(evaluator, set, context,
-                 [&](std::wstring_view text) { return equalTexts(text, wanted) == equality; });
+  std::wstring room;
+  return anyNode(evaluator, set, context,
+                 [&](const auto& node) { return isText(evaluator, node, wanted, room) == equality; });
 }
 
 bool compareSetWithNumber(Evaluator& evaluator, TermId set, Token operation, double wanted,

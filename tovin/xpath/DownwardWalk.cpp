@@ -48,9 +48,12 @@ DownwardWalk::DownwardWalk(Evaluator& evaluator, const Stage& stage, const NodeS
       inspecting_(inspectingSteps(evaluator.expression(), stage)) {}
 
 bool DownwardWalk::run(Visit visit) {
-  if (isPlainSearch()) {
+  const bool plainSearch = isPlainSearch();
+  if (plainSearch || isPlainPath()) {
     return std::ranges::all_of(contexts_, [&](const Item& context) {
-      return context.isAttribute() || search(evaluator_.tree().childrenOf(context.element), visit);
+      if (context.isAttribute()) return true;
+      const Children top = evaluator_.tree().childrenOf(context.element);
+      return plainSearch ? search(top, visit) : follow(top, visit);
     });
   }
   while (nextContext_ < contexts_.size()) {
@@ -99,6 +102,39 @@ bool DownwardWalk::search(Children top, Visit visit) {
       if (!visit(item)) return false;
     }
     if (!below.empty()) levels.push_back({below, insideFound});
+  }
+  return true;
+}
+
+// Whether it is nothing but a/b/c from contexts that do not overlap.
+bool DownwardWalk::isPlainPath() const noexcept {
+  return stage_.children == bit(stage_.steps.count) - 1 && !stage_.attributes && !stage_.descendants &&
+         !stage_.selves && !stage_.chosen && !inspecting_ && !meetsContexts_;
+}
+
+// The walk for that: how deep a node lies tells its step, and what is found lies at one depth.
+bool DownwardWalk::follow(Children top, Visit visit) {
+  std::vector<Children> levels{top};
+  fetch(upTo(top, 0, nearestChildren));
+  while (!levels.empty()) {
+    Children& left = levels.back();
+    if (left.empty()) {
+      levels.pop_back();
+      continue;
+    }
+    const Item item{left.front()};
+    fetch(upTo(left, nearestChildren, 1));
+    left = left.subspan(1);
+    evaluator_.allowance().spend();
+    const auto depth = static_cast<uint32_t>(levels.size());
+    if (!evaluator_.matches(stage_.steps.first + depth - 1, item)) continue;
+    if (depth == stage_.steps.count) {
+      if (!visit(item)) return false;
+      continue;
+    }
+    const Children below = item.element->getChildren();
+    fetch(upTo(below, 0, nearestChildren));
+    levels.push_back(below);
   }
   return true;
 }
@@ -165,9 +201,8 @@ void DownwardWalk::fetchAttributes(const Frame& frame, const iNode& child) {
   for (States steps = (frame.own | frame.reach) & inspecting_; steps; steps &= steps - 1) {
     const auto step = static_cast<uint32_t>(std::countr_zero(steps));
     if (!evaluator_.matches(stage_.steps.first + step, {&child})) continue;
-    if (!child.hasProperties()) return;
-    const iPropertyCollection* properties = child.getProperties();
-    return __builtin_prefetch(properties->get(0u));
+    if (child.attributeCount() > 0) __builtin_prefetch(child.viewAttribute(0).name);
+    return;
   }
 }
 

@@ -48,6 +48,8 @@ class DownwardWalk {
 
   bool isPlainSearch() const noexcept;
   bool search(Children top, Visit visit);
+  bool isPlainPath() const noexcept;
+  bool follow(Children top, Visit visit);
   bool begin(const Item& context, Visit visit);
   bool meet(Frame& frame, Visit visit);
   bool meetChosen(Frame& frame, Visit visit);

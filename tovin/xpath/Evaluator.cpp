@@ -8,6 +8,7 @@
 #include "tovin/xpath/Comparison.h"
 #include "tovin/xpath/Functions.h"
 #include "tovin/xpath/XPathNumbers.h"
+#include "tovinCore/Numbers.h"
 
 namespace tovin::xpath {
 namespace {
@@ -28,6 +29,16 @@ bool isLeaf(const Item& item) { return item.isElement() && item.element->getChil
 double numberOfValue(const Value& value, std::wstring& room) {
   if (value.getClassTag() == DoubleValue::Tag) return doubleOf(value);
   return textToNumber(textOfValue(value, room));
+}
+
+std::wstring_view widened(const AttributeView& text, std::wstring& room) {
+  if (text.unit == 1) {
+    const auto* first = reinterpret_cast<const unsigned char*>(text.narrow().data());
+    room.assign(first, first + text.length);
+  } else {
+    room.assign(text.wide().begin(), text.wide().end());
+  }
+  return room;
 }
 
 }  // namespace
@@ -231,11 +242,11 @@ NodeSet Evaluator::sorted(std::vector<Item> items) {
 void Evaluator::appendText(const Item& item, std::wstring& text) {
   std::wstring room;
   if (item.isAttribute()) {
-    text += textOfValue(propertyOf(item).getValue(), room);
+    text += viewText(viewOf(item), room);
     return;
   }
   axes_.visit(Axis::descendantOrSelf, item, [&](const Item& each) {
-    if (each.element && each.element->hasProperties()) text += textOfValue(each.element->getValue(), room);
+    if (each.element && each.element->hasProperties()) text += viewText(each.element->viewValue(), room);
     return true;
   });
 }
@@ -246,28 +257,41 @@ std::wstring Evaluator::textOf(const Item& item) {
   return text;
 }
 
-std::wstring_view Evaluator::viewText(const iProperty& property, std::wstring& room) {
-  return textOfValue(property.getValue(), room);
+std::wstring_view Evaluator::viewText(const AttributeView& view, std::wstring& room) {
+  switch (view.kind) {
+    case AttributeView::Kind::text:
+      return widened(view, room);
+    case AttributeView::Kind::number:
+      return room = numberToText(view.number);
+    case AttributeView::Kind::integer:
+      return room = util::integerToString(view.integer);
+    case AttributeView::Kind::nullText:
+    case AttributeView::Kind::nullValue:
+      return {};
+    default:
+      return textOfValue(view.object(), room);
+  }
 }
 
 std::wstring_view Evaluator::viewText(const Item& item, std::wstring& room) {
-  if (item.isAttribute()) return viewText(propertyOf(item), room);
+  if (item.isAttribute()) return viewText(viewOf(item), room);
   if (isLeaf(item)) {
     if (!item.element->hasProperties()) return {};
-    return textOfValue(item.element->getValue(), room);
+    return viewText(item.element->viewValue(), room);
   }
   room.clear();
   appendText(item, room);
   return room;
 }
 
-double Evaluator::numberOf(const iProperty& property, std::wstring& room) {
-  return numberOfValue(property.getValue(), room);
+double Evaluator::numberOf(const AttributeView& view, std::wstring& room) {
+  if (view.kind == AttributeView::Kind::number) return view.number;
+  return view.isObject() ? numberOfValue(view.object(), room) : textToNumber(viewText(view, room));
 }
 
 double Evaluator::numberOf(const Item& item, std::wstring& room) {
-  if (item.isAttribute()) return numberOf(propertyOf(item), room);
-  if (isLeaf(item) && item.element->hasProperties()) return numberOfValue(item.element->getValue(), room);
+  if (item.isAttribute()) return numberOf(viewOf(item), room);
+  if (isLeaf(item) && item.element->hasProperties()) return numberOf(item.element->viewValue(), room);
   return textToNumber(viewText(item, room));
 }
 

@@ -61,10 +61,10 @@ class Evaluator {
   std::wstring textOf(const Item& item);
   /// The same without a copy where it stands in one piece; the room is used where it does not.
   std::wstring_view viewText(const Item& item, std::wstring& room);
-  static std::wstring_view viewText(const iProperty& property, std::wstring& room);
+  static std::wstring_view viewText(const AttributeView& view, std::wstring& room);
   /// The string-value as a number; a value that is one is taken as it is.
   double numberOf(const Item& item, std::wstring& room);
-  static double numberOf(const iProperty& property, std::wstring& room);
+  static double numberOf(const AttributeView& view, std::wstring& room);
 
   /// Whether a term of a predicate gives the same for every context.
   bool isFixed(TermId id) const {
@@ -79,9 +79,9 @@ class Evaluator {
   /// The step of a term that asks the context for attributes by a test alone; noStep for any other.
   uint32_t plainAttributeStep(TermId id) const;
   static constexpr uint32_t noStep = UINT32_MAX;
-  using VisitProperty = FunctionRef<bool(const iProperty& property, uint32_t index)>;
-  /// The properties that an attribute step takes, whatever its predicates.
-  bool visitProperties(uint32_t step, const Item& from, VisitProperty visit);
+  using VisitView = FunctionRef<bool(const AttributeView& view, uint32_t index)>;
+  /// The attributes that an attribute step takes, whatever its predicates.
+  bool visitViews(uint32_t step, const Item& from, VisitView visit);
   /// Whether the element or root passes a step's test and its predicates, which do not count.
   bool accepts(uint32_t step, const Item& item) {
     return matches(step, item) && passes(expression_.steps[step].predicates, item);

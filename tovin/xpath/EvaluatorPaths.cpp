@@ -226,24 +226,22 @@ bool Evaluator::visitTested(uint32_t index, const Item& from, Visit visit) {
 }
 
 bool Evaluator::visitAttributes(uint32_t step, const Item& from, Visit visit) {
-  return visitProperties(step, from, [&](const iProperty&, uint32_t index) {
+  return visitViews(step, from, [&](const AttributeView&, uint32_t index) {
     return visit({from.element, index});
   });
 }
 
 // The value of a node is no attribute of it, but can be asked for by its name, as every property can.
-bool Evaluator::visitProperties(uint32_t index, const Item& from, VisitProperty visit) {
+bool Evaluator::visitViews(uint32_t index, const Item& from, VisitView visit) {
   const Step& step = expression_.steps[index];
-  if (!from.isElement() || step.test.kind == NodeTest::Kind::nothing || !from.element->hasProperties())
-    return true;
-  const iPropertyCollection* properties = from.element->getProperties();
+  if (!from.isElement() || step.test.kind == NodeTest::Kind::nothing) return true;
   const bool byName = step.test.kind == NodeTest::Kind::name;
-  for (uint32_t i = 0, size = properties->getSize(); i < size; ++i) {
-    const iProperty* property = properties->get(i);
+  for (uint32_t i = 0, count = from.element->attributeCount(); i < count; ++i) {
+    const AttributeView view = from.element->viewAttribute(i);
     allowance().spend();
-    if (!names_[index].matches(step.test, property->getName())) continue;
-    if (!byName && property->getInfo()->getMetaDataFlags().has(MetaDataFlags::nodeValue)) continue;
-    if (!visit(*property, i)) return false;
+    if (!names_[index].matches(step.test, view.name)) continue;
+    if (!byName && view.isNodeValue()) continue;
+    if (!visit(view, i)) return false;
   }
   return true;
 }

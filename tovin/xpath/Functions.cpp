@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <optional>
 
 #include "tovin/xpath/Evaluator.h"
 #include "tovin/xpath/Texts.h"
@@ -162,24 +163,34 @@ bool always(Evaluator&, Range, const Context&) { return true; }
 
 bool never(Evaluator&, Range, const Context&) { return false; }
 
-const iProperty* languageOf(Evaluator& evaluator, const iNode* element) {
+// Among more, a name is looked for by the collection, which has an index then.
+constexpr unsigned fewAttributes = 9;
+
+std::optional<AttributeView> languageOf(Evaluator& evaluator, const iNode* element) {
   for (; element; element = element->findParent()) {
     evaluator.allowance().spend();
-    if (!element->hasProperties()) continue;
-    const iPropertyCollection* properties = element->getProperties();
-    if (const iProperty* language = properties->find(L"xml:lang")) return language;
+    const unsigned count = element->attributeCount();
+    if (count > fewAttributes) {
+      const iPropertyCollection* properties = element->getProperties();
+      if (const iProperty* language = properties->find(L"xml:lang")) return AttributeView::of(*language);
+      continue;
+    }
+    for (unsigned i = 0; i < count; ++i) {
+      const AttributeView view = element->viewAttribute(i);
+      if (equalFolded(view.name, L"xml:lang")) return view;
+    }
   }
-  return nullptr;
+  return std::nullopt;
 }
 
 // True for the language that the nearest xml:lang names, and for a more general one.
 bool lang(Evaluator& evaluator, Range arguments, const Context& context) {
   const Text text(evaluator, arguments, 0, context);
   const std::wstring_view wanted = text.view();
-  const iProperty* property = languageOf(evaluator, context.item.element);
-  if (!property) return false;
+  const std::optional<AttributeView> found = languageOf(evaluator, context.item.element);
+  if (!found) return false;
   std::wstring room;
-  const std::wstring_view language = Evaluator::viewText(*property, room);
+  const std::wstring_view language = Evaluator::viewText(*found, room);
   return equalFolded(language.substr(0, wanted.size()), wanted) &&
          (language.size() == wanted.size() || language[wanted.size()] == L'-');
 }

@@ -54,16 +54,21 @@ class Tree {
   iNode* top_;
 };
 
-/// The property of an attribute.
+/// The property of an attribute, made of what was read if it is not there yet.
 inline const iProperty& propertyOf(const Item& attribute) {
   const iNode* element = attribute.element;
   return *static_cast<const iPropertyCollection*>(element->getProperties())->get(attribute.attribute);
 }
 
+/// The attribute as it stands.
+inline AttributeView viewOf(const Item& attribute) {
+  return attribute.element->viewAttribute(attribute.attribute);
+}
+
 /// The qualified name; null for the document root.
 inline const wchar_t* nameOf(const Item& item) {
   if (item.isRoot()) return nullptr;
-  return item.isAttribute() ? propertyOf(item).getName() : item.element->getName();
+  return item.isAttribute() ? viewOf(item).name : item.element->getName();
 }
 
 }  // namespace tovin::xpath

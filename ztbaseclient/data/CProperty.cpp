@@ -1,5 +1,6 @@
 #include "ztbaseclient/data/CProperty.h"
 
+#include <algorithm>
 #include <atomic>
 #include <cmath>
 #include <cwchar>
@@ -8,6 +9,7 @@
 #include "tovin/AllocBase.h"
 #include "tovin/Ptr.h"
 #include "tovin/values/DoubleValue.h"
+#include "tovin/values/IntegerValue.h"
 #include "tovin/values/NullValue.h"
 #include "tovin/values/StringValue.h"
 #include "tovin/values/ValueUtil.h"
@@ -16,6 +18,7 @@
 #include "ztbaseclient/framework/StreamPrimitives.h"
 #include "ztcore/ztUniqueStrings.h"
 
+using tovin::AttributeView;
 using tovin::guarded;
 using tovin::MetaDataFlags;
 
@@ -46,6 +49,119 @@ bool isSame(const tovin::WideString& a, const tovin::WideString& b) { return a =
 bool isSame(double a, double b) { return a == b || (std::isnan(a) && std::isnan(b)); }
 
 bool isShareable(const wchar_t* name) { return name && *name != L'_'; }
+
+void writeValueClass(tovin::iByteOutputStream& stream, const tovin::ClassTag& tag) {
+  WriteCompactInt(stream, tag.getHash(hasNewerHash(stream.getSerializationVersion())));
+}
+
+tovin::Class& readValueClass(tovin::iByteInputStream& stream) {
+  int32_t hash = 0;
+  ReadCompactInt(stream, hash);
+  return tovin::Class::requireClass(tovin::ClassTag(hash, hasNewerHash(stream.getSerializationVersion())));
+}
+
+// Flags for which a block has room.
+bool isPackable(MetaDataFlags flags) { return flags.getBits() <= 0xFF; }
+
+// A value of one of the kinds that are packed.
+class PlainValue {
+ public:
+  /// \param room for the text, borrowed.
+  explicit PlainValue(tovin::WideString& room) : text_(room) {}
+
+  // False for a class of another kind, of which nothing is read.
+  bool read(const tovin::Class& valueClass, tovin::iByteInputStream& stream) {
+    if (&valueClass == &tovin::StringValue::m_class) {
+      ReadWideString(stream, text_);
+      kind_ = text_.isNull() ? Kind::nullText : Kind::text;
+    } else if (&valueClass == &tovin::DoubleValue::m_class) {
+      tovin::DoubleValue number;
+      number.deserialize(stream);
+      number_ = number.getDouble();
+      kind_ = Kind::number;
+    } else if (&valueClass == &tovin::IntegerValue::m_class) {
+      ReadCompactInt(stream, integer_);
+      kind_ = Kind::integer;
+    } else {
+      return &valueClass == &tovin::NullValue::m_class;
+    }
+    return true;
+  }
+  void take(const AttributeView& packed) {
+    kind_ = packed.kind;
+    if (kind_ == Kind::number) number_ = packed.number;
+    if (kind_ == Kind::integer) integer_ = packed.integer;
+    if (kind_ != Kind::text) return;
+    text_.setLength(packed.length);
+    if (packed.unit == 1)
+      std::transform(packed.narrow().begin(), packed.narrow().end(), text_.data(),
+                     [](char c) { return static_cast<wchar_t>(static_cast<unsigned char>(c)); });
+    else
+      std::copy(packed.wide().begin(), packed.wide().end(), text_.data());
+  }
+  bool addTo(AttributePacker& packer, const wchar_t* name) const {
+    switch (kind_) {
+      case Kind::text:
+        return packer.addText(name, text_.view());
+      case Kind::number:
+        return packer.addNumber(name, number_);
+      case Kind::integer:
+        return packer.addInteger(name, integer_);
+      default:
+        return packer.addNull(name, kind_);
+    }
+  }
+  OwnedValue make() const {
+    switch (kind_) {
+      case Kind::number:
+        return made<tovin::DoubleValue>(number_);
+      case Kind::integer:
+        return made<tovin::IntegerValue>(integer_);
+      case Kind::nullValue:
+        return OwnedValue(tovin::NullValue::shared().cloneValue());
+      default:
+        return kind_ == Kind::text ? made<tovin::StringValue>(text_)
+                                   : OwnedValue(tovin::StringValue::allocate());
+    }
+  }
+
+ private:
+  using Kind = AttributeView::Kind;
+  template <class ValueType, class Content>
+  static OwnedValue made(const Content& content) {
+    ValueType* value = ValueType::allocate();
+    OwnedValue owned(value);
+    *value = content;
+    return owned;
+  }
+
+  Kind kind_ = Kind::nullValue;
+  tovin::WideString& text_;
+  double number_ = 0;
+  int32_t integer_ = 0;
+};
+
+void writePackedValue(tovin::iByteOutputStream& stream, const AttributeView& packed) {
+  switch (packed.kind) {
+    case AttributeView::Kind::number:
+      writeValueClass(stream, tovin::DoubleValue::Tag);
+      return tovin::DoubleValue(packed.number).serialize(stream);
+    case AttributeView::Kind::integer:
+      writeValueClass(stream, tovin::IntegerValue::Tag);
+      return static_cast<void>(WriteCompactInt(stream, packed.integer));
+    case AttributeView::Kind::nullValue:
+      return writeValueClass(stream, tovin::NullValue::Tag);
+    default:
+      break;
+  }
+  writeValueClass(stream, tovin::StringValue::Tag);
+  if (packed.kind == AttributeView::Kind::nullText)
+    WriteWideString(stream, nullptr);
+  else if (packed.unit == 1)
+    tovin::coding::writeWide(stream, packed.narrow());
+  else
+    tovin::coding::writeWide(stream, packed.wide());
+}
 
 }  // namespace
 
@@ -87,8 +203,12 @@ class CProperty::FreshName {
   }
   bool isOwn() const noexcept { return own_; }
   bool isShared() const noexcept { return text_ && !own_; }
-  // To be asked once: whether the reference is one that nobody gives back, so that the text stays for ever.
-  bool becomesKept() const noexcept { return !created_ || newNames.fetch_add(1) + 1 < keptNames; }
+  // Whether the reference is one that nobody gives back, so that the text stays for ever. Counts a new name.
+  bool becomesKept() noexcept {
+    if (std::exchange(created_, false)) kept_ = newNames.fetch_add(1) + 1 < keptNames;
+    return kept_;
+  }
+  const wchar_t* get() const noexcept { return text_; }
   const wchar_t* take() noexcept { return std::exchange(text_, nullptr); }
 
  private:
@@ -102,7 +222,14 @@ class CProperty::FreshName {
   const wchar_t* text_ = nullptr;
   bool own_;
   bool created_ = false;
+  bool kept_ = true;
 };
+
+const wchar_t* CProperty::ShareName(const wchar_t* text) {
+  FreshName fresh(text);
+  fresh.becomesKept();
+  return fresh.take();
+}
 
 void CProperty::SetName(const wchar_t* text) {
   guarded({ClassName, "SetName"}, [&] {
@@ -283,17 +410,26 @@ void CProperty::serialize(tovin::iByteOutputStream& stream) const {
   guarded({ClassName, "serialize"}, [&] {
     WriteWideString(stream, name_);
     const tovin::Value& value = getValue();
-    WriteCompactInt(stream, value.getClassTag().getHash(hasNewerHash(stream.getSerializationVersion())));
+    writeValueClass(stream, value.getClassTag());
     value.serialize(stream);
     WriteCompactInt(stream, static_cast<int32_t>(flags_.getBits()));
+  });
+}
+
+void CProperty::WritePacked(tovin::iByteOutputStream& stream, const AttributeView& packed) {
+  guarded({ClassName, "serialize"}, [&] {
+    WriteWideString(stream, packed.name);
+    writePackedValue(stream, packed);
+    WriteCompactInt(stream, packed.flags);
   });
 }
 
 void CProperty::deserialize(tovin::iByteInputStream& stream) {
   guarded({ClassName, "deserialize"}, [&] {
     try {
-      readName(stream);
-      readValue(stream);
+      FreshName name = readName(stream);
+      if (name.get()) takeName(name);
+      readValue(readValueClass(stream), stream);
       int32_t flags = 0;
       ReadCompactInt(stream, flags);
       flags_ = MetaDataFlags(static_cast<uint32_t>(flags));
@@ -304,37 +440,75 @@ void CProperty::deserialize(tovin::iByteInputStream& stream) {
   });
 }
 
+// Reads the fields of deserialize(); until all are there the packer stays as it is.
+tovin::Ptr<CProperty> CProperty::ReadPacked(tovin::iByteInputStream& stream, AttributePacker& packer) {
+  return guarded({ClassName, "deserialize"}, [&] {
+    FreshName name = readName(stream);
+    const bool packable = name.isShared();
+    if (packable) name.becomesKept();
+    tovin::Class& valueClass = readValueClass(stream);
+    PlainValue plain(packer.room);
+    tovin::Ptr<CProperty> made;
+    if (!packable || !plain.read(valueClass, stream)) {
+      made = tovin::Ptr<CProperty>(allocate());
+      made->readValue(valueClass, stream);
+    }
+    int32_t flags = 0;
+    ReadCompactInt(stream, flags);
+    const MetaDataFlags bits(static_cast<uint32_t>(flags));
+    if (!made && isPackable(bits) && plain.addTo(packer, name.get())) {
+      name.take();
+      packer.setFlags(static_cast<uint8_t>(bits.getBits()));
+      return made;
+    }
+    if (!made) {
+      made = tovin::Ptr<CProperty>(allocate());
+      made->AttachValue(plain.make().detach());
+    }
+    if (name.get()) made->takeName(name);
+    made->flags_ = bits;
+    return made;
+  });
+}
+
+tovin::Ptr<CProperty> CProperty::Unpack(const AttributeView& packed) {
+  const tovin::Ptr<CProperty> made(allocate());
+  tovin::WideString room;
+  PlainValue plain(room);
+  plain.take(packed);
+  made->AttachValue(plain.make().detach());
+  made->name_ = packed.name;
+  made->flags_ = packed.flags;
+  return made;
+}
+
 void CProperty::empty() {
   AttachValue(nullptr);
   dropName();
   flags_ = MetaDataFlags();
 }
 
-void CProperty::readName(tovin::iByteInputStream& stream) {
+CProperty::FreshName CProperty::readName(tovin::iByteInputStream& stream) {
   int32_t count = 0;
   ReadCompactInt(stream, count);
   const int32_t units = tovin::coding::checkedCount(count);
-  if (units < 0) return;
+  if (units < 0) return FreshName(nullptr);
   if (units < stackNameUnits) {
     wchar_t name[stackNameUnits];
     if (units > 0) ReadWideChars(stream, name, units);
     name[units] = L'\0';
-    return SetName(name);
+    return FreshName(name);
   }
   tovin::WideString name;
   tovin::coding::readWideBody(stream, name, units);
-  SetName(name);
+  return FreshName(name);
 }
 
-void CProperty::readValue(tovin::iByteInputStream& stream) {
-  int32_t hash = 0;
-  ReadCompactInt(stream, hash);
-  const tovin::ClassTag tag(hash, hasNewerHash(stream.getSerializationVersion()));
-  tovin::Class& found = tovin::Class::requireClass(tag);
-  if (!value_ || !value_->_SeekClassIdentity(found.getTag())) {
-    tovin::MemPtr<tovin::Object, tovin::InstanceDeallocator> made(found.newInstance());
+void CProperty::readValue(tovin::Class& valueClass, tovin::iByteInputStream& stream) {
+  if (!value_ || !value_->_SeekClassIdentity(valueClass.getTag())) {
+    tovin::MemPtr<tovin::Object, tovin::InstanceDeallocator> made(valueClass.newInstance());
     auto* value = tovin::seek<tovin::Value>(made.get());
-    if (!value) throw tovin::Exception(L"Class %hs is not a value class", found.getTag());
+    if (!value) throw tovin::Exception(L"Class %hs is not a value class", valueClass.getTag());
     made.detach();
     AttachValue(value);
   }

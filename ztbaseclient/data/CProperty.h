@@ -3,8 +3,10 @@
 #include <cstdint>
 
 #include "tovin/FrameworkClass.h"
+#include "tovin/Ptr.h"
 #include "tovin/iProperty.h"
 #include "ztbaseclient/Export.h"
+#include "ztbaseclient/data/AttributeBlock.h"
 
 class CPropertyCollectionData;
 
@@ -85,6 +87,15 @@ class ZTBASECLIENT_API CProperty
   void onActivate() override;
   void onDeactivate() override;
 
+  /// The same record into a packer; what cannot be packed is the result, with the count 0: else null.
+  static tovin::Ptr<CProperty> ReadPacked(tovin::iByteInputStream& stream, AttributePacker& packer);
+  /// The record of a property that is packed.
+  static void WritePacked(tovin::iByteOutputStream& stream, const tovin::AttributeView& packed);
+  /// A property of what was packed, whose reference to the name it takes over.
+  static tovin::Ptr<CProperty> Unpack(const tovin::AttributeView& packed);
+
+  /// A reference to the shared copy of a name that does not begin with '_', and counted if it is new.
+  static const wchar_t* ShareName(const wchar_t* text);
   /// How many unique names properties of this process were the first to use.
   static int32_t GetNewNameCount() noexcept;
 
@@ -100,8 +111,8 @@ class ZTBASECLIENT_API CProperty
   template <class ValueType, class Content>
   void setTyped(const Content& content);
   void empty();
-  void readName(tovin::iByteInputStream& stream);
-  void readValue(tovin::iByteInputStream& stream);
+  static FreshName readName(tovin::iByteInputStream& stream);
+  void readValue(tovin::Class& valueClass, tovin::iByteInputStream& stream);
 
   const wchar_t* name_ = nullptr;
   mutable tovin::Value* value_ = nullptr;

@@ -344,11 +344,23 @@ void CPropertyCollection::internalSerialize(tovin::iByteOutputStream& stream, co
   });
 }
 
+void CPropertyCollection::SerializeBlock(tovin::iByteOutputStream& stream, const AttributeBlock& block) {
+  guarded({ClassName, "serialize"}, [&] {
+    WriteCompactInt(stream, recordVersion);
+    CPropertyCollectionData::SerializeBlock(stream, block);
+  });
+}
+
 void CPropertyCollection::deserialize(tovin::iByteInputStream& stream) {
+  AttributePacker packer;
+  Deserialize(stream, packer);
+}
+
+void CPropertyCollection::Deserialize(tovin::iByteInputStream& stream, AttributePacker& packer) {
   guarded({ClassName, "deserialize"}, [&] {
     storage_->Clear();
     RecordVersion::require(stream, recordVersion);
-    storage_->deserialize(stream);
+    storage_->Deserialize(stream, packer);
   });
 }
 

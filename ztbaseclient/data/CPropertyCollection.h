@@ -80,6 +80,13 @@ class ZTBASECLIENT_API CPropertyCollection
   /// \param names only these, in that order; null for all.
   void internalSerialize(tovin::iByteOutputStream& stream, const NameList* names) const;
   void deserialize(tovin::iByteInputStream& stream) override;
+  /// \param packer empty, for the reading of several.
+  void Deserialize(tovin::iByteInputStream& stream, AttributePacker& packer);
+
+  /// What a node's properties are while none was asked for; see CPropertyCollectionData.
+  void StandOn(AttributeBlock* block) { storage_->StandOn(block); }
+  AttributeBlock* SurrenderBlock() noexcept { return storage_->SurrenderBlock(); }
+  static void SerializeBlock(tovin::iByteOutputStream& stream, const AttributeBlock& block);
 
   void onActivate() override;
   void onDeactivate() override;

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <iterator>
 #include <utility>
 
 #include "tovin/values/NullValue.h"
@@ -32,6 +33,13 @@ constexpr unsigned indexedSize = 10;
 
 using OwnedObject = tovin::MemPtr<tovin::Object, tovin::InstanceDeallocator>;
 
+void writeHeader(tovin::iByteOutputStream& stream, const tovin::Class* propertyClass, size_t count) {
+  WriteCompactInt(stream, storageVersion);
+  WriteBool(stream, !propertyClass);
+  if (propertyClass) WriteNarrowString(stream, propertyClass->getTag());
+  WriteCompactInt(stream, static_cast<int32_t>(count));
+}
+
 }  // namespace
 
 CPropertyCollectionData::CPropertyCollectionData(const CPropertyCollectionData& other)
@@ -45,11 +53,7 @@ CPropertyCollectionData& CPropertyCollectionData::operator=(const CPropertyColle
     SetHashNeedsRebuild();
     Refill([&] {
       properties_.reserve(properties_.getSize() + other.properties_.getSize());
-      for (const CProperty* source : other.properties_) {
-        const tovin::Ptr<CProperty> copy(makeProperty(other.propertyClass_));
-        copy->AssignFrom(*source);
-        append(copy.get());
-      }
+      for (unsigned i = 0; i < other.GetNumProperties(); ++i) append(other.copyOf(i).get());
     });
     propertyClass_ = other.propertyClass_;
   });
@@ -58,6 +62,18 @@ CPropertyCollectionData& CPropertyCollectionData::operator=(const CPropertyColle
 
 CPropertyCollectionData::~CPropertyCollectionData() {
   tovin::guardedDestruction(ClassName, [&] { Clear(); });
+}
+
+tovin::Ptr<CProperty> CPropertyCollectionData::copyOf(unsigned index) const {
+  const CProperty* made = properties_.data()[index];
+  if (!made) {
+    tovin::Ptr<CProperty> copy = CProperty::Unpack(packed_->view(index));
+    if (!copy->flags_.has(tovin::MetaDataFlags::sharedName)) ztUniqueStrings::AddReference(copy->name_);
+    return copy;
+  }
+  tovin::Ptr<CProperty> copy(makeProperty(propertyClass_));
+  copy->AssignFrom(*made);
+  return copy;
 }
 
 void CPropertyCollectionData::SetPropertyClass(const tovin::ClassTag& tag) {
@@ -74,19 +90,18 @@ unsigned CPropertyCollectionData::checkedIndex(unsigned index) const {
 CProperty* CPropertyCollectionData::GetProperty(int index) const {
   return guarded({ClassName, "GetProperty"}, [&] {
     if (index < 0) throw tovin::InvalidIndexException(index, static_cast<long long>(GetNumProperties()) - 1);
-    return properties_.data()[checkedIndex(static_cast<unsigned>(index))];
+    return at(checkedIndex(static_cast<unsigned>(index)));
   });
 }
 
 CProperty* CPropertyCollectionData::GetProperty(const wchar_t* name) const {
   const int index = GetIndex(name);
-  return index < 0 ? nullptr : properties_.data()[index];
+  return index < 0 ? nullptr : at(static_cast<unsigned>(index));
 }
 
 const tovin::Value& CPropertyCollectionData::GetValue(unsigned index) const {
-  return guarded({ClassName, "GetValue"}, [&]() -> const tovin::Value& {
-    return properties_.data()[checkedIndex(index)]->getValue();
-  });
+  return guarded({ClassName, "GetValue"},
+                 [&]() -> const tovin::Value& { return at(checkedIndex(index))->getValue(); });
 }
 
 int CPropertyCollectionData::GetIndex(const wchar_t* name) const {
@@ -106,7 +121,7 @@ int CPropertyCollectionData::settled(int stored, const wchar_t* name) const {
   if (index_->goneInside == 0) return at <= last ? at : -1;
   const int lowest = std::max(0, at - index_->goneInside);
   for (at = std::min(at, last); at >= lowest; --at) {
-    if (tovin::equalFolded(properties_.data()[at]->getName(), name)) return at;
+    if (tovin::equalFolded(nameAt(static_cast<unsigned>(at)), name)) return at;
   }
   return -1;
 }
@@ -114,7 +129,7 @@ int CPropertyCollectionData::settled(int stored, const wchar_t* name) const {
 // The first of several equal names, where the index answers with the last: callers rely on both.
 int CPropertyCollectionData::scan(const wchar_t* name) const {
   for (unsigned i = 0; i < GetNumProperties(); ++i) {
-    if (tovin::equalFolded(properties_.data()[i]->getName(), name)) return static_cast<int>(i);
+    if (tovin::equalFolded(nameAt(i), name)) return static_cast<int>(i);
   }
   return -1;
 }
@@ -147,13 +162,58 @@ tovin::Value* CPropertyCollectionData::NewValue(const tovin::Value* value) {
 void CPropertyCollectionData::append(CProperty* property) {
   if (properties_.isEmpty()) properties_.reserve(usualSize);
   properties_.add(property);
+  join(property);
+}
+
+void CPropertyCollectionData::join(CProperty* property) const {
   property->setParent(owner_);
-  property->storage_ = this;
+  property->storage_ = const_cast<CPropertyCollectionData*>(this);
   property->addRef();
 }
 
-// The other way round, for a property that left the array.
+CProperty* CPropertyCollectionData::unpack(unsigned index) const {
+  const tovin::Ptr<CProperty> property = CProperty::Unpack(packed_->view(index));
+  packed_->surrenderName(index);
+  properties_.data()[index] = property.get();
+  join(property.get());
+  return property.get();
+}
+
+void CPropertyCollectionData::unpackAll() {
+  if (!packed_) return;
+  for (unsigned i = 0; i < std::min(packed_->getCount(), GetNumProperties()); ++i) at(i);
+  dropBlock();
+}
+
+void CPropertyCollectionData::dropBlock() noexcept {
+  AttributeBlock::destroy(std::exchange(packed_, nullptr));
+}
+
+void CPropertyCollectionData::StandOn(AttributeBlock* block) {
+  properties_.reserve(block->getCount());
+  for (unsigned i = 0; i < block->getCount(); ++i) properties_.add(nullptr);
+  packed_ = block;
+}
+
+AttributeBlock* CPropertyCollectionData::SurrenderBlock() noexcept {
+  if (GetNumProperties() == 0 && !propertyClass_) return AttributeBlock::none();
+  const bool whole =
+      packed_ && GetNumProperties() == packed_->getCount() &&
+      std::all_of(properties_.begin(), properties_.end(), [](const CProperty* p) { return !p; });
+  if (!whole) return nullptr;
+  SetHashNeedsRebuild();
+  properties_.clear();
+  return std::exchange(packed_, nullptr);
+}
+
+tovin::AttributeView CPropertyCollectionData::View(unsigned index) const {
+  const CProperty* made = properties_.data()[checkedIndex(index)];
+  return made ? tovin::AttributeView::of(*made) : packed_->view(index);
+}
+
+// The other way round, for a property that left the array; nothing for one that was never made.
 void CPropertyCollectionData::letGo(CProperty* property) {
+  if (!property) return;
   property->storage_ = nullptr;
   property->setParent(nullptr);
   property->release();
@@ -163,13 +223,21 @@ void CPropertyCollectionData::Shorten(unsigned size) {
   SetHashNeedsRebuild();
   tovin::Releasing releasing;
   while (GetNumProperties() > size) releasing.step([&] { letGo(properties_.takeLast()); });
+  if (size == 0) dropBlock();
   releasing.finish();
 }
 
 void CPropertyCollectionData::dropBefore(unsigned count) {
   SetHashNeedsRebuild();
+  // Those that were never made go at once: none behind them is packed.
+  CProperty** const all = properties_.data();
+  const auto made =
+      std::remove(std::make_reverse_iterator(all + count), std::make_reverse_iterator(all), nullptr);
+  const auto packed = static_cast<unsigned>(made.base() - all);
+  properties_.removeFirst(packed);
+  dropBlock();
   tovin::Releasing releasing;
-  for (; count > 0; --count) {
+  for (count -= packed; count > 0; --count) {
     CProperty* property = *properties_.data();
     properties_.removeAt(0);
     releasing.step([&] { letGo(property); });
@@ -194,7 +262,9 @@ CProperty* CPropertyCollectionData::MakeNewPropertyWithCopiedValue(const wchar_t
 
 void CPropertyCollectionData::RemoveProperty(unsigned index) {
   guarded({ClassName, "RemoveProperty"}, [&] {
-    CProperty* property = properties_.data()[checkedIndex(index)];
+    checkedIndex(index);
+    unpackAll();
+    CProperty* property = at(index);
     takeFromIndex(index);
     properties_.removeAt(index);
     letGo(property);
@@ -204,10 +274,12 @@ void CPropertyCollectionData::RemoveProperty(unsigned index) {
 void CPropertyCollectionData::ReorderProperty(unsigned from, unsigned to) {
   guarded({ClassName, "ReorderProperty"}, [&] {
     if (from == to) return;
-    CProperty* property = properties_.data()[checkedIndex(from)];
+    checkedIndex(from);
     if (to >= GetNumProperties()) {
       throw tovin::InvalidIndexException(to, static_cast<long long>(GetNumProperties()) - 1);
     }
+    unpackAll();
+    CProperty* property = at(from);
     properties_.makeRoom();
     properties_.removeAt(from);
     properties_.insert(to, property);
@@ -225,6 +297,7 @@ void CPropertyCollectionData::swapProperties(unsigned a, unsigned b) {
 void CPropertyCollectionData::ReorderProperties(const NameList& names, bool createMissing,
                                                 bool removeOthers) {
   guarded({ClassName, "ReorderProperties"}, [&] {
+    unpackAll();
     const tovin::PointerList<CProperty> before(properties_);
     unsigned named = 0;
     try {
@@ -267,7 +340,7 @@ void CPropertyCollectionData::restore(const tovin::PointerList<CProperty>& befor
 
 void CPropertyCollectionData::SetName(unsigned index, const wchar_t* name) {
   guarded({ClassName, "SetName"}, [&] {
-    CProperty* property = properties_.data()[checkedIndex(index)];
+    CProperty* property = at(checkedIndex(index));
     if (!HashUpToDate() || !index_->exact) {
       property->SetName(name);
       return SetHashNeedsRebuild();
@@ -283,6 +356,7 @@ void CPropertyCollectionData::SetName(unsigned index, const wchar_t* name) {
 }
 
 void CPropertyCollectionData::Clear() {
+  if (GetNumProperties() == 0 && !packed_ && !index_) return;
   guarded({ClassName, "Clear"}, [&] { Shorten(0); });
 }
 
@@ -310,7 +384,7 @@ void CPropertyCollectionData::takeFromIndex(unsigned index) {
   // So many are looked at in the worst case, and so seldom is the index made anew: their product is the size.
   const bool farGone = index_->goneInside > 16 + static_cast<int>(std::sqrt(4.0 * last));
   if (!index_->exact || farGone || GetNumProperties() == indexedSize) return SetHashNeedsRebuild();
-  index_->map.remove(properties_.data()[index]->getName());
+  index_->map.remove(nameAt(index));
   if (index == 0)
     ++index_->goneInFront;
   else if (static_cast<int>(index) < last)
@@ -326,7 +400,7 @@ void CPropertyCollectionData::RebuildHash() const {
     index.exact = true;
     index.goneInFront = index.goneInside = 0;
     for (unsigned i = 0; i < GetNumProperties(); ++i) {
-      if (!index.map.put(properties_.data()[i]->getName(), static_cast<int>(i))) index.exact = false;
+      if (!index.map.put(nameAt(i), static_cast<int>(i))) index.exact = false;
     }
     index.needsRebuild = false;
   });
@@ -345,23 +419,39 @@ void CPropertyCollectionData::serializeSubset(tovin::iByteOutputStream& stream, 
 void CPropertyCollectionData::internalSerialize(tovin::iByteOutputStream& stream,
                                                 const NameList* names) const {
   guarded({ClassName, "serialize"}, [&] {
-    WriteCompactInt(stream, storageVersion);
-    WriteBool(stream, !propertyClass_);
-    if (propertyClass_) WriteNarrowString(stream, propertyClass_->getTag());
-    WriteCompactInt(stream, static_cast<int32_t>(names ? names->getSize() : properties_.getSize()));
+    writeHeader(stream, propertyClass_, names ? names->getSize() : properties_.getSize());
     if (!names) {
-      for (const CProperty* property : properties_) property->serialize(stream);
+      for (unsigned i = 0; i < GetNumProperties(); ++i) writeProperty(stream, i);
       return;
     }
     for (const tovin::WideString& name : *names) {
-      const CProperty* property = GetProperty(name);
-      if (!property) throw tovin::Exception(L"Unable to find property '%ls'", name);
-      property->serialize(stream);
+      const int index = GetIndex(name);
+      if (index < 0) throw tovin::Exception(L"Unable to find property '%ls'", name);
+      writeProperty(stream, static_cast<unsigned>(index));
     }
   });
 }
 
+void CPropertyCollectionData::writeProperty(tovin::iByteOutputStream& stream, unsigned index) const {
+  if (const CProperty* made = properties_.data()[index])
+    made->serialize(stream);
+  else
+    CProperty::WritePacked(stream, packed_->view(index));
+}
+
+void CPropertyCollectionData::SerializeBlock(tovin::iByteOutputStream& stream, const AttributeBlock& block) {
+  guarded({ClassName, "serialize"}, [&] {
+    writeHeader(stream, nullptr, block.getCount());
+    for (unsigned i = 0; i < block.getCount(); ++i) CProperty::WritePacked(stream, block.view(i));
+  });
+}
+
 void CPropertyCollectionData::deserialize(tovin::iByteInputStream& stream) {
+  AttributePacker packer;
+  Deserialize(stream, packer);
+}
+
+void CPropertyCollectionData::Deserialize(tovin::iByteInputStream& stream, AttributePacker& packer) {
   guarded({ClassName, "deserialize"}, [&] {
     Clear();
     RecordVersion::require(stream, storageVersion);
@@ -374,12 +464,37 @@ void CPropertyCollectionData::deserialize(tovin::iByteInputStream& stream) {
     int32_t count = 0;
     ReadCompactInt(stream, count);
     if (count < 0) throw tovin::Exception(L"A property collection cannot have the count %d", count);
-    for (int32_t i = 0; i < count; ++i) {
-      const tovin::Ptr<CProperty> property(makeProperty(propertyClass_));
-      property->deserialize(stream);
-      append(property.get());
+    try {
+      readProperties(stream, count, packer);
+    } catch (...) {
+      settle(packer);
+      throw;
     }
   });
+}
+
+// Packs until there is one that cannot be.
+void CPropertyCollectionData::readProperties(tovin::iByteInputStream& stream, int32_t count,
+                                             AttributePacker& packer) {
+  int32_t i = 0;
+  tovin::Ptr<CProperty> property;
+  for (; i < count && !property && !propertyClass_ && !packer.isFull(); ++i) {
+    property = CProperty::ReadPacked(stream, packer);
+  }
+  settle(packer);
+  if (property) append(property.get());
+  for (; i < count; ++i) {
+    property = tovin::Ptr<CProperty>(makeProperty(propertyClass_));
+    property->deserialize(stream);
+    append(property.get());
+  }
+}
+
+// What was packed comes in front of all.
+void CPropertyCollectionData::settle(AttributePacker& packer) {
+  if (packer.getCount() == 0) return;
+  properties_.reserve(packer.getCount());
+  StandOn(packer.pack());
 }
 
 void CPropertyCollectionData::onActivate() {

@@ -9,12 +9,15 @@
 #include "tovin/Ptr.h"
 #include "tovin/iPropertyCollection.h"
 #include "ztbaseclient/Export.h"
+#include "ztbaseclient/data/AttributeBlock.h"
 #include "ztbaseclient/data/CProperty.h"
 #include "ztcore/ztUniqueStrings.h"
 
 /// The storage behind a property collection: the properties in order, and an index of their names from ten
 /// on.
 ///
+/// - Packed: properties that were read lie in a block until one is asked for, which then is an object, and
+///   stays the same. What changes their order or number makes all of them first.
 /// - Lookup: names are equal with A to Z folded. With duplicates, up to nine properties answer with the first
 ///   of them, ten and more with the last.
 /// - Ownership: holds one reference to each property; the owner, which new properties get as parent, is
@@ -94,12 +97,23 @@ class ZTBASECLIENT_API CPropertyCollectionData
   /// The index's buckets, 0 while there is no index.
   uint32_t GetNumHashBuckets() const noexcept { return index_ ? index_->map.getNumBuckets() : 0; }
 
+  /// Takes over a block for the properties of a storage without any.
+  void StandOn(AttributeBlock* block);
+  /// The block of a storage that has no other property and made none of them; the storage has none then.
+  /// Null for any other.
+  AttributeBlock* SurrenderBlock() noexcept;
+  tovin::AttributeView View(unsigned index) const;
+
   void serialize(tovin::iByteOutputStream& stream) const override { internalSerialize(stream, nullptr); }
+  /// The record of a storage that stands on a block.
+  static void SerializeBlock(tovin::iByteOutputStream& stream, const AttributeBlock& block);
   /// Only the named properties, in that order; "Unable to find property '%ls'".
   void serializeSubset(tovin::iByteOutputStream& stream, const NameList& names) const;
   void internalSerialize(tovin::iByteOutputStream& stream, const NameList* names) const;
   /// A failure leaves the properties that were read before it.
   void deserialize(tovin::iByteInputStream& stream) override;
+  /// \param packer empty, for the reading of several.
+  void Deserialize(tovin::iByteInputStream& stream, AttributePacker& packer);
 
   void onActivate() override;
   void onDeactivate() override;
@@ -117,6 +131,23 @@ class ZTBASECLIENT_API CPropertyCollectionData
   };
 
   unsigned checkedIndex(unsigned index) const;
+  // Unchecked, as all that follow.
+  CProperty* at(unsigned index) const {
+    CProperty* made = properties_.data()[index];
+    return made ? made : unpack(index);
+  }
+  const wchar_t* nameAt(unsigned index) const {
+    const CProperty* made = properties_.data()[index];
+    return made ? made->getName() : packed_->nameAt(index);
+  }
+  CProperty* unpack(unsigned index) const;
+  void unpackAll();
+  void dropBlock() noexcept;
+  tovin::Ptr<CProperty> copyOf(unsigned index) const;
+  void writeProperty(tovin::iByteOutputStream& stream, unsigned index) const;
+  void readProperties(tovin::iByteInputStream& stream, int32_t count, AttributePacker& packer);
+  void settle(AttributePacker& packer);
+  void join(CProperty* property) const;
   CProperty* makeProperty(const tovin::Class* propertyClass) const;
   void append(CProperty* property);
   int scan(const wchar_t* name) const;
@@ -129,7 +160,9 @@ class ZTBASECLIENT_API CPropertyCollectionData
   void letGo(CProperty* property);
   void dropBefore(unsigned count);
 
-  tovin::PointerList<CProperty> properties_;
+  // Null for what is in the block only, at the same index.
+  mutable tovin::PointerList<CProperty> properties_;
+  AttributeBlock* packed_ = nullptr;
   mutable std::unique_ptr<NameIndex> index_;
   tovin::Class* propertyClass_ = nullptr;
   tovin::iPropertyCollection* owner_ = nullptr;

@@ -1,5 +1,7 @@
 #include "ztbaseclient/node/CNodeImplBase.h"
 
+#include <algorithm>
+
 #include "tovinCore/Guard.h"
 #include "tovinCore/Numbers.h"
 #include "tovinCore/Units.h"
@@ -9,6 +11,7 @@
 
 using tovin::guarded;
 using tovin::iNode;
+using tovin::iPropertyCollection;
 using tovin::MetaDataFlags;
 
 const wchar_t* const CNodeImplBase::DefaultValueName = L"text-content";
@@ -17,14 +20,12 @@ const wchar_t* const CNodeImplBase::OwnParentErrMsg =
     L"Error: attempting to set a data node to be its own parent.";
 const tovin::NullValue CNodeImplBase::nullNodeValue{tovin::NullValue::uncounted};
 const tovin::ClassTagDecl CNodeImplBase::Tag("DraVolin.node.CNodeImplBase");
-tovin::LeakDetector CNodeImplBase::m_leakDetector(CNodeImplBase::ClassName, &cppNodeQName::m_leakDetector);
+tovin::LeakDetector CNodeImplBase::m_leakDetector(CNodeImplBase::ClassName);
 
 namespace {
 
 constexpr unsigned atEnd = 0xFFFFFFFF;
-
-// A node at rest keeps room for at most so many children.
-constexpr size_t restingChildren = 64;
+constexpr unsigned fewAttributes = 9;
 
 }  // namespace
 
@@ -38,17 +39,22 @@ CNodeImplBase::CNodeImplBase(const CNodeImplBase&) : CNodeImplBase() {}
 
 CNodeImplBase& CNodeImplBase::operator=(const CNodeImplBase& other) {
   if (this == &other) return *this;
-  classTag_ = other.classTag_;
   // Before the rest: the other may be below the children that go, and they leave it without a parent.
-  if (children_ != other.children_ && children_.use_count() == 1) ClearChildren();
-  parser_ = other.parser_;
-  name_ = other.name_;
+  if (!children_.isSame(other.children_) && !children_.hasOtherUsers()) ClearChildren();
+  const RarePart* theirs = other.rarePart();
+  if (other.properties()) other.EnsurePropCollectionExists();
+  if (theirs || other.properties()) ensureRarePart();
+  children_.share(other.children_);
+  if (RarePart* mine = rarePart()) mine->parser = theirs ? theirs->parser : tovin::Ptr<tovin::iXPathParser>();
+  assignName(other);
   parent_ = other.parent_;
-  children_ = other.children_;
-  if (properties_ != other.properties_) {
+  if (properties() != other.properties()) {
     DeletePropCollection();
-    properties_ = other.properties_;
-    ownsCollection_ = false;
+    if (CPropertyCollection* shared = other.collection()) {
+      shared->addRef();
+      setCollection(shared);
+      rarePart()->ownsCollection = false;
+    }
   }
   return *this;
 }
@@ -59,6 +65,8 @@ CNodeImplBase::~CNodeImplBase() {
       [&] {
         CleanOutNodeData(true);
         DeletePropCollection();
+        dropRarePart();
+        SetUniqueNodeName(nullptr);
       },
       "~CNodeImplBase");
   m_leakDetector.Sub(this);
@@ -67,32 +75,99 @@ CNodeImplBase::~CNodeImplBase() {
 void CNodeImplBase::OnActivateDefault() {
   guarded({ClassName, "OnActivateDefault"}, [&] {
     CleanOutNodeData(true);
-    name_.onActivate();
+    name_ = nullptr;
+    if (RarePart* part = rarePart()) part->name.onActivate();
   });
 }
 
 void CNodeImplBase::OnDeactivateDefault() {
   guarded({ClassName, "OnDeactivateDefault"}, [&] {
     ClearChildren();
-    // At rest nothing is shared: an array that another node has too would give that one's children to the
-    // next who is handed this node.
-    if (children_.use_count() > 1 || (children_ && children_->getCapacity() > restingChildren))
-      children_.reset();
+    // At rest nothing is shared: a list that another node has too would give that one's children to the next
+    // who is handed this node.
+    children_.reset();
     DeletePropCollection();
-    parser_.reset();
-    // The next hand-out forgets the names without giving them up, so they are given up here.
-    name_.onDeactivate();
+    dropRarePart();
+    // The next hand-out forgets the name without giving it up, so it is given up here.
+    SetUniqueNodeName(nullptr);
   });
 }
 
+CNodeImplBase::RarePart& CNodeImplBase::ensureRarePart() const {
+  if (RarePart* part = rarePart()) return *part;
+  auto* part = new RarePart;
+  part->properties = state_;
+  part->name.setUniqueName(name_);
+  state_ = reinterpret_cast<uintptr_t>(part) | rareBit;
+  return *part;
+}
+
+void CNodeImplBase::dropRarePart() noexcept {
+  RarePart* part = rarePart();
+  if (!part) return;
+  state_ = part->properties;
+  delete part;
+}
+
+void CNodeImplBase::SetNodeName(const wchar_t* name) {
+  const ztUniqueString shared(name);
+  SetUniqueNodeName(shared);
+}
+
+void CNodeImplBase::SetUniqueNodeName(const wchar_t* name) noexcept {
+  ztUniqueStrings::Assign(name_, name);
+  if (RarePart* part = rarePart()) part->name.setUniqueName(name);
+}
+
+void CNodeImplBase::assignName(const CNodeImplBase& other) {
+  ztUniqueStrings::Assign(name_, other.name_);
+  if (RarePart* part = rarePart()) part->name = other.rarePart() ? other.rarePart()->name : cppNodeQName();
+}
+
+// A name that was read without its qualified form.
+const wchar_t* CNodeImplBase::joinName() const {
+  ztUniqueStrings::Assign(name_, rarePart()->name.getQName());
+  return name_;
+}
+
+const wchar_t* CNodeImplBase::GetNodeNamePrefix() const {
+  return name_ || rarePart() ? ensureRarePart().name.getUriName() : nullptr;
+}
+
+const wchar_t* CNodeImplBase::GetNodeLocalName() const {
+  return name_ || rarePart() ? ensureRarePart().name.getLocalName() : nullptr;
+}
+
 const tovin::Value& CNodeImplBase::GetNodeValue() const {
-  const tovin::iProperty* property = properties_ ? properties_->find(DefaultValueName) : nullptr;
-  return property ? property->getValue() : nullNodeValue;
+  const int index = valueIndex();
+  if (index < 0) return nullNodeValue;
+  EnsurePropCollectionExists();
+  return collection()->GetStorage().GetValue(static_cast<unsigned>(index));
+}
+
+// Where the value is among the properties, -1 if there is none. Among many the collection has an index.
+int CNodeImplBase::valueIndex() const {
+  if (properties() == 0) return -1;
+  const AttributeBlock* attributes = packed();
+  if (attributes && attributes->getCount() <= fewAttributes) return attributes->find(DefaultValueName);
+  EnsurePropCollectionExists();
+  return collection()->GetStorage().GetIndex(DefaultValueName);
+}
+
+tovin::AttributeView CNodeImplBase::ViewProperty(unsigned index) const {
+  if (const AttributeBlock* attributes = packed()) return attributes->view(index);
+  return collection()->GetStorage().View(index);
+}
+
+tovin::AttributeView CNodeImplBase::ViewNodeValue() const {
+  const int index = valueIndex();
+  return index < 0 ? tovin::AttributeView::of(nullNodeValue) : ViewProperty(static_cast<unsigned>(index));
 }
 
 void CNodeImplBase::SetValue(const tovin::Value& value) {
   guarded({ClassName, "SetValue"}, [&] {
-    tovin::iProperty* property = properties_ ? properties_->find(DefaultValueName) : nullptr;
+    iPropertyCollection* present = FindPropCollection();
+    tovin::iProperty* property = present ? present->find(DefaultValueName) : nullptr;
     if (property && property->getInfo()->getMetaDataFlags().has(MetaDataFlags::nodeValue) &&
         property->getValue().getClassTag() == value.getClassTag()) {
       const_cast<tovin::Value&>(property->getValue()).copyFrom(value);
@@ -100,45 +175,64 @@ void CNodeImplBase::SetValue(const tovin::Value& value) {
     }
     // The value may lie in the property that goes.
     tovin::MemPtr<tovin::Value, tovin::InstanceDeallocator> copy(value.cloneValue());
-    auto* collection =
-        tovin::seek<CPropertyCollection>(static_cast<tovin::Object*>(EnsurePropCollectionExists()));
-    tovin::iPropertyInfo* info = collection->Redefine(DefaultValueName, std::move(copy))->getInfo();
+    EnsurePropCollectionExists();
+    tovin::iPropertyInfo* info = collection()->Redefine(DefaultValueName, std::move(copy))->getInfo();
     MetaDataFlags flags = info->getMetaDataFlags();
     flags.set(MetaDataFlags::nodeValue);
     info->setMetaDataFlags(flags);
   });
 }
 
-tovin::iPropertyCollection* CNodeImplBase::EnsurePropCollectionExists() const {
-  if (!properties_) {
-    properties_ = tovin::Ptr<tovin::iPropertyCollection>(CPropertyCollection::allocate());
-    properties_->_setOwner(inode());
-    ownsCollection_ = true;
-  }
-  return properties_.get();
+iPropertyCollection* CNodeImplBase::EnsurePropCollectionExists() const {
+  if (CPropertyCollection* present = collection()) return present;
+  tovin::Ptr<CPropertyCollection> made(CPropertyCollection::allocate());
+  made->_setOwner(inode());
+  if (AttributeBlock* attributes = packed()) made->StandOn(attributes);
+  setCollection(made.get());
+  made->addRef();
+  return made.get();
 }
 
-void CNodeImplBase::DeletePropCollection() {
-  if (!properties_) return;
+void CNodeImplBase::setCollection(CPropertyCollection* counted) const noexcept {
+  properties() = reinterpret_cast<uintptr_t>(counted);
+  if (RarePart* part = rarePart()) part->ownsCollection = true;
+}
+
+void CNodeImplBase::setPacked(AttributeBlock* attributes) const noexcept {
+  properties() = reinterpret_cast<uintptr_t>(attributes) | packedBit;
+}
+
+void CNodeImplBase::dropProperties() {
+  AttributeBlock* attributes = packed();
+  CPropertyCollection* present = collection();
+  properties() = 0;
+  AttributeBlock::destroy(attributes);
+  if (!present) return;
   // Another node may share the collection; it must not look for this one any more.
-  if (ownsCollection_ && properties_->getRefCount() > 1) properties_->_setOwner(nullptr);
-  properties_.reset();
+  if (ownsCollection() && present->getRefCount() > 1) present->_setOwner(nullptr);
+  present->release();
 }
 
-void CNodeImplBase::ClearCollection() {
-  if (properties_) properties_->removeAll();
+void CNodeImplBase::removeProperties() {
+  if (AttributeBlock* attributes = packed()) {
+    setPacked(AttributeBlock::none());
+    AttributeBlock::destroy(attributes);
+  } else if (CPropertyCollection* present = collection()) {
+    present->removeAll();
+  }
 }
 
 iNode* CNodeImplBase::GetChildNode(unsigned index) const {
   if (index >= NumChildNodes()) {
     throw tovin::InvalidIndexException(index, static_cast<long long>(NumChildNodes()) - 1);
   }
-  return children_->data()[index];
+  return children_.view()[index];
 }
 
 unsigned CNodeImplBase::GetChildNodeIndex(const iNode* child) const {
-  for (unsigned i = 0; i < NumChildNodes(); ++i) {
-    if (child && children_->data()[i] == child) return i;
+  const std::span<iNode* const> children = GetChildNodes();
+  for (unsigned i = 0; i < children.size(); ++i) {
+    if (child && children[i] == child) return i;
   }
   throw tovin::Exception(L"The specified node (%ls) is not a child of this node (%ls)",
                          child ? child->getName() : L"null", GetNodeName());
@@ -153,18 +247,12 @@ void CNodeImplBase::FindChildNodesByName(const wchar_t* name, tovin::NodeReferen
   });
 }
 
-inline void CNodeImplBase::makeRoomForChild() {
-  if (!children_) children_ = std::make_shared<ChildArray>();
-  children_->makeRoom();
-}
-
 void CNodeImplBase::AddChildNode(iNode* child, unsigned index) {
   guarded({ClassName, "AddChildNode"}, [&] {
-    makeRoomForChild();
-    if (index < children_->getSize())
-      children_->insert(index, child);
+    if (index < children_.getSize())
+      children_.insert(index, child);
     else
-      children_->add(child);
+      children_.add(child);
     child->setParent(inode());
     child->addRef();
   });
@@ -173,7 +261,7 @@ void CNodeImplBase::AddChildNode(iNode* child, unsigned index) {
 void CNodeImplBase::ReplaceChildNode(iNode* child, unsigned index) {
   guarded({ClassName, "ReplaceChildNode"}, [&] {
     iNode* old = GetChildNode(index);
-    children_->data()[index] = child;
+    children_[index] = child;
     child->setParent(inode());
     child->addRef();
     old->setParent(nullptr);
@@ -184,28 +272,25 @@ void CNodeImplBase::ReplaceChildNode(iNode* child, unsigned index) {
 void CNodeImplBase::RemoveChildNode(unsigned index) {
   guarded({ClassName, "RemoveChildNode"}, [&] {
     iNode* child = GetChildNode(index);
-    children_->removeAt(index);
+    children_.removeAt(index);
     child->setParent(nullptr);
     child->release();
   });
 }
 
 bool CNodeImplBase::RemoveChildNode(const iNode* child) {
-  for (unsigned i = 0; i < NumChildNodes(); ++i) {
-    if (children_->data()[i] != child) continue;
-    RemoveChildNode(i);
-    return true;
-  }
-  return false;
+  const std::span<iNode* const> children = GetChildNodes();
+  const auto found = std::find(children.begin(), children.end(), child);
+  if (found == children.end()) return false;
+  RemoveChildNode(static_cast<unsigned>(found - children.begin()));
+  return true;
 }
 
-void CNodeImplBase::ClearChildren() {
-  if (NumChildNodes() == 0) return;
+void CNodeImplBase::dropChildren() {
   guarded({ClassName, "ClearChildren"}, [&] {
-    ChildArray released;
-    released.swap(*children_);
+    ChildList released = children_.takeAll();
     tovin::Releasing releasing;
-    for (iNode* child : released) releasing.step([&] { child->setParent(nullptr); });
+    for (iNode* child : released.view()) releasing.step([&] { child->setParent(nullptr); });
     while (!released.isEmpty()) releaseWhole(released.takeLast(), releasing);
     releasing.finish();
   });
@@ -245,7 +330,7 @@ CNodeImplBase* CNodeImplBase::releaseOrEnter(iNode* node, CNodeImplBase* above, 
 }
 
 iNode* CNodeImplBase::takeLastHeld() {
-  return NumChildNodes() > 0 ? children_->takeLast() : SurrenderObject();
+  return NumChildNodes() > 0 ? children_.takeLast() : SurrenderObject();
 }
 
 void CNodeImplBase::requireAttachable(iNode* child) const {
@@ -263,7 +348,7 @@ void CNodeImplBase::AppendChildNode(iNode* child) {
   requireAttachable(child);
   iNode* oldParent = child->findParent();
   const tovin::Held<iNode> held(child);
-  makeRoomForChild();
+  children_.makeRoom();
   if (oldParent) oldParent->removeChild(child);
   AddChildNode(child, atEnd);
 }
@@ -276,7 +361,7 @@ void CNodeImplBase::InsertChildNodeBefore(iNode* newChild, const iNode* refChild
   const unsigned index = GetChildNodeIndex(refChild);
   if (newChild == refChild) return;
   const tovin::Held<iNode> held(newChild);
-  makeRoomForChild();
+  children_.makeRoom();
   if (iNode* oldParent = newChild->findParent()) oldParent->removeChild(newChild);
   AddChildNode(newChild, index);
 }
@@ -298,7 +383,7 @@ void CNodeImplBase::CleanOutNodeData(bool clearParent) {
   guarded({ClassName, "CleanOutNodeData"}, [&] {
     ClearChildren();
     ClearCollection();
-    parser_.reset();
+    if (RarePart* part = rarePart()) part->parser.reset();
     if (clearParent) parent_ = nullptr;
   });
 }
@@ -341,16 +426,17 @@ void CNodeImplBase::GetNodeIndexPathExpression(tovin::WideString& out, const iNo
 }
 
 tovin::iXPathParser* CNodeImplBase::GetXPathParser() const {
-  if (!parser_) {
+  tovin::Ptr<tovin::iXPathParser>& parser = ensureRarePart().parser;
+  if (!parser) {
     tovin::MemPtr<tovin::Object, tovin::InstanceDeallocator> made(
         tovin::newInstance("DraVolin.CXPathParser"));
-    auto* parser = tovin::seek<tovin::iXPathParser>(made.get());
-    if (!parser) throw tovin::Exception(L"Cannot dereference a NULL pointer");
+    auto* found = tovin::seek<tovin::iXPathParser>(made.get());
+    if (!found) throw tovin::Exception(L"Cannot dereference a NULL pointer");
     made.detach();
-    parser_ = tovin::Ptr<tovin::iXPathParser>(parser);
-    parser_->setNode(inode());
+    parser = tovin::Ptr<tovin::iXPathParser>(found);
+    parser->setNode(inode());
   }
-  return parser_.get();
+  return parser.get();
 }
 
 template <class Result>
@@ -400,13 +486,12 @@ void CNodeImplBase::AssignFrom(const iNode* source, bool deep) {
     // All copies are made before one is attached: this node may lie in the tree that is copied.
     std::vector<tovin::Ptr<iNode>> copies;
     cloneChildren(source, copies);
-    ChildArray children;
-    children.reserve(copies.size());
-    if (!children_ && !copies.empty()) children_ = std::make_shared<ChildArray>();
+    ChildList children;
+    if (!copies.empty()) children.makeRoom(static_cast<uint32_t>(copies.size()));
     if (!below) assignOwn(source);
     tovin::Releasing releasing;
     releasing.step([&] { ClearChildren(); });
-    if (!copies.empty()) children_->swap(children);
+    children_.adopt(std::move(children));
     for (const tovin::Ptr<iNode>& copy : copies) AddChildNode(copy.get(), atEnd);
     releasing.finish();
   });
@@ -414,12 +499,20 @@ void CNodeImplBase::AssignFrom(const iNode* source, bool deep) {
 
 void CNodeImplBase::assignOwn(const iNode* source) {
   const ztUniqueString name(source->getName());
-  // The value is among the properties. The collection is there afterwards even when the source has none.
-  tovin::iPropertyCollection* collection = EnsurePropCollectionExists();
-  if (source->hasProperties())
-    collection->assignFrom(source->getProperties(), true);
-  else
-    collection->removeAll();
+  const CNodeImplBase* core = coreOf(const_cast<iNode*>(source));
+  if (!collection() && core && core->IsPlain() && !core->collection()) {
+    const AttributeBlock* theirs = core->packed();
+    AttributeBlock* copy = theirs ? theirs->copy() : AttributeBlock::none();
+    AttributeBlock::destroy(packed());
+    setPacked(copy);
+  } else {
+    // The value is among the properties. The collection is there afterwards even when the source has none.
+    iPropertyCollection* mine = EnsurePropCollectionExists();
+    if (source->hasProperties())
+      mine->assignFrom(source->getProperties(), true);
+    else
+      mine->removeAll();
+  }
   SetUniqueNodeName(name);
 }
 
@@ -450,7 +543,10 @@ void CNodeImplBase::cloneChildren(const iNode* source, std::vector<tovin::Ptr<iN
       if (!stepwise) continue;
       CNodeImplBase* copyCore = coreOf(copy.get());
       copyCore->assignOwn(child);
-      if (child->hasChildren()) steps.push_back({child, copyCore});
+      const unsigned below = child->getNumberOfChildren();
+      if (below == 0) continue;
+      copyCore->children_.makeRoom(below);
+      steps.push_back({child, copyCore});
     }
   }
 }

@@ -1,15 +1,17 @@
 #pragma once
 
-#include <memory>
 #include <typeinfo>
 #include <vector>
 
-#include "tovin/PointerList.h"
+#include "tovin/AttributeView.h"
 #include "tovin/Ptr.h"
 #include "tovin/iXPathParser.h"
 #include "tovin/values/NullValue.h"
 #include "tovinCore/Guard.h"
 #include "ztbaseclient/Export.h"
+#include "ztbaseclient/data/AttributeBlock.h"
+#include "ztbaseclient/data/CPropertyCollection.h"
+#include "ztbaseclient/node/ChildList.h"
 #include "ztbaseclient/node/cppNodeQName.h"
 
 /// The core of every node class: it owns the node's state and does all the work that NodeImpl forwards to it.
@@ -55,29 +57,42 @@ class ZTBASECLIENT_API CNodeImplBase {
   virtual bool HoldsNode() const { return false; }
   // A node that only this one holds, besides its children, to be released after them; null if none.
   virtual tovin::iNode* SurrenderObject() { return nullptr; }
+  // Whether the object is asked nowhere else for its properties and its value than here, so that they may be
+  // read where they lie.
+  virtual bool IsPlain() const { return false; }
   // Gives up a reference to a node that has no parent, and what dies with it. Needs no memory, and no stack
   // by the depth; what one node throws comes out when all are released.
   static void ReleaseNode(tovin::iNode* node);
 
-  const wchar_t* GetNodeName() const { return name_.getQName(); }
-  void SetNodeName(const wchar_t* name) { name_.setName(name); }
-  void SetUniqueNodeName(const wchar_t* name) { name_.setUniqueName(name); }
-  const wchar_t* GetNodeNamePrefix() const { return name_.getUriName(); }
-  const wchar_t* GetNodeLocalName() const { return name_.getLocalName(); }
+  const wchar_t* GetNodeName() const { return name_ || !rarePart() ? name_ : joinName(); }
+  void SetNodeName(const wchar_t* name);
+  /// SetNodeName for a text that ztUniqueStrings handed out: no look-up.
+  void SetUniqueNodeName(const wchar_t* name) noexcept;
+  const wchar_t* GetNodeNamePrefix() const;
+  const wchar_t* GetNodeLocalName() const;
   const tovin::Value& GetNodeValue() const;
   void SetValue(const tovin::Value& value);
 
-  unsigned NumProperties() const { return properties_ ? properties_->getSize() : 0; }
-  tovin::iPropertyCollection* FindPropCollection() const { return properties_.get(); }
-  tovin::iPropertyCollection* EnsurePropCollectionExists() const;
-  void DeletePropCollection();
-  void ClearCollection();
-
-  unsigned NumChildNodes() const { return children_ ? static_cast<unsigned>(children_->getSize()) : 0; }
-  std::span<tovin::iNode* const> GetChildNodes() const {
-    if (!children_) return {};
-    return {children_->data(), children_->getSize()};
+  unsigned NumProperties() const {
+    if (const AttributeBlock* attributes = packed()) return attributes->getCount();
+    return collection() ? collection()->getSize() : 0;
   }
+  tovin::AttributeView ViewProperty(unsigned index) const;
+  tovin::AttributeView ViewNodeValue() const;
+  /// Null if there is none; one is made of what is packed.
+  tovin::iPropertyCollection* FindPropCollection() const {
+    return properties() ? EnsurePropCollectionExists() : nullptr;
+  }
+  tovin::iPropertyCollection* EnsurePropCollectionExists() const;
+  void DeletePropCollection() {
+    if (properties()) dropProperties();
+  }
+  void ClearCollection() {
+    if (properties()) removeProperties();
+  }
+
+  unsigned NumChildNodes() const { return children_.getSize(); }
+  std::span<tovin::iNode* const> GetChildNodes() const { return children_.view(); }
   tovin::iNode* GetChildNode(unsigned index) const;
   unsigned GetChildNodeIndex(const tovin::iNode* child) const;
   void FindChildNodesByName(const wchar_t* name, tovin::NodeReferenceSet& out) const;
@@ -85,7 +100,9 @@ class ZTBASECLIENT_API CNodeImplBase {
   void AddChildNode(tovin::iNode* child, unsigned index);
   void ReplaceChildNode(tovin::iNode* child, unsigned index);
   void RemoveChildNode(unsigned index);
-  void ClearChildren();
+  void ClearChildren() {
+    if (NumChildNodes() > 0) dropChildren();
+  }
   void AppendChildNode(tovin::iNode* child);
   void InsertChildNodeBefore(tovin::iNode* newChild, const tovin::iNode* refChild);
   void ReplaceChildNodeBy(tovin::iNode* oldChild, tovin::iNode* newChild);
@@ -122,15 +139,27 @@ class ZTBASECLIENT_API CNodeImplBase {
   void AssignFrom(const CNodeImplBase& source, bool deep);
 
  private:
-  using ChildArray = tovin::PointerList<tovin::iNode>;
+  // What few nodes have.
+  struct RarePart {
+    // What the state is where there is no rare part.
+    uintptr_t properties = 0;
+    // False where another node's collection is shared, which keeps that one as its owner.
+    bool ownsCollection = true;
+    tovin::Ptr<tovin::iXPathParser> parser;
+    // Local name and prefix; its qualified name is the node's.
+    cppNodeQName name;
+  };
 
   // Null for a node of another making.
   static CNodeImplBase* coreOf(tovin::iNode* node);
   tovin::iNode* inode() const { return const_cast<CNodeImplBase*>(this)->GetINode(); }
   void writeCore(tovin::iByteOutputStream& stream) const;
-  void readCore(tovin::iByteInputStream& stream);
+  struct RecordReader;
+  void readCore(RecordReader& reader);
+  void readProperties(RecordReader& reader);
+  void takeProperties(RecordReader& reader);
   int32_t readChildCount(tovin::iByteInputStream& stream);
-  tovin::iNode* readChildInstance(tovin::iByteInputStream& stream);
+  tovin::iNode* readChildInstance(RecordReader& reader);
   void assignOwn(const tovin::iNode* source);
   static tovin::iNode* cloneOf(const tovin::iNode* child);
   void cloneChildren(const tovin::iNode* source, std::vector<tovin::Ptr<tovin::iNode>>& copies) const;
@@ -141,15 +170,41 @@ class ZTBASECLIENT_API CNodeImplBase {
   tovin::iNode* takeLastHeld();
   void requireAttachable(tovin::iNode* child) const;
   void requireChildren() const;
+  friend class NodeBuilder;
   template <class Result>
   bool runQuery(const tovin::iNode* context, const wchar_t* expression, unsigned flags, Result& result) const;
 
-  mutable tovin::Ptr<tovin::iXPathParser> parser_;
-  tovin::NarrowString classTag_;
-  cppNodeQName name_;
+  // The lowest bits of the state: it points to the rare part, which then has what the state is otherwise; to
+  // the block of what is packed; or, without either, to the collection, one reference of which is the node's.
+  static constexpr uintptr_t rareBit = 1;
+  static constexpr uintptr_t packedBit = 2;
+  RarePart* rarePart() const noexcept {
+    return state_ & rareBit ? reinterpret_cast<RarePart*>(state_ & ~rareBit) : nullptr;
+  }
+  RarePart& ensureRarePart() const;
+  void dropRarePart() noexcept;
+  uintptr_t& properties() const noexcept {
+    RarePart* part = rarePart();
+    return part ? part->properties : state_;
+  }
+  AttributeBlock* packed() const noexcept {
+    return properties() & packedBit ? reinterpret_cast<AttributeBlock*>(properties() & ~packedBit) : nullptr;
+  }
+  CPropertyCollection* collection() const noexcept {
+    return properties() & packedBit ? nullptr : reinterpret_cast<CPropertyCollection*>(properties());
+  }
+  void setPacked(AttributeBlock* attributes) const noexcept;
+  void setCollection(CPropertyCollection* counted) const noexcept;
+  int valueIndex() const;
+  void dropProperties();
+  void removeProperties();
+  void dropChildren();
+  bool ownsCollection() const noexcept { return !rarePart() || rarePart()->ownsCollection; }
+  const wchar_t* joinName() const;
+  void assignName(const CNodeImplBase& other);
+
+  mutable const wchar_t* name_ = nullptr;
   const tovin::iNode* parent_ = nullptr;
-  std::shared_ptr<ChildArray> children_;
-  mutable tovin::Ptr<tovin::iPropertyCollection> properties_;
-  // False where another node's collection is shared, which keeps that one as its owner.
-  mutable bool ownsCollection_ = false;
+  ChildList children_;
+  mutable uintptr_t state_ = 0;
 };

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <type_traits>
 #include <utility>
 
 #include "tovinCore/Guard.h"
@@ -148,6 +149,16 @@ class NodeImpl : public CNodeImplBase, public Interface {
   void setParent(const iNode* parent) override { SetParentNode(parent); }
   std::span<iNode* const> getChildren() const override { return GetChildNodes(); }
 
+  unsigned attributeCount() const override {
+    return IsPlain() ? NumProperties() : Interface::attributeCount();
+  }
+  tovin::AttributeView viewAttribute(unsigned index) const override {
+    return IsPlain() ? ViewProperty(index) : Interface::viewAttribute(index);
+  }
+  tovin::AttributeView viewValue() const override {
+    return IsPlain() ? ViewNodeValue() : Interface::viewValue();
+  }
+
   void serialize(tovin::iByteOutputStream& stream) const override {
     in("serialize", [&] { SerializeNode(stream, true); });
   }
@@ -163,7 +174,40 @@ class NodeImpl : public CNodeImplBase, public Interface {
   }
   NodeImpl& operator=(const NodeImpl&) = default;
 
+  // A class that derives from T, or a T that has its own way to any of these, is asked.
+  bool IsPlain() const override {
+    if constexpr (asksHere<T>()) {
+      return typeid(*this) == typeid(T);
+    } else {
+      return false;
+    }
+  }
+
  private:
+  // The class that a member which T names was declared in.
+  template <class Declaring>
+  static std::type_identity<Declaring> declaring(tovin::iPropertyCollection* (Declaring::*)() const);
+  template <class Declaring>
+  static std::type_identity<Declaring> declaring(bool (Declaring::*)() const);
+  template <class Declaring>
+  static std::type_identity<Declaring> declaring(const tovin::Value& (Declaring::*)() const);
+  // Incomplete where NodeImpl is made, T is asked once the class of an object is known.
+  using Here = std::type_identity<NodeImpl>;
+  template <class Node>
+  static constexpr bool asksHere() {
+    if constexpr (requires {
+                    declaring(&Node::getProperties);
+                    declaring(&Node::hasProperties);
+                    declaring(&Node::getValue);
+                  }) {
+      return std::is_same_v<decltype(declaring(&Node::getProperties)), Here> &&
+             std::is_same_v<decltype(declaring(&Node::hasProperties)), Here> &&
+             std::is_same_v<decltype(declaring(&Node::getValue)), Here>;
+    } else {
+      return false;
+    }
+  }
+
   template <class Body>
   static decltype(auto) in(const char* method, Body&& body) {
     return tovin::guarded({ClassName_NodeImpl, method}, std::forward<Body>(body));

@@ -13,13 +13,6 @@ void replace(const wchar_t*& field, const wchar_t* text) {
   field = ztUniqueStrings::GetUniqueString(text, field, nullptr);
 }
 
-// A text that is shared already needs no look-up.
-void share(const wchar_t*& field, const wchar_t* sharedText) noexcept {
-  const wchar_t* old = field;
-  field = ztUniqueStrings::AddReference(sharedText);
-  ztUniqueStrings::Release(old);
-}
-
 }  // namespace
 
 cppNodeQName::cppNodeQName() { m_leakDetector.Add(this, ClassName); }
@@ -29,9 +22,9 @@ cppNodeQName::cppNodeQName(const wchar_t* qname) : cppNodeQName() { replace(qual
 cppNodeQName::cppNodeQName(const cppNodeQName& other) : cppNodeQName() { *this = other; }
 
 cppNodeQName& cppNodeQName::operator=(const cppNodeQName& other) {
-  share(qualifiedName_, other.qualifiedName_);
-  share(localName_, other.localName_);
-  share(prefix_, other.prefix_);
+  ztUniqueStrings::Assign(qualifiedName_, other.qualifiedName_);
+  ztUniqueStrings::Assign(localName_, other.localName_);
+  ztUniqueStrings::Assign(prefix_, other.prefix_);
   return *this;
 }
 
@@ -42,11 +35,13 @@ cppNodeQName::~cppNodeQName() {
 
 void cppNodeQName::setName(const wchar_t* name) { replace(qualifiedName_, name); }
 
-void cppNodeQName::setUniqueName(const wchar_t* name) { share(qualifiedName_, name); }
+void cppNodeQName::setUniqueName(const wchar_t* name) noexcept {
+  ztUniqueStrings::Assign(qualifiedName_, name);
+}
 
 void cppNodeQName::setLocalName(const wchar_t* name) {
   replace(localName_, name);
-  share(qualifiedName_, nullptr);
+  ztUniqueStrings::Assign(qualifiedName_, nullptr);
 }
 
 void cppNodeQName::setUriName(const wchar_t* prefix) { replace(prefix_, prefix); }
@@ -74,34 +69,46 @@ void cppNodeQName::splitName() const {
   const size_t colon = name.find(L":");
   if (colon == name.npos || colon == 0) {
     replace(localName_, name);
-    share(prefix_, nullptr);
+    ztUniqueStrings::Assign(prefix_, nullptr);
     return;
   }
   const ztUniqueString prefix(name.subString(0, colon));
   replace(localName_, name.subString(colon + 1));
-  share(prefix_, prefix);
+  ztUniqueStrings::Assign(prefix_, prefix);
+}
+
+void cppNodeQName::WriteTexts(tovin::iByteOutputStream& stream, const wchar_t* qname, const wchar_t* local,
+                              const wchar_t* prefix) {
+  for (const wchar_t* text : {qname, local, prefix}) WriteWideString(stream, text);
+}
+
+void cppNodeQName::ReadTexts(tovin::iByteInputStream& stream, ztUniqueString (&texts)[3]) {
+  tovin::WideString text;
+  for (ztUniqueString& name : texts) {
+    ReadWideString(stream, text);
+    name = ztUniqueString(text);
+  }
 }
 
 void cppNodeQName::serialize(tovin::iByteOutputStream& stream) const {
-  WriteWideString(stream, qualifiedName_);
-  WriteWideString(stream, localName_);
-  WriteWideString(stream, prefix_);
+  WriteTexts(stream, qualifiedName_, localName_, prefix_);
 }
 
 void cppNodeQName::deserialize(tovin::iByteInputStream& stream) {
   ztUniqueString read[3];
-  tovin::WideString text;
-  for (ztUniqueString& name : read) {
-    ReadWideString(stream, text);
-    name = ztUniqueString(text);
-  }
-  share(qualifiedName_, read[0]);
-  share(localName_, read[1]);
-  share(prefix_, read[2]);
+  ReadTexts(stream, read);
+  share(read[0], read[1], read[2]);
+}
+
+void cppNodeQName::share(const wchar_t* qname, const wchar_t* local, const wchar_t* prefix) noexcept {
+  ztUniqueStrings::Assign(qualifiedName_, qname);
+  ztUniqueStrings::Assign(localName_, local);
+  ztUniqueStrings::Assign(prefix_, prefix);
 }
 
 void cppNodeQName::onActivate() noexcept { qualifiedName_ = localName_ = prefix_ = nullptr; }
 
 void cppNodeQName::onDeactivate() noexcept {
-  for (const wchar_t** field : {&prefix_, &localName_, &qualifiedName_}) share(*field, nullptr);
+  for (const wchar_t** field : {&prefix_, &localName_, &qualifiedName_})
+    ztUniqueStrings::Assign(*field, nullptr);
 }

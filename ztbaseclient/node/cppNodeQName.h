@@ -3,6 +3,7 @@
 #include "tovin/ByteStreams.h"
 #include "tovinCore/LeakDetector.h"
 #include "ztbaseclient/Export.h"
+#include "ztcore/ztUniqueStrings.h"
 
 /// The qualified name of a node, and the local name and prefix that are split from it when first asked for.
 ///
@@ -21,7 +22,7 @@ class ZTBASECLIENT_API cppNodeQName {
 
   void setName(const wchar_t* name);
   /// setName for a text that ztUniqueStrings handed out: no look-up.
-  void setUniqueName(const wchar_t* name);
+  void setUniqueName(const wchar_t* name) noexcept;
   /// Also drops the qualified name, which getQName() makes anew.
   void setLocalName(const wchar_t* name);
   void setUriName(const wchar_t* prefix);
@@ -34,6 +35,12 @@ class ZTBASECLIENT_API cppNodeQName {
   /// none.
   void serialize(tovin::iByteOutputStream& stream) const;
   void deserialize(tovin::iByteInputStream& stream);
+  /// What they do, for names that lie elsewhere. \param texts out: qualified name, local name, prefix.
+  static void WriteTexts(tovin::iByteOutputStream& stream, const wchar_t* qname, const wchar_t* local,
+                         const wchar_t* prefix);
+  static void ReadTexts(tovin::iByteInputStream& stream, ztUniqueString (&texts)[3]);
+  /// Takes the three names as they stand, each a text that ztUniqueStrings handed out.
+  void share(const wchar_t* qname, const wchar_t* local, const wchar_t* prefix) noexcept;
 
   /// Forgets the three names without giving them up.
   void onActivate() noexcept;

@@ -4,13 +4,12 @@
 
 #include <algorithm>
 #include <climits>
-#include <cstring>
 #include <span>
 #include <string>
 #include <utility>
 
 #include "tovinCore/Guard.h"
-#include "ztbaseclient/node/CBaseNode.h"
+#include "ztbaseclient/node/NodeBuilder.h"
 #include "ztcore/ztCompress.h"
 #include "ztcore/ztFile.h"
 
@@ -40,44 +39,15 @@ constexpr wchar_t nullPointer[] = L"Cannot dereference a NULL pointer";
 
 }  // namespace
 
-// Makes nodes out of expat's texts, with room for widened texts that is used again.
-class CWsdlParser::XMLParser::Builder {
- public:
-  CBaseNode* makeNode(const char* name, const char** attributes) {
-    tovin::Ptr<CBaseNode> node(CBaseNode::allocate());
-    node->setName(widen(name_, name));
-    if (*attributes) {
-      tovin::iPropertyCollection* properties = node->getProperties();
-      for (; *attributes; attributes += 2) {
-        properties->define(widen(name_, attributes[0]), widen(text_, attributes[1]), 0);
-      }
-    }
-    return node.detachUncounted();
-  }
-
- private:
-  // One wide character a byte: the document's encoding is not undone here.
-  static const wchar_t* widen(std::wstring& room, const char* bytes) {
-    const auto* first = reinterpret_cast<const unsigned char*>(bytes);
-    const size_t count = std::strlen(bytes);
-    room.resize(count);
-    std::copy(first, first + count, room.begin());
-    return room.c_str();
-  }
-
-  std::wstring name_;
-  std::wstring text_;
-};
-
-CWsdlParser::XMLParser::XMLParser() : builder_(std::make_unique<Builder>()) {}
+CWsdlParser::XMLParser::XMLParser() : builder_(std::make_unique<NodeBuilder>()) {}
 
 CWsdlParser::XMLParser::~XMLParser() {
   tovin::guardedDestruction("CWsdlParser::XMLParser", [&] { reset(); });
 }
 
 void CWsdlParser::XMLParser::reset() {
-  if (expat_) XML_ParserFree(expat_);
-  expat_ = nullptr;
+  freeExpat();
+  ended_.reset();
   current_.reset();
   root_.reset();
   raw_ = {};
@@ -88,7 +58,13 @@ void CWsdlParser::XMLParser::reset() {
   lastIndex_ = -1;
 }
 
+void CWsdlParser::XMLParser::freeExpat() noexcept {
+  builder_->forget();
+  if (expat_) XML_ParserFree(std::exchange(expat_, nullptr));
+}
+
 void CWsdlParser::XMLParser::prepare() {
+  if (ended_) return;
   if (!expat_) expat_ = XML_ParserCreate(nullptr);
   if (!expat_) throw tovin::MemoryException(1, sizeof(void*));
   XML_SetUserData(expat_, this);
@@ -96,22 +72,37 @@ void CWsdlParser::XMLParser::prepare() {
   XML_SetCharacterDataHandler(expat_, charHandler);
 }
 
+// expat keeps a document that it was given whole, and is not needed any more.
+void CWsdlParser::XMLParser::noteEnd() noexcept {
+  XML_ParsingStatus status;
+  XML_GetParsingStatus(expat_, &status);
+  if (status.parsing != XML_FINISHED) return;
+  ended_ = place();
+  freeExpat();
+}
+
+CWsdlParser::XMLParser::Place CWsdlParser::XMLParser::place() const noexcept {
+  if (ended_) return *ended_;
+  return {static_cast<int64_t>(XML_GetCurrentLineNumber(expat_)),
+          static_cast<int64_t>(XML_GetCurrentColumnNumber(expat_)) + 1};
+}
+
 void CWsdlParser::XMLParser::rethrowFailure() {
   if (failure_) std::rethrow_exception(std::exchange(failure_, nullptr));
 }
 
 void CWsdlParser::XMLParser::throwParseError() const {
-  const char* fault =
-      addsTooMuch_ ? "definitions and entities add too much" : XML_ErrorString(XML_GetErrorCode(expat_));
+  const XML_Error code = ended_ ? XML_ERROR_FINISHED : XML_GetErrorCode(expat_);
+  const char* fault = addsTooMuch_ ? "definitions and entities add too much" : XML_ErrorString(code);
   throw tovin::Exception(L"Parse error: %hs", fault)
-      .setMayPass(XML_GetErrorCode(expat_) == XML_ERROR_NO_MEMORY)
-      .setPlace(static_cast<int64_t>(XML_GetCurrentLineNumber(expat_)),
-                static_cast<int64_t>(XML_GetCurrentColumnNumber(expat_)) + 1);
+      .setMayPass(code == XML_ERROR_NO_MEMORY)
+      .setPlace(place().line, place().column);
 }
 
 // Feeds pieces until read(piece, size) gives none; what expat took is kept.
 template <class Read>
 tovin::iNode* CWsdlParser::XMLParser::parsePieces(Read&& read) {
+  if (ended_) throwParseError();
   for (size_t count = 1; count > 0;) {
     const size_t size = std::clamp(incompleteBytes(), pieceSize, longestPiece);
     auto* piece = static_cast<unsigned char*>(XML_GetBuffer(expat_, static_cast<int>(size)));
@@ -124,6 +115,7 @@ tovin::iNode* CWsdlParser::XMLParser::parsePieces(Read&& read) {
     rethrowFailure();
     if (addsTooMuch_ || status != XML_STATUS_OK) throwParseError();
   }
+  noteEnd();
   return root_.get();
 }
 
@@ -187,6 +179,7 @@ tovin::iNode* CWsdlParser::XMLParser::parse(const tovin::Array<unsigned char>& b
 
 tovin::iNode* CWsdlParser::XMLParser::parseBytes(const tovin::Array<unsigned char>& bytes) {
   prepare();
+  if (ended_) return root_.get();
   const auto* at = reinterpret_cast<const char*>(bytes.data());
   size_t left = bytes.getSize();
   XML_Status status = XML_STATUS_OK;
@@ -195,6 +188,7 @@ tovin::iNode* CWsdlParser::XMLParser::parseBytes(const tovin::Array<unsigned cha
     status = XML_Parse(expat_, at, INT_MAX, false);
   }
   if (status == XML_STATUS_OK) XML_Parse(expat_, at, static_cast<int>(left), true);
+  noteEnd();
   rethrowFailure();
   return root_.get();
 }
@@ -250,27 +244,30 @@ void CWsdlParser::XMLParser::charHandler(void* userData, const char* text, int l
 
 void CWsdlParser::XMLParser::startElementImpl(const char* name, const char** attributes) {
   if (root_ && !current_) throw tovin::Exception(nullPointer);
-  if (expat_ && addsTooMuch(name, attributes)) return stop();
-  const tovin::Ptr<tovin::iNode> node(builder_->makeNode(name, attributes));
+  builder_->look(name, attributes);
+  if (expat_ && addsTooMuch()) return stop();
+  tovin::Ptr<tovin::iNode> node = builder_->make();
   if (!root_)
     root_ = node;
   else
-    current_->appendChild(node.get());
-  current_ = node;
+    NodeBuilder::append(*current_, *node);
+  current_ = std::move(node);
 }
 
 // What is not written but comes from definitions (default values of attributes) or out of entities
 // multiplies: a small document can ask for any amount of memory. Texts count, and what a property or a node
 // takes beside them. All that comes out of an entity stands where its reference does.
-bool CWsdlParser::XMLParser::addsTooMuch(const char* name, const char** attributes) {
+bool CWsdlParser::XMLParser::addsTooMuch() {
   constexpr size_t besideTexts = 32;
   constexpr size_t alwaysAllowed = size_t{8} << 20;
   constexpr size_t allowedForByte = 10;
   const long long index = XML_GetCurrentByteIndex(expat_);
   const bool written = index != std::exchange(lastIndex_, index);
-  const int specified = written ? XML_GetSpecifiedAttributeCount(expat_) : 0;
-  size_t size = written ? 0 : besideTexts + std::strlen(name);
-  for (int i = 0; attributes[i]; ++i) size += std::strlen(attributes[i]) + (i < specified ? 0 : besideTexts);
+  const size_t attributes = builder_->attributeCount();
+  const size_t specified = written ? static_cast<size_t>(XML_GetSpecifiedAttributeCount(expat_)) / 2 : 0;
+  size_t size = builder_->textSize() + (written ? 0 : besideTexts + builder_->nameSize());
+  // A name and a text.
+  if (attributes > specified) size += 2 * besideTexts * (attributes - specified);
   const size_t there = written ? static_cast<size_t>(XML_GetCurrentByteCount(expat_)) : 0;
   if (size > there) added_ += size - there;
   addsTooMuch_ = added_ > alwaysAllowed + allowedForByte * static_cast<size_t>(std::max(index, 0LL));
@@ -279,6 +276,7 @@ bool CWsdlParser::XMLParser::addsTooMuch(const char* name, const char** attribut
 
 void CWsdlParser::XMLParser::endElementImpl(const char*) {
   if (!current_) throw tovin::Exception(nullPointer);
+  NodeBuilder::close(*current_);
   current_ = tovin::Ptr<tovin::iNode>(current_->findParent());
 }
 

@@ -2,6 +2,7 @@
 
 #include <exception>
 #include <memory>
+#include <optional>
 
 #include "tovin/Array.h"
 #include "tovin/Ptr.h"
@@ -9,6 +10,7 @@
 #include "ztbaseclient/wsdl/CWsdlParser.h"
 
 struct XML_ParserStruct;
+class NodeBuilder;
 
 /// Builds a node tree from an XML document: elements become nodes, attributes properties, all else is passed
 /// over.
@@ -52,9 +54,15 @@ class ZTBASECLIENT_API CWsdlParser::XMLParser {
   static void charHandler(void* userData, const char* text, int length);
 
  private:
-  class Builder;
+  struct Place {
+    int64_t line;
+    int64_t column;
+  };
 
   void prepare();
+  void noteEnd() noexcept;
+  void freeExpat() noexcept;
+  Place place() const noexcept;
   tovin::iNode* parseFile(const wchar_t* fileName, int mode);
   tovin::iNode* parseBytes(const tovin::Array<unsigned char>& bytes);
   template <class Read>
@@ -66,16 +74,18 @@ class ZTBASECLIENT_API CWsdlParser::XMLParser {
   [[noreturn]] void throwParseError() const;
   template <class Body>
   void protect(Body&& body);
-  bool addsTooMuch(const char* name, const char** attributes);
+  bool addsTooMuch();
   void startElementImpl(const char* name, const char** attributes);
   void endElementImpl(const char* name);
   void charHandlerImpl(const char* text, int length);
 
   XML_ParserStruct* expat_ = nullptr;
+  // Where the document ended; expat is gone from then on.
+  std::optional<Place> ended_;
   tovin::Ptr<tovin::iNode> root_;
   tovin::Ptr<tovin::iNode> current_;
   tovin::Array<unsigned char> raw_;
-  std::unique_ptr<Builder> builder_;
+  std::unique_ptr<NodeBuilder> builder_;
   // What a callback threw: it must not pass through the C parser.
   std::exception_ptr failure_;
   // About how many bytes of the document are not written in it, and where the last element stood.
