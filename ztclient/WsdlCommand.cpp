@@ -8,6 +8,7 @@
 #include "tovinCore/Units.h"
 #include "ztclient/Commands.h"
 #include "ztclient/answers/ByteText.h"
+#include "ztclient/answers/ServiceJson.h"
 #include "ztclient/answers/WsdlJson.h"
 #include "ztclient/arguments/Arguments.h"
 #include "ztclient/input/Document.h"
@@ -20,6 +21,7 @@ struct Options {
   bool json = false;
   bool types = false;
   bool backwardCompatible = false;
+  bool all = false;
 };
 
 std::string textOf(const Json& json) { return json.get<std::string>(); }
@@ -121,7 +123,20 @@ class SchemaFailures {
   std::set<std::wstring> said_;
 };
 
+int showAll(const Options& options) {
+  try {
+    const ztservice::Service service = ztservice::load(options.file);
+    if (options.json) writeServiceJson(service, std::cout);
+    return commands::done;
+  } catch (const ztservice::Error& e) {
+    if (!options.json) throw;
+    std::cout << toText({{"error", messages::textOf(e)}}, 1) << '\n';
+    return commands::trouble;
+  }
+}
+
 int run(const Options& options) {
+  if (options.all) return showAll(options);
   try {
     CWsdlParser parser;
     parser.SetBackwardCompatible70(options.backwardCompatible);
@@ -152,6 +167,7 @@ void commands::addWsdl(CLI::App& app, int& status) {
   wsdl->add_flag("--types", options->types, "Resolve the type of every part");
   wsdl->add_flag("--backward-compatible", options->backwardCompatible,
                  "Take arrays of document style as arrays, as in RPC style");
+  wsdl->add_flag("--all", options->all, "The whole service: all documents, services and types");
   wsdl->footer("Example: ztclient wsdl orders.wsdl --types");
   wsdl->callback([options, &status] { status = run(*options); });
 }
