@@ -19,8 +19,7 @@ class ServiceReader {
     for (const wsdl::Definition& service : definitions.services()) {
       PortGroup& group = out.emplace_back();
       group.name_ = service.name;
-      for (const parse::Node& node :
-           parse::Children(*service.node, parse::Space::wsdl, parse::Word::port)) {
+      for (const parse::Node& node : parse::Children(*service.node, parse::Space::wsdl, parse::Word::port)) {
         Port& port = group.ports_.emplace_back();
         port.name_ = node.get(parse::Word::name);
         port.address_ = addressOf(node);
@@ -56,7 +55,8 @@ struct Service::Content {
         resolver(*loaded, declarations, limits) {
     BindingReader bindings(definitions, resolver);
     services = ServiceReader::read(definitions, bindings);
-    for (const PortGroup& group : services) ports.insert(ports.end(), group.ports().begin(), group.ports().end());
+    for (const PortGroup& group : services)
+      ports.insert(ports.end(), group.ports().begin(), group.ports().end());
     reach.follow(ports, resolver);
   }
 };

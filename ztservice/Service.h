@@ -54,8 +54,8 @@ class ZTSERVICE_API Service {
 
 /// Reads a service.
 /// \param location a file, or an address of HTTP or HTTPS; UTF-8.
-/// Errors: Error where the document cannot be read or is no WSDL 1.1. What it refers to and cannot be read is a
-/// warning.
+/// Errors: Error where the document cannot be read or is no WSDL 1.1. What it refers to and cannot be read is
+/// a warning.
 ZTSERVICE_API Service load(const std::string& location, const Options& options = {});
 /// The same of a document that is in memory.
 /// \param location what its references are relative to, and what it is called in messages.

@@ -31,7 +31,8 @@ std::string answer(const std::string& document) {
 TEST(RealServices, AreToldWhole) {
   std::ifstream table(folder + "services.txt");
   size_t count = 0;
-  for (std::string name, document; std::getline(table, name, '\t') && std::getline(table, document); ++count) {
+  for (std::string name, document; std::getline(table, name, '\t') && std::getline(table, document);
+       ++count) {
     std::ifstream expectedFile(folder + "expected/" + name + ".json");
     Json expected = Json::parse(expectedFile);
     forgetTexts(expected);

@@ -36,7 +36,9 @@ std::string definitionsOf(const std::string& schema, const std::string& attribut
 
 namespace {
 
-std::string text(const Json& json, const char* key) { return json.contains(key) ? json[key].get<std::string>() : ""; }
+std::string text(const Json& json, const char* key) {
+  return json.contains(key) ? json[key].get<std::string>() : "";
+}
 
 std::string referenceOf(const Json& json) {
   if (json.contains("anonymous")) return '[' + summaryOf(json["anonymous"]) + ']';
@@ -47,7 +49,8 @@ std::string referenceOf(const Json& json) {
 std::string extras(const Json& json, std::initializer_list<const char*> keys) {
   std::string out;
   for (const char* key : keys) {
-    if (json.contains(key) && json[key] != false) out += std::string(" ") + key + '=' + (json[key].is_string() ? text(json, key) : json[key].dump());
+    if (json.contains(key) && json[key] != false)
+      out += std::string(" ") + key + '=' + (json[key].is_string() ? text(json, key) : json[key].dump());
   }
   return out;
 }
@@ -66,14 +69,16 @@ std::string boundsOf(const Json& member) {
 std::string memberOf(const Json& member) {
   if (member.contains("error")) return text(member, "name") + '!';
   const std::string name = member.contains("any") ? '*' + text(member, "any") + '/' + text(member, "process")
-                                                  : (text(member, "namespace").empty() ? "" : "q:") + text(member, "name") + ':' + referenceOf(member);
+                                                  : (text(member, "namespace").empty() ? "" : "q:") +
+                                                        text(member, "name") + ':' + referenceOf(member);
   return name + boundsOf(member) + extras(member, {"nillable", "ref", "choice", "group", "default", "fixed"});
 }
 
 std::string attributeOf(const Json& attribute) {
   if (attribute.contains("error")) return '@' + text(attribute, "name") + '!';
-  return (text(attribute, "namespace").empty() ? "@" : "@q:") + text(attribute, "name") + ':' + referenceOf(attribute) +
-         (attribute["use"] == "required" ? "!" : "") + extras(attribute, {"default", "fixed"});
+  return (text(attribute, "namespace").empty() ? "@" : "@q:") + text(attribute, "name") + ':' +
+         referenceOf(attribute) + (attribute["use"] == "required" ? "!" : "") +
+         extras(attribute, {"default", "fixed"});
 }
 
 std::string simpleOf(const Json& type) {
@@ -95,17 +100,21 @@ std::string summaryOf(const Json& type) {
   std::string out = text(type, "kind") + ' ' + text(type, "name");
   if (type.contains("error")) return out + '!';
   if (!text(type, "base").empty()) out += '(' + text(type, "base") + ')';
-  if (type.contains("anonymous") && text(type, "kind") != "array") out += '[' + summaryOf(type["anonymous"]) + ']';
-  if (type["kind"] == "array") return out + ' ' + text(type, "itemName") + ':' + referenceOf(type) + text(type, "dimensions");
+  if (type.contains("anonymous") && text(type, "kind") != "array")
+    out += '[' + summaryOf(type["anonymous"]) + ']';
+  if (type["kind"] == "array")
+    return out + ' ' + text(type, "itemName") + ':' + referenceOf(type) + text(type, "dimensions");
   if (type["kind"] != "complex") return out + simpleOf(type);
   if (type.contains("abstract")) out += " abstract=" + namesOf(type["derived"], "type");
   if (type.contains("mixed")) out += " mixed";
   if (type.contains("content")) out += " =" + referenceOf(type["content"]);
   std::string inside;
   for (const Json& member : type["members"]) inside += (inside.empty() ? "" : "; ") + memberOf(member);
-  for (const Json& attribute : type["attributes"]) inside += (inside.empty() ? "" : "; ") + attributeOf(attribute);
+  for (const Json& attribute : type["attributes"])
+    inside += (inside.empty() ? "" : "; ") + attributeOf(attribute);
   if (type.contains("anyAttribute"))
-    inside += (inside.empty() ? "@*" : "; @*") + text(type["anyAttribute"], "namespace") + '/' + text(type["anyAttribute"], "process");
+    inside += (inside.empty() ? "@*" : "; @*") + text(type["anyAttribute"], "namespace") + '/' +
+              text(type["anyAttribute"], "process");
   return out + " {" + inside + '}';
 }
 

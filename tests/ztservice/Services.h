@@ -20,8 +20,8 @@ Json answerOf(const ztservice::Service& service);
 /// \param schema the children of the schema element; the prefixes t, xs, enc and wsdl are declared.
 std::string definitionsOf(const std::string& schema, const std::string& attributes = "");
 
-/// A type in one line: "complex X(base) {a:int 0..1 #1.1 @1; @id:string}". Wildcards are "*", what is nested stands
-/// in brackets, errors are "!".
+/// A type in one line: "complex X(base) {a:int 0..1 #1.1 @1; @id:string}". Wildcards are "*", what is nested
+/// stands in brackets, errors are "!".
 std::string summaryOf(const Json& type);
 
 }  // namespace testsupport

@@ -5,8 +5,8 @@
 #include <string>
 #include <string_view>
 
-/// Writes one JSON document piece by piece, indented as toText() does it with a blank a level: an answer may be
-/// far longer than what it is made from.
+/// Writes one JSON document piece by piece, indented as toText() does it with a blank a level: an answer may
+/// be far longer than what it is made from.
 ///
 ///     JsonWriter json(out);
 ///     json.beginObject();

@@ -8,8 +8,8 @@
 namespace ztservice::parse {
 
 // OASIS XML Catalogs 1.1: where copies of documents lie, by location or by namespace. Entries of the kinds
-// uri, system, rewriteURI, rewriteSystem, uriSuffix, systemSuffix, delegateURI, delegateSystem and nextCatalog,
-// with xml:base and groups; those of public identifiers mean nothing here.
+// uri, system, rewriteURI, rewriteSystem, uriSuffix, systemSuffix, delegateURI, delegateSystem and
+// nextCatalog, with xml:base and groups; those of public identifiers mean nothing here.
 class Catalog {
  public:
   explicit Catalog(std::function<std::string(const std::string& path)> readFile)

@@ -43,7 +43,8 @@ class Reader {
     do {
       const std::string_view next = bytes.substr(0, piece);
       bytes.remove_prefix(next.size());
-      if (XML_Parse(parser_.get(), next.data(), static_cast<int>(next.size()), bytes.empty()) != XML_STATUS_OK)
+      if (XML_Parse(parser_.get(), next.data(), static_cast<int>(next.size()), bytes.empty()) !=
+          XML_STATUS_OK)
         fail();
     } while (!bytes.empty());
   }

@@ -137,8 +137,8 @@ bool fillEncoding(const char* name, XML_Encoding& encoding) {
     fillUtf8(encoding);
     return true;
   }
-  const auto* page =
-      std::find_if(std::begin(pages), std::end(pages), [&](const CodePage& one) { return one.name == plain; });
+  const auto* page = std::find_if(std::begin(pages), std::end(pages),
+                                  [&](const CodePage& one) { return one.name == plain; });
   if (page == std::end(pages)) return false;
   for (int byte = 0; byte < 256; ++byte) {
     const int code = byte < 0x80 ? byte : page->upper[byte - 0x80];

@@ -116,8 +116,8 @@ void Loader::follow(const Reference& reference) {
   } else if (isSchema(*document)) {
     const std::string_view own = document->root->get(Word::targetNamespace);
     const bool takes = reference.schema && own.empty() && !reference.schema->targetNamespace.empty();
-    Schema* schema = enterSchema(*document, *document->root,
-                                 takes ? reference.schema->targetNamespace : own, takes, {});
+    Schema* schema =
+        enterSchema(*document, *document->root, takes ? reference.schema->targetNamespace : own, takes, {});
     pushCollected();
     if (reference.schema) attach(reference, *schema);
   } else {
@@ -159,9 +159,9 @@ const Document* Loader::readOnce(const std::string& location, const Reference& r
       outcome.document = read(location, nullptr);
     } catch (const tovin::Exception& e) {
       const std::string shown = e.getFile().empty() ? location : tovin::wideToUtf8(e.getFile());
-      const std::string line = e.getLine() > 0 ? ':' + std::to_string(e.getLine()) + ':' +
-                                                     std::to_string(e.getColumn())
-                                               : std::string();
+      const std::string line = e.getLine() > 0
+                                   ? ':' + std::to_string(e.getLine()) + ':' + std::to_string(e.getColumn())
+                                   : std::string();
       outcome.reason = shown + line + ": " + reasonOf(e);
     }
   }

@@ -15,8 +15,8 @@ namespace ztservice::parse {
 
 class Sources;
 
-// One schema: a file, or what stands in the types of definitions. An included file without target namespace is
-// one for each namespace that it takes on.
+// One schema: a file, or what stands in the types of definitions. An included file without target namespace
+// is one for each namespace that it takes on.
 struct Schema {
   const Document* document = nullptr;
   const Node* root = nullptr;
@@ -51,7 +51,9 @@ struct Loaded {
   std::vector<Redefinition> redefinitions;
   std::vector<Warning> warnings;
 
-  Place placeOf(const Document& document, const Node& node) const { return {document.shown, node.line, node.column}; }
+  Place placeOf(const Document& document, const Node& node) const {
+    return {document.shown, node.line, node.column};
+  }
 };
 
 // Reads a document and all that it refers to: each file once, a document's own components before what it
@@ -83,7 +85,8 @@ class Loader {
   };
   struct InstanceHash {
     size_t operator()(const Instance& instance) const noexcept {
-      return std::hash<const void*>()(instance.root) ^ std::hash<std::string_view>()(instance.targetNamespace);
+      return std::hash<const void*>()(instance.root) ^
+             std::hash<std::string_view>()(instance.targetNamespace);
     }
   };
 

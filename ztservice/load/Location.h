@@ -13,8 +13,8 @@ bool isWeb(std::string_view location);
 // Scheme, host and port of an address, in lower case: "https://example.com:8443".
 std::string originOf(std::string_view address);
 
-// A reference as `from` writes it, from where it leads to. Paths: escapes are decoded, a backslash is a slash,
-// "file:" is taken off, and a fragment is left out.
+// A reference as `from` writes it, from where it leads to. Paths: escapes are decoded, a backslash is a
+// slash, "file:" is taken off, and a fragment is left out.
 std::string resolved(std::string_view from, std::string_view reference);
 // An address against another one, as RFC 3986 has it, without a fragment.
 std::string resolvedAddress(std::string_view from, std::string_view reference);

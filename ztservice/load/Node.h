@@ -53,7 +53,8 @@ struct Node {
   const Node* child(Word ofWord) const noexcept { return child(Space::schema, ofWord); }
 };
 
-// What follows a node and is of a kind; of its children: for (auto* at = first(node, …); at; at = next(*at, …)).
+// What follows a node and is of a kind; of its children: for (auto* at = first(node, …); at; at = next(*at,
+// …)).
 class Children {
  public:
   Children(const Node& parent, Space space, Word word) : first_(parent.first), space_(space), word_(word) {}
@@ -88,7 +89,8 @@ class Children {
 inline std::string_view trimmed(std::string_view text) noexcept {
   constexpr std::string_view blanks = " \t\r\n";
   const size_t begin = text.find_first_not_of(blanks);
-  return begin == text.npos ? std::string_view() : text.substr(begin, text.find_last_not_of(blanks) - begin + 1);
+  return begin == text.npos ? std::string_view()
+                            : text.substr(begin, text.find_last_not_of(blanks) - begin + 1);
 }
 
 // The next word of a list that blanks separate, which is taken off it; empty at the end.

@@ -30,8 +30,8 @@ struct Limits {
 struct Options {
   /// Whether documents that came from files may name others on the network.
   bool fetch = false;
-  /// OASIS XML catalogues, in the order in which they are asked; "default" is the one of well-known schemas that
-  /// comes with the library.
+  /// OASIS XML catalogues, in the order in which they are asked; "default" is the one of well-known schemas
+  /// that comes with the library.
   std::vector<std::string> catalogs;
   /// "NAME:PASSWORD" for servers that ask, of the first address's origin only; and whether the file .netrc is
   /// looked into.

@@ -97,7 +97,8 @@ void fillArray(Type& type) {
 }  // namespace
 
 bool isSoapEncoding(std::string_view space) {
-  return space == "http://schemas.xmlsoap.org/soap/encoding/" || space == "http://www.w3.org/2003/05/soap-encoding";
+  return space == "http://schemas.xmlsoap.org/soap/encoding/" ||
+         space == "http://www.w3.org/2003/05/soap-encoding";
 }
 
 bool isBuiltinNamespace(std::string_view space) {

@@ -11,18 +11,25 @@ using parse::Word;
 
 namespace {
 
-constexpr std::array<const char*, kinds> kindNames = {"type", "element", "attribute", "group", "attributeGroup"};
+constexpr std::array<const char*, kinds> kindNames = {"type", "element", "attribute", "group",
+                                                      "attributeGroup"};
 
 std::optional<Kind> kindOf(const Node& node) {
   if (node.space != parse::Space::schema) return std::nullopt;
   switch (node.word) {
     case Word::complexType:
-    case Word::simpleType: return Kind::type;
-    case Word::element: return Kind::element;
-    case Word::attribute: return Kind::attribute;
-    case Word::group: return Kind::group;
-    case Word::attributeGroup: return Kind::attributeGroup;
-    default: return std::nullopt;
+    case Word::simpleType:
+      return Kind::type;
+    case Word::element:
+      return Kind::element;
+    case Word::attribute:
+      return Kind::attribute;
+    case Word::group:
+      return Kind::group;
+    case Word::attributeGroup:
+      return Kind::attributeGroup;
+    default:
+      return std::nullopt;
   }
 }
 
@@ -111,7 +118,8 @@ Declarations::Declarations(parse::Loaded& loaded) {
   settle(loaded);
 }
 
-void Declarations::declare(const Schema& schema, const std::vector<const parse::Redefinition*>& redefinitions) {
+void Declarations::declare(const Schema& schema,
+                           const std::vector<const parse::Redefinition*>& redefinitions) {
   size_t redefined = 0;
   for (const Node* child = schema.root->first; child; child = child->next) {
     if (!child->isSchema(Word::redefine)) {

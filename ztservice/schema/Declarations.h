@@ -20,8 +20,8 @@ struct Declaration {
   Name name;
   const parse::Node* node;
   const parse::Schema* schema;
-  // Of a redefinition: the schema that it redefines, and the component that its own name means inside it. Null
-  // where there is none.
+  // Of a redefinition: the schema that it redefines, and the component that its own name means inside it.
+  // Null where there is none.
   bool redefines = false;
   const parse::Schema* redefined = nullptr;
   Declaration* replaced = nullptr;

@@ -147,7 +147,8 @@ const Declaration* Resolver::baseOf(const Declaration& type) const {
     const Node* inside = type.node->child(content);
     for (const Node* child = inside ? inside->first : nullptr; child; child = child->next) {
       if (!child->isSchema(Word::extension) && !child->isSchema(Word::restriction)) continue;
-      return declarations_.find(Kind::type, {child, type.schema, &type}, askedName(*child, child->get(Word::base)));
+      return declarations_.find(Kind::type, {child, type.schema, &type},
+                                askedName(*child, child->get(Word::base)));
     }
   }
   return nullptr;

@@ -19,8 +19,10 @@ bool isParticle(const Node& node) {
     case Word::group:
     case Word::sequence:
     case Word::choice:
-    case Word::all: return true;
-    default: return false;
+    case Word::all:
+      return true;
+    default:
+      return false;
   }
 }
 
@@ -106,7 +108,8 @@ void Particles::readNext(std::vector<Member>& out) {
   } else {
     const auto space = node->find(Word::nameSpace);
     const std::string_view process = node->get(Word::processContents);
-    member.any = Wildcard{space ? parse::trimmed(space->value) : "##any", process.empty() ? "strict" : process};
+    member.any =
+        Wildcard{space ? parse::trimmed(space->value) : "##any", process.empty() ? "strict" : process};
   }
   member.min = whole.min;
   member.max = whole.max;

@@ -7,8 +7,8 @@
 
 namespace ztservice::schema {
 
-// The members that the groups below a node have, in document order, with bounds, choices and repetition of all
-// groups around them.
+// The members that the groups below a node have, in document order, with bounds, choices and repetition of
+// all groups around them.
 class Particles {
  public:
   Particles(Resolver& resolver, TypeEntry& type) : resolver_(resolver), type_(type) {}

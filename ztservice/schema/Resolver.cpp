@@ -145,8 +145,7 @@ void Resolver::prepare(TypeEntry& type) {
   if (type.depth > deepest) throw Unresolved{"more types are written inside each other than can be shown"};
   if (type.narrows) return;
   const Node& node = *type.at.node;
-  if (node.has(Word::base))
-    throw Unresolved{"derived by an attribute base, as a draft of XML Schema had it"};
+  if (node.has(Word::base)) throw Unresolved{"derived by an attribute base, as a draft of XML Schema had it"};
   node.word == Word::complexType ? prepareComplex(type) : prepareSimple(type);
 }
 

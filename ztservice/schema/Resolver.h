@@ -24,8 +24,8 @@ struct Unresolved {
 struct TypeEntry : Type {
   enum class State : uint8_t { fresh, working, settled };
 
-  // Where it is written: its node is the complexType or simpleType, or the restriction that narrows the text of
-  // simple content. Without node for a built-in one.
+  // Where it is written: its node is the complexType or simpleType, or the restriction that narrows the text
+  // of simple content. Without node for a built-in one.
   Context at{};
   State state = State::fresh;
   bool narrows = false;
@@ -82,7 +82,8 @@ class Resolver {
   // A type that is written inside something: inside a type of that depth.
   TypeEntry& anonymous(const parse::Node& node, const Context& context, unsigned depth);
   // The type by name or inside a node, by the words for both; what has neither gets `otherwise`.
-  TypeReference typeOf(const parse::Node& node, const Context& context, unsigned depth, const Name& otherwise);
+  TypeReference typeOf(const parse::Node& node, const Context& context, unsigned depth,
+                       const Name& otherwise);
   TypeEntry& neededType(const parse::Node& node, std::string_view text, const Context& context);
 
   void prepare(TypeEntry& type);

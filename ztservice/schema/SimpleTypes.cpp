@@ -58,7 +58,8 @@ void Resolver::restrictSimple(TypeEntry& type) {
   type.item = base.item;
   type.memberTypes = base.memberTypes;
   // One that is replaced stands in no table, so that its facets are told here.
-  if (!type.name.empty() && base.at.owner && base.at.owner == type.at.owner->replaced) type.facets = base.facets;
+  if (!type.name.empty() && base.at.owner && base.at.owner == type.at.owner->replaced)
+    type.facets = base.facets;
   for (const Node* child = type.derivation->first; child; child = child->next) {
     const std::string_view value = child->raw(Word::value).value_or(std::string_view());
     if (child->isSchema(Word::facet)) type.facets.push_back({child->local, value});

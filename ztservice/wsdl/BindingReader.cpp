@@ -150,7 +150,8 @@ const Node* BindingReader::choose(const Node& node, const Operations& operations
     }
     if (!fitting.empty()) left = std::move(fitting);
   }
-  const auto free = std::find_if(left.begin(), left.end(), [&](const Node* one) { return !taken.contains(one); });
+  const auto free =
+      std::find_if(left.begin(), left.end(), [&](const Node* one) { return !taken.contains(one); });
   const Node* chosen = free == left.end() ? left.front() : *free;
   taken.insert(chosen);
   return chosen;
@@ -162,7 +163,8 @@ void BindingReader::fill(Operation& operation, const Node& abstract, const Node&
   for (std::string_view word = parse::takeWord(order); !word.empty(); word = parse::takeWord(order))
     operation.parameterOrder_.push_back(word);
   if (const Node* input = inputOf(abstract)) {
-    operation.input_ = message({input, inputOf(concrete), keep(nameOf(abstract, *input))}, portType, binding, protocol);
+    operation.input_ =
+        message({input, inputOf(concrete), keep(nameOf(abstract, *input))}, portType, binding, protocol);
   }
   if (const Node* output = outputOf(abstract)) {
     operation.output_ =
@@ -215,8 +217,8 @@ std::string_view BindingReader::contentOf(const Node* concrete) {
   return {};
 }
 
-void BindingReader::fillBody(Message& message, const Side& side, const Definition* of, const Definition& binding,
-                             Protocol protocol) {
+void BindingReader::fillBody(Message& message, const Side& side, const Definition* of,
+                             const Definition& binding, Protocol protocol) {
   const Extensions extensions = extensionsOf(side.concrete);
   message.use = useOf(extensions.body);
   if (extensions.body) {
@@ -231,7 +233,8 @@ void BindingReader::fillBody(Message& message, const Side& side, const Definitio
   if (protocol != Protocol::http) {
     for (const Node* content : extensions.contents) {
       const std::string_view name = content->get(Word::part);
-      const auto part = std::find_if(parts.begin(), parts.end(), [&](const Part& one) { return one.name == name; });
+      const auto part =
+          std::find_if(parts.begin(), parts.end(), [&](const Part& one) { return one.name == name; });
       if (part == parts.end()) continue;
       carried.insert(name);
       auto& attachments = message.attachments;
@@ -274,7 +277,8 @@ Header BindingReader::header(const Node& node, const Definition& binding, const 
   const auto part =
       std::find_if(parts.begin(), parts.end(), [&](const Part& one) { return one.name == partName; });
   if (part == parts.end()) {
-    out.error = keep("no part " + std::string(partName) + " in the message " + std::string(message->name.local));
+    out.error =
+        keep("no part " + std::string(partName) + " in the message " + std::string(message->name.local));
     return out;
   }
   out.part = *part;
@@ -330,7 +334,8 @@ namespace {
 template <class Find>
 auto findForPart(const schema::Asked& asked, const parse::Definitions& in, const Find& find) {
   auto* found = asked.declared ? find(asked.name) : nullptr;
-  if (!found && asked.declared && asked.name.space.empty()) found = find({in.targetNamespace, asked.name.local});
+  if (!found && asked.declared && asked.name.space.empty())
+    found = find({in.targetNamespace, asked.name.local});
   return found;
 }
 
@@ -349,7 +354,8 @@ void BindingReader::typeByElement(Part& part, const Node& node, const parse::Def
 
 void BindingReader::typeByName(Part& part, const Node& node, const parse::Definitions& in) {
   const schema::Asked asked = schema::askedName(node, node.get(Word::type));
-  schema::TypeEntry* found = findForPart(asked, in, [&](const Name& name) { return resolver_.findType(name); });
+  schema::TypeEntry* found =
+      findForPart(asked, in, [&](const Name& name) { return resolver_.findType(name); });
   if (!found) throw schema::Unresolved{schema::notFound("type", asked)};
   part.type = found->name;
 }

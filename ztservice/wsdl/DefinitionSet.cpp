@@ -14,11 +14,16 @@ constexpr std::array<const char*, kinds> kindNames = {"message", "portType", "bi
 std::optional<Kind> kindOf(const Node& node) {
   if (node.space != parse::Space::wsdl) return std::nullopt;
   switch (node.word) {
-    case Word::message: return Kind::message;
-    case Word::portType: return Kind::portType;
-    case Word::binding: return Kind::binding;
-    case Word::service: return Kind::service;
-    default: return std::nullopt;
+    case Word::message:
+      return Kind::message;
+    case Word::portType:
+      return Kind::portType;
+    case Word::binding:
+      return Kind::binding;
+    case Word::service:
+      return Kind::service;
+    default:
+      return std::nullopt;
   }
 }
 
@@ -39,9 +44,9 @@ void DefinitionSet::add(Kind kind, const Node& node, const parse::Definitions& i
     if (kind == Kind::service) services_.push_back(added);
     return;
   }
-  loaded.warnings.push_back(
-      {loaded.placeOf(*in.document, node),
-       std::string(kindNames[index]) + ' ' + std::string(added.name.local) + " stands twice; the first one counts"});
+  loaded.warnings.push_back({loaded.placeOf(*in.document, node), std::string(kindNames[index]) + ' ' +
+                                                                     std::string(added.name.local) +
+                                                                     " stands twice; the first one counts"});
 }
 
 const Definition* DefinitionSet::find(Kind kind, const Name& name) const {

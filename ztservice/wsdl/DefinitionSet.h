@@ -25,8 +25,8 @@ class DefinitionSet {
  public:
   explicit DefinitionSet(parse::Loaded& loaded);
 
-  // What an attribute of a node in these definitions names; null if there is none. A name that is not found is
-  // looked for by its local name in the target namespace of the definitions that write it.
+  // What an attribute of a node in these definitions names; null if there is none. A name that is not found
+  // is looked for by its local name in the target namespace of the definitions that write it.
   const Definition* find(Kind kind, const parse::Node& node, std::string_view text,
                          const parse::Definitions& in) const;
   // In the order of the documents.
