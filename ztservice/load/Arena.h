@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
 #include <cstring>
 #include <memory>
@@ -17,8 +18,10 @@ class Arena {
   void* take(size_t bytes, size_t alignment) {
     size_t at = (used_ + alignment - 1) & ~(alignment - 1);
     if (blocks_.empty() || at + bytes > capacity_) {
-      capacity_ = bytes > blockSize ? bytes : blockSize;
-      blocks_.push_back(std::make_unique<std::byte[]>(capacity_));
+      // Small at first: there may be a hundred thousand documents.
+      next_ = next_ < largest ? next_ * 2 : next_;
+      capacity_ = std::max(bytes, next_);
+      blocks_.push_back(std::make_unique_for_overwrite<std::byte[]>(capacity_));
       at = 0;
     }
     used_ = at + bytes;
@@ -48,11 +51,12 @@ class Arena {
   }
 
  private:
-  static constexpr size_t blockSize = 64 * 1024;
+  static constexpr size_t largest = 64 * 1024;
 
   std::vector<std::unique_ptr<std::byte[]>> blocks_;
   size_t used_ = 0;
   size_t capacity_ = 0;
+  size_t next_ = 256;
 };
 
 }  // namespace ztservice::parse

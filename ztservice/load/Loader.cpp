@@ -64,8 +64,11 @@ void Loader::enterDefinitions(const Document& document) {
   loaded_->definitions.push_back({&document, &root, targetNamespace});
   for (const Node* child = root.first; child; child = child->next) {
     if (child->isWsdl(Word::import)) {
-      collected_.push_back(
-          {child, &document, nullptr, child->get(Word::location), child->get(Word::nameSpace)});
+      Reference& reference = collected_.emplace_back();
+      reference.node = child;
+      reference.from = &document;
+      reference.location = child->get(Word::location);
+      reference.nameSpace = child->get(Word::nameSpace);
     } else if (child->isWsdl(Word::types)) {
       for (const Node& schema : Children(*child, Space::schema, Word::schema))
         enterSchema(document, schema, schema.get(Word::targetNamespace), false, targetNamespace);
@@ -96,9 +99,15 @@ void Loader::collect(const Document& document, Schema& schema) {
     if (child->space != Space::schema) continue;
     const bool imports = child->word == Word::import;
     if (!imports && child->word != Word::include && child->word != Word::redefine) continue;
-    if (child->word == Word::redefine) loaded_->redefinitions.push_back({child, &schema, nullptr});
-    collected_.push_back({child, &document, imports ? nullptr : &schema, child->get(Word::schemaLocation),
-                          child->get(Word::nameSpace)});
+    Reference& reference = collected_.emplace_back();
+    reference.node = child;
+    reference.from = &document;
+    reference.schema = imports ? nullptr : &schema;
+    reference.location = child->get(Word::schemaLocation);
+    reference.nameSpace = child->get(Word::nameSpace);
+    if (child->word != Word::redefine) continue;
+    reference.redefinition = loaded_->redefinitions.size();
+    loaded_->redefinitions.push_back({child, &schema, nullptr});
   }
 }
 
@@ -127,9 +136,7 @@ void Loader::follow(const Reference& reference) {
 
 void Loader::attach(const Reference& reference, const Schema& schema) {
   reference.schema->included.push_back(&schema);
-  for (Redefinition& redefinition : loaded_->redefinitions) {
-    if (redefinition.node == reference.node && redefinition.by == reference.schema) redefinition.of = &schema;
-  }
+  if (reference.redefinition) loaded_->redefinitions[*reference.redefinition].of = &schema;
 }
 
 const Document* Loader::documentOf(const Reference& reference) {

@@ -2,6 +2,7 @@
 
 #include <deque>
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <unordered_map>
@@ -77,6 +78,8 @@ class Loader {
     Schema* schema = nullptr;
     std::string_view location;
     std::string_view nameSpace;
+    // Of what it redefines; none for any other.
+    std::optional<size_t> redefinition;
   };
   struct Instance {
     const Node* root;

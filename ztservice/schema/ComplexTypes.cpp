@@ -102,7 +102,8 @@ void Resolver::buildText(TypeEntry& type) {
   if (node.word == Word::restriction) {
     if (const Node* inside = node.child(Word::simpleType)) text = &anonymous(*inside, type.at, type.depth);
     if (text && hasFacets(node)) {
-      TypeEntry& narrow = anonymous(node, type.at, type.depth);
+      // What it narrows is shown inside it.
+      TypeEntry& narrow = anonymous(node, type.at, text->name.empty() ? text->depth : type.depth);
       narrow.narrows = true;
       narrow.derivation = &node;
       narrow.basis = text;

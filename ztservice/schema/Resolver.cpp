@@ -12,7 +12,7 @@ using parse::Word;
 namespace {
 
 // Types that are written inside each other nest in the answer too.
-constexpr unsigned deepest = 200;
+constexpr unsigned deepest = 100;
 
 }  // namespace
 
@@ -98,7 +98,7 @@ void Resolver::spend(size_t members) {
   membersLeft_ -= members;
 }
 
-void Resolver::fail(TypeEntry& type, const std::string& reason) {
+void Resolver::fail(TypeEntry& type, std::string_view reason) {
   // What was known of it by then is not shown.
   Type left;
   left.kind = type.at.node->word == Word::complexType ? Type::Kind::complex : Type::Kind::simple;
@@ -106,7 +106,7 @@ void Resolver::fail(TypeEntry& type, const std::string& reason) {
   left.file = type.file;
   left.line = type.line;
   left.column = type.column;
-  left.error = keep(reason);
+  left.error = reason;
   static_cast<Type&>(type) = std::move(left);
   type.textType = nullptr;
 }
@@ -121,7 +121,7 @@ const TypeEntry& Resolver::settle(TypeEntry& type) {
       try {
         prepare(top);
       } catch (const Unresolved& e) {
-        fail(top, e.reason);
+        fail(top, keep(e.reason));
       }
       if (top.error.empty() && top.basis && top.basis->state == State::fresh) {
         chain.push_back(top.basis);
@@ -132,7 +132,7 @@ const TypeEntry& Resolver::settle(TypeEntry& type) {
       try {
         if (top.error.empty()) build(top);
       } catch (const Unresolved& e) {
-        fail(top, e.reason);
+        fail(top, keep(e.reason));
       }
       top.state = State::settled;
     }
@@ -154,9 +154,10 @@ void Resolver::build(TypeEntry& type) {
   if (type.basis && type.derivation->word != Word::list) {
     if (type.basis->state == TypeEntry::State::working)
       throw Unresolved{"derived from itself, over " + std::string(type.basis->name.local)};
+    // As it stands: what a long chain lacks is told once.
     if (!type.basis->error.empty()) {
-      const std::string of(type.basis->name.local);
-      throw Unresolved{"the base" + (of.empty() ? of : ' ' + of) + ": " + std::string(type.basis->error)};
+      fail(type, type.basis->error);
+      return;
     }
   }
   isComplex ? buildComplex(type) : buildSimple(type);

@@ -88,7 +88,7 @@ class Resolver {
 
   void prepare(TypeEntry& type);
   void build(TypeEntry& type);
-  void fail(TypeEntry& type, const std::string& reason);
+  static void fail(TypeEntry& type, std::string_view reason);
 
   void prepareComplex(TypeEntry& type);
   void buildComplex(TypeEntry& type);
