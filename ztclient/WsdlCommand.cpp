@@ -1,4 +1,5 @@
 // ztclient wsdl: what a WSDL document offers, and the types of what goes in and out.
+#include <algorithm>
 #include <iostream>
 #include <memory>
 #include <set>
@@ -6,12 +7,17 @@
 
 #include "tovinCore/Exception.h"
 #include "tovinCore/Units.h"
+#include "tovinCore/Utf8.h"
 #include "ztclient/Commands.h"
 #include "ztclient/answers/ByteText.h"
 #include "ztclient/answers/ServiceJson.h"
+#include "ztclient/answers/ServiceText.h"
 #include "ztclient/answers/WsdlJson.h"
+#include "ztclient/arguments/Address.h"
 #include "ztclient/arguments/Arguments.h"
+#include "ztclient/arguments/Suggestion.h"
 #include "ztclient/input/Document.h"
+#include "ztclient/input/Source.h"
 #include "ztclient/terminal/Messages.h"
 
 namespace {
@@ -22,6 +28,11 @@ struct Options {
   bool types = false;
   bool backwardCompatible = false;
   bool all = false;
+  std::string operation;
+  bool fetch = false;
+  std::vector<std::string> catalogs;
+  std::string user;
+  bool netrc = false;
 };
 
 std::string textOf(const Json& json) { return json.get<std::string>(); }
@@ -108,7 +119,7 @@ void sayWhatIsLeftOut(const tovin::iNode& root) {
         (text.empty() ? "" : ", ") + counted(services.size(), "further service (" + names + ") is not shown",
                                              "further services (" + names + ") are not shown");
   }
-  if (!text.empty()) messages::warn(text);
+  if (!text.empty()) messages::warn(text + ": --all shows what is left out");
 }
 
 // A schema file that fails is named once, whatever asks for it.
@@ -123,12 +134,62 @@ class SchemaFailures {
   std::set<std::wstring> said_;
 };
 
+// Reads what the command was given: an address is fetched, anything else is read once and in order, so that
+// standard input and pipes are taken.
+ztservice::Service loadService(const std::string& file, const Options& options) {
+  ztservice::Options how;
+  how.fetch = options.fetch;
+  how.catalogs = options.catalogs;
+  how.user = options.user;
+  how.netrc = options.netrc;
+  if (address::isWebAddress(file)) return ztservice::load(file, how);
+  std::string bytes;
+  Source source(file);
+  std::string piece(1 << 16, '\0');
+  while (const size_t count = source.read(piece.data(), piece.size())) bytes.append(piece, 0, count);
+  return ztservice::loadText(bytes, file == "-" ? "standard input" : file, how);
+}
+
+// With the operation that is asked for only, where one is.
+ztservice::Service narrowed(const ztservice::Service& service, const std::string& operation) {
+  if (operation.empty()) return service;
+  std::vector<std::string> names;
+  for (const ztservice::Port& port : service.ports()) {
+    for (const ztservice::Operation& one : port.operations()) names.emplace_back(one.name());
+  }
+  if (std::find(names.begin(), names.end(), operation) != names.end()) return service.narrowedTo(operation);
+  const std::string meant = nearest(operation, names);
+  const std::string text =
+      "no operation \"" + operation + '"' + (meant.empty() ? "" : "; did you mean \"" + meant + "\"?");
+  throw tovin::Exception(tovin::utf8ToWide(text).c_str());
+}
+
+void sayWhatIsMissing(const ztservice::Service& service) {
+  for (const ztservice::Warning& warning : service.warnings()) messages::warn(warning.toString());
+  const size_t unresolved = countUnresolved(service);
+  if (unresolved > 0) {
+    messages::warn(counted(service.types().size(), "type", "types") + ", " + std::to_string(unresolved) +
+                   " not resolved: run with --json to see which");
+  }
+}
+
 int showAll(const Options& options) {
+  const ztservice::Service service = narrowed(loadService(options.file, options), options.operation);
+  if (options.json) {
+    writeServiceJson(service, std::cout);
+  } else {
+    writeServiceText(service, std::cout);
+    sayWhatIsMissing(service);
+  }
+  return commands::done;
+}
+
+// With --json a failure is an answer too.
+template <class Work>
+int answering(const Options& options, const Work& work) {
   try {
-    const ztservice::Service service = ztservice::load(options.file);
-    if (options.json) writeServiceJson(service, std::cout);
-    return commands::done;
-  } catch (const ztservice::Error& e) {
+    return work(options);
+  } catch (const tovin::Exception& e) {
     if (!options.json) throw;
     std::cout << toText({{"error", messages::textOf(e)}}, 1) << '\n';
     return commands::trouble;
@@ -136,7 +197,7 @@ int showAll(const Options& options) {
 }
 
 int run(const Options& options) {
-  if (options.all) return showAll(options);
+  if (options.all) return answering(options, showAll);
   try {
     CWsdlParser parser;
     parser.SetBackwardCompatible70(options.backwardCompatible);
@@ -157,17 +218,38 @@ int run(const Options& options) {
   }
 }
 
+// Where the documents of a whole service come from.
+void addSources(CLI::App& wsdl, Options& options) {
+  wsdl.add_option(
+          "--catalog", options.catalogs,
+          "XML catalogue that says where copies of documents are; default for that of well-known schemas")
+      ->type_name("FILE")
+      ->allow_extra_args(false);
+  wsdl.add_flag("--fetch", options.fetch, "Read from the network what a file refers to there");
+  arguments::requireText(wsdl.add_option("--user", options.user, "For servers that ask for a user"))
+      ->type_name("NAME:PASSWORD");
+  wsdl.add_flag("--netrc", options.netrc, "Look for users and passwords in the file .netrc");
+}
+
 }  // namespace
 
 void commands::addWsdl(CLI::App& app, int& status) {
   auto options = std::make_shared<Options>();
   CLI::App* wsdl = app.add_subcommand("wsdl", "Show what a WSDL document offers");
-  arguments::addFile(*wsdl, "FILE", options->file, "WSDL document; - for standard input")->required();
+  arguments::addFile(*wsdl, "FILE", options->file,
+                     "WSDL document; - for standard input; with --all an address too")
+      ->required();
   wsdl->add_flag("--json", options->json, "One JSON document");
   wsdl->add_flag("--types", options->types, "Resolve the type of every part");
   wsdl->add_flag("--backward-compatible", options->backwardCompatible,
                  "Take arrays of document style as arrays, as in RPC style");
-  wsdl->add_flag("--all", options->all, "The whole service: all documents, services and types");
+  CLI::Option* all =
+      wsdl->add_flag("--all", options->all, "The whole service: all documents, services and types");
+  arguments::requireText(
+      wsdl->add_option("--operation", options->operation, "Only the operation of that name"))
+      ->type_name("NAME")
+      ->needs(all);
+  addSources(*wsdl, *options);
   wsdl->footer("Example: ztclient wsdl orders.wsdl --types");
   wsdl->callback([options, &status] { status = run(*options); });
 }

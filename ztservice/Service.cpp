@@ -29,6 +29,18 @@ class ServiceReader {
     return out;
   }
 
+  // The same with the operations of one name only.
+  static std::vector<PortGroup> narrowed(std::vector<PortGroup> groups, std::string_view operation) {
+    for (PortGroup& group : groups) {
+      for (Port& port : group.ports_) {
+        auto bound = std::make_shared<Port::Bound>(*port.bound_);
+        std::erase_if(bound->operations, [&](const Operation& one) { return one.name() != operation; });
+        port.bound_ = std::move(bound);
+      }
+    }
+    return groups;
+  }
+
  private:
   static std::string_view addressOf(const parse::Node& port) {
     const parse::Node* at = port.first;
@@ -37,63 +49,90 @@ class ServiceReader {
   }
 };
 
-// Everything of a service. The resolver alone changes after loading, behind its lock; what it gave out stays.
-struct Service::Content {
+namespace {
+
+// What the documents say. The resolver alone changes after loading, behind its lock; what it gave out stays.
+struct Model {
   std::unique_ptr<parse::Loaded> loaded;
   schema::Declarations declarations;
   wsdl::DefinitionSet definitions;
   std::mutex lock;
   schema::Resolver resolver;
+
+  Model(std::unique_ptr<parse::Loaded> read, const Limits& limits)
+      : loaded(std::move(read)),
+        declarations(*loaded),
+        definitions(*loaded),
+        resolver(*loaded, declarations, limits) {}
+};
+
+}  // namespace
+
+struct Service::Content {
+  std::shared_ptr<Model> model;
   std::vector<PortGroup> services;
   std::vector<Port> ports;
   Reach reach;
 
-  Content(std::unique_ptr<parse::Loaded> read, const Limits& limits)
-      : loaded(std::move(read)),
-        declarations(*loaded),
-        definitions(*loaded),
-        resolver(*loaded, declarations, limits) {
-    BindingReader bindings(definitions, resolver);
-    services = ServiceReader::read(definitions, bindings);
+  Content(std::shared_ptr<Model> of, std::vector<PortGroup> groups)
+      : model(std::move(of)), services(std::move(groups)) {
     for (const PortGroup& group : services)
       ports.insert(ports.end(), group.ports().begin(), group.ports().end());
-    reach.follow(ports, resolver);
+    const std::lock_guard guard(model->lock);
+    reach.follow(ports, model->resolver);
   }
 };
 
-Service::Service(std::shared_ptr<Content> content) noexcept : content_(std::move(content)) {}
+Service::Service(std::shared_ptr<const Content> content) noexcept : content_(std::move(content)) {}
+
+Service Service::narrowedTo(std::string_view operation) const {
+  return Service(std::make_shared<const Content>(content_->model,
+                                                 ServiceReader::narrowed(content_->services, operation)));
+}
 
 std::string_view Service::targetNamespace() const noexcept {
-  return content_->loaded->definitions.front().targetNamespace;
+  return content_->model->loaded->definitions.front().targetNamespace;
 }
 const std::vector<PortGroup>& Service::services() const noexcept { return content_->services; }
 const std::vector<Port>& Service::ports() const noexcept { return content_->ports; }
 std::span<const Element* const> Service::elements() const noexcept { return content_->reach.elements(); }
 std::span<const Type* const> Service::types() const noexcept { return content_->reach.types(); }
-const std::vector<Warning>& Service::warnings() const noexcept { return content_->loaded->warnings; }
+const std::vector<Warning>& Service::warnings() const noexcept { return content_->model->loaded->warnings; }
 
 const Type* Service::type(const Name& name) const {
   if (const Type* reached = content_->reach.type(name)) return reached;
-  const std::lock_guard guard(content_->lock);
-  schema::TypeEntry* found = content_->resolver.findType(name);
-  return found ? &settleWhole(*found, content_->resolver) : nullptr;
+  Model& model = *content_->model;
+  const std::lock_guard guard(model.lock);
+  schema::TypeEntry* found = model.resolver.findType(name);
+  return found ? &settleWhole(*found, model.resolver) : nullptr;
 }
 
 const Element* Service::element(const Name& name) const {
   if (const Element* reached = content_->reach.element(name)) return reached;
-  const std::lock_guard guard(content_->lock);
-  schema::ElementEntry* found = content_->resolver.findElement(name);
-  return found ? &settleWhole(*found, content_->resolver) : nullptr;
+  Model& model = *content_->model;
+  const std::lock_guard guard(model.lock);
+  schema::ElementEntry* found = model.resolver.findElement(name);
+  return found ? &settleWhole(*found, model.resolver) : nullptr;
 }
 
-Service load(const std::string& location, const Options& options) {
+namespace {
+
+Service serviceOf(const std::string& location, const std::string* bytes, const Options& options) {
   parse::Loader loader(options);
-  return Service(std::make_shared<Service::Content>(loader.load(location, nullptr), options.limits));
+  auto model = std::make_shared<Model>(loader.load(location, bytes), options.limits);
+  BindingReader bindings(model->definitions, model->resolver);
+  std::vector<PortGroup> services = ServiceReader::read(model->definitions, bindings);
+  return Service(std::make_shared<const Service::Content>(std::move(model), std::move(services)));
+}
+
+}  // namespace
+
+Service load(const std::string& location, const Options& options) {
+  return serviceOf(location, nullptr, options);
 }
 
 Service loadText(const std::string& bytes, const std::string& location, const Options& options) {
-  parse::Loader loader(options);
-  return Service(std::make_shared<Service::Content>(loader.load(location, &bytes), options.limits));
+  return serviceOf(location, &bytes, options);
 }
 
 }  // namespace ztservice

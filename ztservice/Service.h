@@ -45,11 +45,14 @@ class ZTSERVICE_API Service {
 
   const std::vector<Warning>& warnings() const noexcept;
 
+  /// The same service with the operations of that name only, and what they need.
+  Service narrowedTo(std::string_view operation) const;
+
   struct Content;
-  explicit Service(std::shared_ptr<Content> content) noexcept;
+  explicit Service(std::shared_ptr<const Content> content) noexcept;
 
  private:
-  std::shared_ptr<Content> content_;
+  std::shared_ptr<const Content> content_;
 };
 
 /// Reads a service.

@@ -3,7 +3,10 @@
 #include <functional>
 #include <optional>
 #include <string>
+#include <unordered_map>
 #include <vector>
+
+#include "ztservice/load/Node.h"
 
 namespace ztservice::parse {
 
@@ -12,15 +15,37 @@ namespace ztservice::parse {
 // nextCatalog, with xml:base and groups; those of public identifiers mean nothing here.
 class Catalog {
  public:
-  explicit Catalog(std::function<std::string(const std::string& path)> readFile)
-      : readFile_(std::move(readFile)) {}
+  using ReadFile = std::function<std::string(const std::string& location)>;
+
+  explicit Catalog(ReadFile readFile) : readFile_(std::move(readFile)) {}
 
   // Errors: Error where the file cannot be read or is no catalogue.
-  void add(const std::string& path);
-  std::optional<std::string> find(const std::string& name) const;
+  void add(const std::string& location);
+  // Asks the catalogues in the order in which they were added, and those that they name. One that cannot be
+  // read has no entry.
+  std::optional<std::string> find(const std::string& name);
 
  private:
-  std::function<std::string(const std::string& path)> readFile_;
+  // What a catalogue says of names: equal, beginning or ending so.
+  struct Entry {
+    std::string name;
+    std::string target;
+  };
+  struct File {
+    std::unordered_map<std::string, std::string> exact;
+    std::vector<Entry> rewrites;
+    std::vector<Entry> suffixes;
+    std::vector<Entry> delegates;
+    std::vector<std::string> next;
+  };
+
+  const File& read(const std::string& location);
+  static void enter(File& file, const Node& node, const std::string& base);
+  static std::optional<std::string> lookUp(const File& file, const std::string& name);
+
+  ReadFile readFile_;
+  std::vector<std::string> added_;
+  std::unordered_map<std::string, File> files_;
 };
 
 }  // namespace ztservice::parse

@@ -47,7 +47,7 @@ Document* Loader::read(const std::string& location, const std::string* bytes) {
   if (!bytes) got = sources_->read(location);
   Document& document = loaded_->documents.emplace_back();
   document.location = bytes ? location : got.location;
-  document.shown = document.location;
+  document.shown = location::shown(document.location);
   try {
     readDocument(document, bytes ? *bytes : got.bytes);
   } catch (...) {
@@ -155,7 +155,7 @@ const Document* Loader::documentOf(const Reference& reference) {
   if (location::isWeb(resolved)) {
     if (const auto copy = sources_->copyOfNamespace(nameSpace)) return readOnce(*copy, reference);
   }
-  warn(reference, resolved + ' ' + refusal);
+  warn(reference, location::shown(resolved) + ' ' + refusal);
   return nullptr;
 }
 
@@ -165,7 +165,8 @@ const Document* Loader::readOnce(const std::string& location, const Reference& r
     try {
       outcome.document = read(location, nullptr);
     } catch (const tovin::Exception& e) {
-      const std::string shown = e.getFile().empty() ? location : tovin::wideToUtf8(e.getFile());
+      const std::string shown =
+          e.getFile().empty() ? location::shown(location) : tovin::wideToUtf8(e.getFile());
       const std::string line = e.getLine() > 0
                                    ? ':' + std::to_string(e.getLine()) + ':' + std::to_string(e.getColumn())
                                    : std::string();

@@ -169,11 +169,20 @@ std::string resolved(std::string_view from, std::string_view reference) {
     return resolvedAddress(from, rest);
   }
   const std::string path = decoded(rest.substr(0, rest.find('#')));
+  if (from.starts_with("well-known:/")) return "well-known:/" + path;
   if (isAbsolute(path)) return withoutDots(path);
   std::string folder(from);
   if (systemHasDrives) std::replace(folder.begin(), folder.end(), '\\', '/');
   folder.resize(folder.rfind('/') + 1);
   return withoutDots(folder + path);
+}
+
+std::string shown(const std::string& location) {
+  if (!isWeb(location)) return location;
+  const size_t begin = location.find("//");
+  const size_t end = begin == location.npos ? location.npos : location.find_first_of("/?#", begin + 2);
+  const size_t at = begin == location.npos ? location.npos : location.substr(0, end).rfind('@');
+  return at == location.npos ? location : location.substr(0, begin + 2) + location.substr(at + 1);
 }
 
 std::string identity(const std::string& location) {

@@ -19,6 +19,9 @@ std::string resolved(std::string_view from, std::string_view reference);
 // An address against another one, as RFC 3986 has it, without a fragment.
 std::string resolvedAddress(std::string_view from, std::string_view reference);
 
+// For people: an address without user and password, a path as it is.
+std::string shown(const std::string& location);
+
 // Alike for two names of one document.
 std::string identity(const std::string& location);
 

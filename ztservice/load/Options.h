@@ -23,7 +23,7 @@ struct Limits {
   uint64_t fileBytes = uint64_t{1} << 30;
   /// Members and attributes of all types together; a type that names groups again and again may have more
   /// than any memory holds.
-  size_t members = 4'000'000;
+  size_t members = 2'000'000;
 };
 
 /// How a service is loaded.

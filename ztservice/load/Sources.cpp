@@ -1,5 +1,7 @@
 #include "ztservice/load/Sources.h"
 
+#include <algorithm>
+
 #include "tovinCore/Utf8.h"
 #include "tovinCore/platform/Files.h"
 #include "tovinCore/platform/Paths.h"
@@ -7,6 +9,7 @@
 #include "ztservice/load/Catalog.h"
 #include "ztservice/load/Fetcher.h"
 #include "ztservice/load/Location.h"
+#include "ztservice/load/WellKnown.h"
 
 namespace platform = tovin::platform;
 
@@ -41,7 +44,8 @@ Sources::Sources(const Options& options)
     : options_(options),
       catalog_(std::make_unique<Catalog>([this](const std::string& path) { return readFile(path); })),
       fetcher_(std::make_unique<Fetcher>(options)) {
-  for (const std::string& catalog : options_.catalogs) catalog_->add(catalog);
+  for (const std::string& catalog : options_.catalogs)
+    catalog_->add(catalog == "default" ? std::string(wellKnownCatalog) : catalog);
 }
 
 Sources::~Sources() = default;
@@ -53,13 +57,16 @@ Sources::Bytes Sources::read(const std::string& location) {
 }
 
 std::string Sources::readFile(const std::string& path) const {
+  if (const auto known = wellKnown(path)) return std::string(*known);
   std::string bytes;
   if (options_.readFile) {
     if (!options_.readFile(path, bytes)) throw Error({path}, bytes);
     return bytes;
   }
   const OpenFile file(path);
-  constexpr size_t piece = 1 << 18;
+  // One more than the file has, so that its end is met at once.
+  const int64_t length = platform::fileLength(file.handle());
+  const size_t piece = static_cast<size_t>(std::clamp<int64_t>(length + 1, 1 << 12, 1 << 20));
   while (true) {
     const size_t before = bytes.size();
     if (before > options_.limits.fileBytes) throw Error({path}, "larger than a document may be");
@@ -86,6 +93,7 @@ std::string Sources::refusal(const std::string& from, const std::string& locatio
   if (location::isWeb(from)) {
     return leadsToFile ? "is a file: a document from the network may not name one" : std::string();
   }
+  if (wellKnown(location)) return {};
   if (leadsToFile) {
     const std::wstring share = platform::networkShareOf(platform::fileName(location));
     const bool sameShare = share.empty() || share == platform::networkShareOf(platform::fileName(from));
