@@ -8,8 +8,12 @@
 #include "tovinCore/Exception.h"
 #include "tovinCore/Units.h"
 #include "tovinCore/Utf8.h"
+#include "tovinCore/platform/Files.h"
+#include "tovinCore/platform/Paths.h"
+#include "tovinCore/platform/WholeFile.h"
 #include "ztclient/Commands.h"
 #include "ztclient/answers/ByteText.h"
+#include "ztclient/answers/ServiceChanges.h"
 #include "ztclient/answers/ServiceJson.h"
 #include "ztclient/answers/ServiceText.h"
 #include "ztclient/answers/WsdlJson.h"
@@ -29,6 +33,8 @@ struct Options {
   bool backwardCompatible = false;
   bool all = false;
   std::string operation;
+  std::string flat;
+  std::string newer;
   bool fetch = false;
   std::vector<std::string> catalogs;
   std::string user;
@@ -134,20 +140,31 @@ class SchemaFailures {
   std::set<std::wstring> said_;
 };
 
-// Reads what the command was given: an address is fetched, anything else is read once and in order, so that
-// standard input and pipes are taken.
-ztservice::Service loadService(const std::string& file, const Options& options) {
+ztservice::Options sourcesOf(const Options& options) {
   ztservice::Options how;
   how.fetch = options.fetch;
   how.catalogs = options.catalogs;
   how.user = options.user;
   how.netrc = options.netrc;
-  if (address::isWebAddress(file)) return ztservice::load(file, how);
-  std::string bytes;
+  return how;
+}
+
+std::string bytesOfFile(const std::string& file) {
   Source source(file);
+  std::string bytes;
   std::string piece(1 << 16, '\0');
   while (const size_t count = source.read(piece.data(), piece.size())) bytes.append(piece, 0, count);
-  return ztservice::loadText(bytes, file == "-" ? "standard input" : file, how);
+  return bytes;
+}
+
+std::string nameOf(const std::string& file) { return file == "-" ? "standard input" : file; }
+
+// Reads what the command was given: an address is fetched, anything else is read once and in order, so that
+// standard input and pipes are taken.
+ztservice::Service loadService(const std::string& file, const Options& options) {
+  const ztservice::Options how = sourcesOf(options);
+  return address::isWebAddress(file) ? ztservice::load(file, how)
+                                     : ztservice::loadText(bytesOfFile(file), nameOf(file), how);
 }
 
 // With the operation that is asked for only, where one is.
@@ -184,6 +201,33 @@ int showAll(const Options& options) {
   return commands::done;
 }
 
+int showChanges(const Options& options) {
+  const std::vector<ServiceChange> changes =
+      changesOf(narrowed(loadService(options.file, options), options.operation),
+                narrowed(loadService(options.newer, options), options.operation));
+  options.json ? writeChangesJson(changes, std::cout) : writeChangesText(changes, std::cout);
+  const bool breaks =
+      std::any_of(changes.begin(), changes.end(), [](const ServiceChange& one) { return one.breaks; });
+  return breaks ? commands::negative : commands::done;
+}
+
+int writeFlat(const Options& options) {
+  const ztservice::Options how = sourcesOf(options);
+  const std::string flat = address::isWebAddress(options.file)
+                               ? ztservice::flatten(options.file, how)
+                               : ztservice::flattenText(bytesOfFile(options.file), nameOf(options.file), how);
+  if (options.flat == "-") {
+    std::cout << flat;
+    return commands::done;
+  }
+  const std::wstring name = tovin::platform::fileName(options.flat);
+  if (!tovin::platform::placeFile(name.c_str(), flat)) {
+    const std::wstring reason = tovin::platform::lastFailure();
+    throw tovin::Exception(L"Unable to write file %ls", name).setFile(name).setReason(reason);
+  }
+  return commands::done;
+}
+
 // With --json a failure is an answer too.
 template <class Work>
 int answering(const Options& options, const Work& work) {
@@ -197,6 +241,8 @@ int answering(const Options& options, const Work& work) {
 }
 
 int run(const Options& options) {
+  if (!options.flat.empty()) return writeFlat(options);
+  if (!options.newer.empty()) return answering(options, showChanges);
   if (options.all) return answering(options, showAll);
   try {
     CWsdlParser parser;
@@ -245,10 +291,16 @@ void commands::addWsdl(CLI::App& app, int& status) {
                  "Take arrays of document style as arrays, as in RPC style");
   CLI::Option* all =
       wsdl->add_flag("--all", options->all, "The whole service: all documents, services and types");
+  CLI::Option* flat = arguments::addFile(*wsdl, "--flatten", options->flat,
+                                         "Write the service and all it needs into one file", "OUT");
+  CLI::Option* newer =
+      arguments::addFile(*wsdl, "--changes", options->newer,
+                         "Tell what a newer version has otherwise, and whether that breaks callers");
+  flat->excludes(newer)->excludes(all);
+  newer->excludes(all);
   arguments::requireText(
       wsdl->add_option("--operation", options->operation, "Only the operation of that name"))
-      ->type_name("NAME")
-      ->needs(all);
+      ->type_name("NAME");
   addSources(*wsdl, *options);
   wsdl->footer("Example: ztclient wsdl orders.wsdl --types");
   wsdl->callback([options, &status] { status = run(*options); });

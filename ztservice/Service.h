@@ -11,6 +11,7 @@
 #include "ztservice/Name.h"
 #include "ztservice/load/Options.h"
 #include "ztservice/schema/Type.h"
+#include "ztservice/wsdl/Flatten.h"
 #include "ztservice/wsdl/Port.h"
 
 namespace ztservice {

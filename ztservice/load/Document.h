@@ -15,6 +15,8 @@ struct Document {
   // By what it is read, and what people are shown.
   std::string location;
   std::string shown;
+  // Its bytes, where they are kept.
+  std::string source;
   Arena arena;
   // Null for a root that means nothing.
   const Node* root = nullptr;

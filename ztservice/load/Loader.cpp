@@ -23,7 +23,8 @@ std::string reasonOf(const tovin::Exception& e) {
 
 }  // namespace
 
-Loader::Loader(const Options& options) : options_(options), sources_(std::make_unique<Sources>(options_)) {}
+Loader::Loader(const Options& options, bool keepsSources)
+    : options_(options), keepsSources_(keepsSources), sources_(std::make_unique<Sources>(options_)) {}
 
 Loader::~Loader() = default;
 
@@ -54,6 +55,7 @@ Document* Loader::read(const std::string& location, const std::string* bytes) {
     loaded_->documents.pop_back();
     throw;
   }
+  if (keepsSources_) document.source = bytes ? *bytes : std::move(got.bytes);
   return &document;
 }
 

@@ -61,7 +61,8 @@ struct Loaded {
 // refers to, that in the order of the references, each with what it refers to in turn.
 class Loader {
  public:
-  explicit Loader(const Options& options);
+  // keepsSources: whether the bytes of the documents stay.
+  explicit Loader(const Options& options, bool keepsSources = false);
   Loader(const Loader&) = delete;
   Loader& operator=(const Loader&) = delete;
   ~Loader();
@@ -106,6 +107,7 @@ class Loader {
   void warn(const Reference& reference, const std::string& text);
 
   Options options_;
+  bool keepsSources_;
   std::unique_ptr<Sources> sources_;
   std::unique_ptr<Loaded> loaded_;
   // By identity; with the reason of a failure where there is no document.
