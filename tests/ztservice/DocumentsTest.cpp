@@ -41,4 +41,24 @@ TEST(RealServices, AreToldWhole) {
   EXPECT_EQ(count, 46u);
 }
 
+// Definitions of several target namespaces have no place in one document.
+TEST(RealServices, ComeIntoOneFileWithTheSameAnswer) {
+  std::ifstream table(folder + "services.txt");
+  size_t refused = 0;
+  for (std::string name, document; std::getline(table, name, '\t') && std::getline(table, document);) {
+    const std::string path = folder + "documents/" + name + "/" + document;
+    try {
+      const std::string flat = ztservice::flatten(path);
+      Json before = testsupport::answerOf(ztservice::load(path));
+      Json after = testsupport::answerOf(testsupport::loadFiles({{"main.wsdl", flat}}));
+      before.erase("warnings");
+      after.erase("warnings");
+      EXPECT_EQ(before.dump(1), after.dump(1)) << name;
+    } catch (const ztservice::Error&) {
+      ++refused;
+    }
+  }
+  EXPECT_EQ(refused, 7u);
+}
+
 }  // namespace
