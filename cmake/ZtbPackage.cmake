@@ -33,12 +33,16 @@ if(ztb_libraries)
   # The file names its prefix relative to itself, so that an installed tree can be moved.
   file(RELATIVE_PATH ztb_prefix_from_pc /${CMAKE_INSTALL_LIBDIR}/pkgconfig /)
   string(REGEX REPLACE "/$" "" ztb_prefix_from_pc ${ztb_prefix_from_pc})
-  list(TRANSFORM ztb_libraries PREPEND -l OUTPUT_VARIABLE ztb_pc_libs)
+  # What stands on top has a file of its own.
+  set(ztb_pc_libs ${ztb_libraries})
+  list(REMOVE_ITEM ztb_pc_libs ztservice)
+  list(TRANSFORM ztb_pc_libs PREPEND -l)
   list(REVERSE ztb_pc_libs)
   list(JOIN ztb_pc_libs " " ztb_pc_libs)
   configure_file(${PROJECT_SOURCE_DIR}/cmake/ztbaseclient.pc.in ${PROJECT_BINARY_DIR}/ztbaseclient.pc @ONLY)
+  configure_file(${PROJECT_SOURCE_DIR}/cmake/ztservice.pc.in ${PROJECT_BINARY_DIR}/ztservice.pc @ONLY)
   install(
-    FILES ${PROJECT_BINARY_DIR}/ztbaseclient.pc
+    FILES ${PROJECT_BINARY_DIR}/ztbaseclient.pc ${PROJECT_BINARY_DIR}/ztservice.pc
     DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig
     COMPONENT development)
   install(

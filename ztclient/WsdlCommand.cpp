@@ -1,4 +1,5 @@
 // ztclient wsdl: what a WSDL document offers, and the types of what goes in and out.
+#include <algorithm>
 #include <iostream>
 #include <memory>
 #include <set>
@@ -6,11 +7,21 @@
 
 #include "tovinCore/Exception.h"
 #include "tovinCore/Units.h"
+#include "tovinCore/Utf8.h"
+#include "tovinCore/platform/Files.h"
+#include "tovinCore/platform/Paths.h"
+#include "tovinCore/platform/WholeFile.h"
 #include "ztclient/Commands.h"
 #include "ztclient/answers/ByteText.h"
+#include "ztclient/answers/ServiceChanges.h"
+#include "ztclient/answers/ServiceJson.h"
+#include "ztclient/answers/ServiceText.h"
 #include "ztclient/answers/WsdlJson.h"
+#include "ztclient/arguments/Address.h"
 #include "ztclient/arguments/Arguments.h"
+#include "ztclient/arguments/Suggestion.h"
 #include "ztclient/input/Document.h"
+#include "ztclient/input/Source.h"
 #include "ztclient/terminal/Messages.h"
 
 namespace {
@@ -20,6 +31,14 @@ struct Options {
   bool json = false;
   bool types = false;
   bool backwardCompatible = false;
+  bool all = false;
+  std::string operation;
+  std::string flat;
+  std::string newer;
+  bool fetch = false;
+  std::vector<std::string> catalogs;
+  std::string user;
+  bool netrc = false;
 };
 
 std::string textOf(const Json& json) { return json.get<std::string>(); }
@@ -106,7 +125,7 @@ void sayWhatIsLeftOut(const tovin::iNode& root) {
         (text.empty() ? "" : ", ") + counted(services.size(), "further service (" + names + ") is not shown",
                                              "further services (" + names + ") are not shown");
   }
-  if (!text.empty()) messages::warn(text);
+  if (!text.empty()) messages::warn(text + ": --all shows what is left out");
 }
 
 // A schema file that fails is named once, whatever asks for it.
@@ -121,7 +140,110 @@ class SchemaFailures {
   std::set<std::wstring> said_;
 };
 
+ztservice::Options sourcesOf(const Options& options) {
+  ztservice::Options how;
+  how.fetch = options.fetch;
+  how.catalogs = options.catalogs;
+  how.user = options.user;
+  how.netrc = options.netrc;
+  return how;
+}
+
+std::string bytesOfFile(const std::string& file) {
+  Source source(file);
+  std::string bytes;
+  std::string piece(1 << 16, '\0');
+  while (const size_t count = source.read(piece.data(), piece.size())) bytes.append(piece, 0, count);
+  return bytes;
+}
+
+std::string nameOf(const std::string& file) { return file == "-" ? "standard input" : file; }
+
+// Reads what the command was given: an address is fetched, anything else is read once and in order, so that
+// standard input and pipes are taken.
+ztservice::Service loadService(const std::string& file, const Options& options) {
+  const ztservice::Options how = sourcesOf(options);
+  return address::isWebAddress(file) ? ztservice::load(file, how)
+                                     : ztservice::loadText(bytesOfFile(file), nameOf(file), how);
+}
+
+// With the operation that is asked for only, where one is.
+ztservice::Service narrowed(const ztservice::Service& service, const std::string& operation) {
+  if (operation.empty()) return service;
+  std::vector<std::string> names;
+  for (const ztservice::Port& port : service.ports()) {
+    for (const ztservice::Operation& one : port.operations()) names.emplace_back(one.name());
+  }
+  if (std::find(names.begin(), names.end(), operation) != names.end()) return service.narrowedTo(operation);
+  const std::string meant = nearest(operation, names);
+  const std::string text =
+      "no operation \"" + operation + '"' + (meant.empty() ? "" : "; did you mean \"" + meant + "\"?");
+  throw tovin::Exception(tovin::utf8ToWide(text).c_str());
+}
+
+void sayWhatIsMissing(const ztservice::Service& service) {
+  for (const ztservice::Warning& warning : service.warnings()) messages::warn(warning.toString());
+  const size_t unresolved = countUnresolved(service);
+  if (unresolved > 0) {
+    messages::warn(counted(service.types().size(), "type", "types") + ", " + std::to_string(unresolved) +
+                   " not resolved: run with --json to see which");
+  }
+}
+
+int showAll(const Options& options) {
+  const ztservice::Service service = narrowed(loadService(options.file, options), options.operation);
+  if (options.json) {
+    writeServiceJson(service, std::cout);
+  } else {
+    writeServiceText(service, std::cout);
+    sayWhatIsMissing(service);
+  }
+  return commands::done;
+}
+
+int showChanges(const Options& options) {
+  const std::vector<ServiceChange> changes =
+      changesOf(narrowed(loadService(options.file, options), options.operation),
+                narrowed(loadService(options.newer, options), options.operation));
+  options.json ? writeChangesJson(changes, std::cout) : writeChangesText(changes, std::cout);
+  const bool breaks =
+      std::any_of(changes.begin(), changes.end(), [](const ServiceChange& one) { return one.breaks; });
+  return breaks ? commands::negative : commands::done;
+}
+
+int writeFlat(const Options& options) {
+  const ztservice::Options how = sourcesOf(options);
+  const std::string flat = address::isWebAddress(options.file)
+                               ? ztservice::flatten(options.file, how)
+                               : ztservice::flattenText(bytesOfFile(options.file), nameOf(options.file), how);
+  if (options.flat == "-") {
+    std::cout << flat;
+    return commands::done;
+  }
+  const std::wstring name = tovin::platform::fileName(options.flat);
+  if (!tovin::platform::placeFile(name.c_str(), flat)) {
+    const std::wstring reason = tovin::platform::lastFailure();
+    throw tovin::Exception(L"Unable to write file %ls", name).setFile(name).setReason(reason);
+  }
+  return commands::done;
+}
+
+// With --json a failure is an answer too.
+template <class Work>
+int answering(const Options& options, const Work& work) {
+  try {
+    return work(options);
+  } catch (const tovin::Exception& e) {
+    if (!options.json) throw;
+    std::cout << toText({{"error", messages::textOf(e)}}, 1) << '\n';
+    return commands::trouble;
+  }
+}
+
 int run(const Options& options) {
+  if (!options.flat.empty()) return writeFlat(options);
+  if (!options.newer.empty()) return answering(options, showChanges);
+  if (options.all) return answering(options, showAll);
   try {
     CWsdlParser parser;
     parser.SetBackwardCompatible70(options.backwardCompatible);
@@ -142,16 +264,44 @@ int run(const Options& options) {
   }
 }
 
+// Where the documents of a whole service come from.
+void addSources(CLI::App& wsdl, Options& options) {
+  wsdl.add_option(
+          "--catalog", options.catalogs,
+          "XML catalogue that says where copies of documents are; default for that of well-known schemas")
+      ->type_name("FILE")
+      ->allow_extra_args(false);
+  wsdl.add_flag("--fetch", options.fetch, "Read from the network what a file refers to there");
+  arguments::requireText(wsdl.add_option("--user", options.user, "For servers that ask for a user"))
+      ->type_name("NAME:PASSWORD");
+  wsdl.add_flag("--netrc", options.netrc, "Look for users and passwords in the file .netrc");
+}
+
 }  // namespace
 
 void commands::addWsdl(CLI::App& app, int& status) {
   auto options = std::make_shared<Options>();
   CLI::App* wsdl = app.add_subcommand("wsdl", "Show what a WSDL document offers");
-  arguments::addFile(*wsdl, "FILE", options->file, "WSDL document; - for standard input")->required();
+  arguments::addFile(*wsdl, "FILE", options->file,
+                     "WSDL document; - for standard input; with --all an address too")
+      ->required();
   wsdl->add_flag("--json", options->json, "One JSON document");
   wsdl->add_flag("--types", options->types, "Resolve the type of every part");
   wsdl->add_flag("--backward-compatible", options->backwardCompatible,
                  "Take arrays of document style as arrays, as in RPC style");
+  CLI::Option* all =
+      wsdl->add_flag("--all", options->all, "The whole service: all documents, services and types");
+  CLI::Option* flat = arguments::addFile(*wsdl, "--flatten", options->flat,
+                                         "Write the service and all it needs into one file", "OUT");
+  CLI::Option* newer =
+      arguments::addFile(*wsdl, "--changes", options->newer,
+                         "Tell what a newer version has otherwise, and whether that breaks callers");
+  flat->excludes(newer)->excludes(all);
+  newer->excludes(all);
+  arguments::requireText(
+      wsdl->add_option("--operation", options->operation, "Only the operation of that name"))
+      ->type_name("NAME");
+  addSources(*wsdl, *options);
   wsdl->footer("Example: ztclient wsdl orders.wsdl --types");
   wsdl->callback([options, &status] { status = run(*options); });
 }

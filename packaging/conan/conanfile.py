@@ -21,7 +21,7 @@ class ZtbaseclientConan(ConanFile):
     def export_sources(self):
         root = os.path.join(self.recipe_folder, "..", "..")
         for pattern in ("CMakeLists.txt", "CHANGELOG.md", "cmake/*", "examples/*", "tovinCore/*", "tovin/*", "ztcore/*",
-                        "ztbaseclient/*"):
+                        "ztbaseclient/*", "ztservice/*"):
             copy(self, pattern, root, self.export_sources_folder)
 
     def validate(self):
@@ -46,4 +46,4 @@ class ZtbaseclientConan(ConanFile):
     def package_info(self):
         self.cpp_info.set_property("cmake_find_mode", "none")
         self.cpp_info.builddirs = [os.path.join("lib", "cmake")]
-        self.cpp_info.libs = ["ztbaseclient", "ztcore", "tovin", "tovinCore"]
+        self.cpp_info.libs = ["ztservice", "ztbaseclient", "ztcore", "tovin", "tovinCore"]

@@ -241,7 +241,9 @@ TEST(Service, NamesWhatIsMissingAndWhatIsLeftOut) {
                   "</portType><binding name='B' type='t:P'><operation name='o'/></binding><service "
                   "name='S'/><service name='L'>"
                   "<port binding='t:B'><s:address location='x'/></port></service></definitions>");
-  const std::string warning = "ztclient wsdl: 1 import is not followed, 1 further service (S) is not shown\n";
+  const std::string warning =
+      "ztclient wsdl: 1 import is not followed, 1 further service (S) is not shown: --all shows what is left "
+      "out\n";
   const std::string failure =
       "ztclient wsdl: notthere.xsd: Unable to open file: No such file or directory (included by "
       "imp.wsdl:3:35)\n";

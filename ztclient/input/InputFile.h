@@ -35,9 +35,6 @@ class InputFile {
   std::wstring name_;
 };
 
-/// Reads a file, or standard input, to its end in pieces; the end of standard input is told from its failure.
-void readPieces(const std::string& given, const std::function<void(const char* bytes, size_t count)>& take);
-
 /// All bytes of a small file, or of standard input for "-". Errors: "more than 16 MiB" too.
 std::string readBytes(const std::string& given);
 

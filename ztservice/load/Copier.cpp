@@ -1,0 +1,207 @@
+#include "ztservice/load/Copier.h"
+
+#include <expat.h>
+
+#include <exception>
+#include <memory>
+#include <string_view>
+#include <vector>
+
+#include "ztservice/Error.h"
+#include "ztservice/load/Encoding.h"
+
+namespace ztservice::parse {
+
+namespace {
+
+void appendEscaped(std::string& out, std::string_view text, bool inAttribute) {
+  for (const char c : text) {
+    switch (c) {
+      case '&':
+        out += "&amp;";
+        break;
+      case '<':
+        out += "&lt;";
+        break;
+      case '>':
+        out += "&gt;";
+        break;
+      case '\r':
+        out += "&#13;";
+        break;
+      case '"':
+        out += inAttribute ? "&quot;" : "\"";
+        break;
+      case '\n':
+        out += inAttribute ? "&#10;" : "\n";
+        break;
+      case '\t':
+        out += inAttribute ? "&#9;" : "\t";
+        break;
+      default:
+        out += c;
+    }
+  }
+}
+
+bool isDeclaration(std::string_view name) { return name == "xmlns" || name.starts_with("xmlns:"); }
+
+class Copier {
+ public:
+  explicit Copier(const CopyPlan& plan) : plan_(plan), parser_(XML_ParserCreate(nullptr), &XML_ParserFree) {
+    if (!parser_) throw std::bad_alloc();
+    XML_SetUserData(parser_.get(), this);
+    XML_SetElementHandler(parser_.get(), &onStart, &onEnd);
+    XML_SetCharacterDataHandler(parser_.get(), &onText);
+    XML_SetCommentHandler(parser_.get(), &onComment);
+    XML_SetUnknownEncodingHandler(parser_.get(), &onEncoding, nullptr);
+  }
+
+  std::string copy() {
+    std::string_view left = *plan_.bytes;
+    constexpr size_t piece = 1 << 20;
+    do {
+      const std::string_view next = left.substr(0, piece);
+      left.remove_prefix(next.size());
+      if (XML_Parse(parser_.get(), next.data(), static_cast<int>(next.size()), left.empty()) !=
+          XML_STATUS_OK) {
+        if (failure_) std::rethrow_exception(failure_);
+        throw Error({}, XML_ErrorString(XML_GetErrorCode(parser_.get())));
+      }
+    } while (!left.empty());
+    return std::move(out_);
+  }
+
+ private:
+  using Declarations = std::map<std::string, std::string>;
+  struct Open {
+    CopyPlan::Position position;
+    // Those of this element, for what is copied below.
+    Declarations declarations;
+  };
+
+  static Copier& self(void* data) { return *static_cast<Copier*>(data); }
+  // No exception may pass through expat.
+  template <class Work>
+  void guarded(const Work& work) {
+    if (failure_) return;
+    try {
+      work();
+    } catch (...) {
+      failure_ = std::current_exception();
+      XML_StopParser(parser_.get(), XML_FALSE);
+    }
+  }
+
+  static void XMLCALL onStart(void* data, const char* name, const char** attributes) {
+    self(data).guarded([&] { self(data).start(name, attributes); });
+  }
+  static void XMLCALL onEnd(void* data, const char* name) {
+    self(data).guarded([&] { self(data).end(name); });
+  }
+  static void XMLCALL onText(void* data, const char* text, int length) {
+    self(data).guarded([&] {
+      if (self(data).copies()) appendEscaped(self(data).out_, {text, static_cast<size_t>(length)}, false);
+    });
+  }
+  static void XMLCALL onComment(void* data, const char* text) {
+    self(data).guarded([&] {
+      if (self(data).copies()) self(data).out_ += "<!--" + std::string(text) + "-->";
+    });
+  }
+  static int XMLCALL onEncoding(void*, const char* name, XML_Encoding* encoding) {
+    return fillEncoding(name, *encoding) ? XML_STATUS_OK : XML_STATUS_ERROR;
+  }
+
+  bool copies() const { return copying_ && dropped_ == 0; }
+
+  void start(const char* name, const char** attributes) {
+    const CopyPlan::Position position{XML_GetCurrentLineNumber(parser_.get()),
+                                      XML_GetCurrentColumnNumber(parser_.get()) + 1};
+    const auto action = plan_.actions.find(position);
+    if (dropped_ > 0 || (action != plan_.actions.end() && action->second == CopyAction::drop)) {
+      ++dropped_;
+      return;
+    }
+    const bool begins = !copying_ && position == plan_.begin;
+    if (begins) begin_ = open_.size();
+    copying_ = copying_ || begins;
+    const bool isTop = copying_ && open_.size() == begin_ + (plan_.childrenOnly ? 1 : 0);
+    const bool isHidden = begins && plan_.childrenOnly;
+    open_.push_back({position, {}});
+    // What is inside the copy has its declarations with it.
+    if (!copying_ || isHidden || isTop) noteDeclarations(attributes);
+    if (!copying_ || isHidden) return;
+    out_ += '<';
+    out_ += name;
+    const bool unlocates = action != plan_.actions.end();
+    const bool takes = isTop && plan_.targetNamespace;
+    for (; *attributes; attributes += 2) {
+      const std::string_view key = attributes[0];
+      if (isTop && plan_.addsDeclarations && isDeclaration(key)) continue;
+      if ((unlocates && key == "schemaLocation") || (takes && key == "targetNamespace")) continue;
+      attribute(key, attributes[1]);
+    }
+    if (takes) attribute("targetNamespace", *plan_.targetNamespace);
+    if (isTop && plan_.addsDeclarations) addDeclarations();
+    out_ += '>';
+    if (begins) out_ += plan_.behindStart;
+  }
+
+  void noteDeclarations(const char** attributes) {
+    for (; *attributes; attributes += 2) {
+      if (isDeclaration(attributes[0])) open_.back().declarations[attributes[0]] = attributes[1];
+    }
+  }
+
+  void addDeclarations() {
+    // Where nothing is said of names without prefix, they belong to none, or to what was taken on.
+    Declarations all{{"xmlns", plan_.targetNamespace.value_or("")}};
+    for (const Open& one : open_) {
+      for (const auto& [key, uri] : one.declarations) all[key] = uri;
+    }
+    for (const auto& [key, uri] : all) attribute(key, uri);
+  }
+
+  void attribute(std::string_view key, std::string_view value) {
+    out_ += ' ';
+    out_ += key;
+    out_ += "=\"";
+    appendEscaped(out_, value, true);
+    out_ += '"';
+  }
+
+  void end(const char* name) {
+    if (dropped_ > 0) {
+      --dropped_;
+      return;
+    }
+    const Open closed = std::move(open_.back());
+    open_.pop_back();
+    if (!copying_) return;
+    const bool ends = open_.size() == begin_;
+    if (ends) copying_ = false;
+    const auto insertion = plan_.insertions.find(closed.position);
+    if (insertion != plan_.insertions.end()) out_ += insertion->second;
+    if (ends && plan_.childrenOnly) return;
+    out_ += "</";
+    out_ += name;
+    out_ += '>';
+  }
+
+  const CopyPlan& plan_;
+  std::unique_ptr<XML_ParserStruct, decltype(&XML_ParserFree)> parser_;
+  std::string out_;
+  std::vector<Open> open_;
+  // How many were open when it began.
+  size_t begin_ = 0;
+  bool copying_ = false;
+  size_t dropped_ = 0;
+  std::exception_ptr failure_;
+};
+
+}  // namespace
+
+std::string copyOf(const CopyPlan& plan) { return Copier(plan).copy(); }
+
+}  // namespace ztservice::parse
