@@ -4,6 +4,7 @@
 #include <atomic>
 #include <cmath>
 #include <cwchar>
+#include <typeinfo>
 #include <utility>
 
 #include "tovin/AllocBase.h"
@@ -98,6 +99,23 @@ class PlainValue {
                      [](char c) { return static_cast<wchar_t>(static_cast<unsigned char>(c)); });
     else
       std::copy(packed.wide().begin(), packed.wide().end(), text_.data());
+  }
+  // False for a value of another kind.
+  bool take(const tovin::Value& value) {
+    const std::type_info& type = typeid(value);
+    if (type == typeid(tovin::StringValue)) {
+      text_ = static_cast<const tovin::StringValue&>(value).getString();
+      kind_ = text_.isNull() ? Kind::nullText : Kind::text;
+    } else if (type == typeid(tovin::DoubleValue)) {
+      number_ = static_cast<const tovin::DoubleValue&>(value).getDouble();
+      kind_ = Kind::number;
+    } else if (type == typeid(tovin::IntegerValue)) {
+      integer_ = static_cast<const tovin::IntegerValue&>(value).content();
+      kind_ = Kind::integer;
+    } else {
+      return type == typeid(tovin::NullValue);
+    }
+    return true;
   }
   bool addTo(AttributePacker& packer, const wchar_t* name) const {
     switch (kind_) {
@@ -480,6 +498,17 @@ tovin::Ptr<CProperty> CProperty::Unpack(const AttributeView& packed) {
   made->name_ = packed.name;
   made->flags_ = packed.flags;
   return made;
+}
+
+bool CProperty::PackInto(AttributePacker& packer) const {
+  if (typeid(*this) != typeid(CProperty) || allocatedName_ || !name_ || !value_ || !isPackable(flags_)) {
+    return false;
+  }
+  PlainValue plain(packer.room);
+  if (!plain.take(*value_) || !plain.addTo(packer, name_)) return false;
+  packer.setFlags(static_cast<uint8_t>(flags_.getBits()));
+  if (!flags_.has(MetaDataFlags::sharedName)) ztUniqueStrings::AddReference(name_);
+  return true;
 }
 
 void CProperty::empty() {

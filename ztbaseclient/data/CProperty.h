@@ -91,6 +91,8 @@ class ZTBASECLIENT_API CProperty
   static tovin::Ptr<CProperty> ReadPacked(tovin::iByteInputStream& stream, AttributePacker& packer);
   /// The record of a property that is packed.
   static void WritePacked(tovin::iByteOutputStream& stream, const tovin::AttributeView& packed);
+  /// Adds a copy; false, and nothing is added, for what cannot be packed.
+  bool PackInto(AttributePacker& packer) const;
   /// A property of what was packed, whose reference to the name it takes over.
   static tovin::Ptr<CProperty> Unpack(const tovin::AttributeView& packed);
 

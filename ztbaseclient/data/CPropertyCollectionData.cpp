@@ -206,6 +206,12 @@ AttributeBlock* CPropertyCollectionData::SurrenderBlock() noexcept {
   return std::exchange(packed_, nullptr);
 }
 
+bool CPropertyCollectionData::PackInto(AttributePacker& packer) const {
+  return !propertyClass_ && std::all_of(properties_.begin(), properties_.end(), [&](const CProperty* each) {
+    return each && !packer.isFull() && each->PackInto(packer);
+  });
+}
+
 tovin::AttributeView CPropertyCollectionData::View(unsigned index) const {
   const CProperty* made = properties_.data()[checkedIndex(index)];
   return made ? tovin::AttributeView::of(*made) : packed_->view(index);

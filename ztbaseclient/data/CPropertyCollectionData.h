@@ -102,6 +102,8 @@ class ZTBASECLIENT_API CPropertyCollectionData
   /// The block of a storage that has no other property and made none of them; the storage has none then.
   /// Null for any other.
   AttributeBlock* SurrenderBlock() noexcept;
+  /// Adds copies of all properties; false where one cannot be packed.
+  bool PackInto(AttributePacker& packer) const;
   tovin::AttributeView View(unsigned index) const;
 
   void serialize(tovin::iByteOutputStream& stream) const override { internalSerialize(stream, nullptr); }

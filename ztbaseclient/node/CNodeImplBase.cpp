@@ -39,20 +39,23 @@ CNodeImplBase::CNodeImplBase(const CNodeImplBase&) : CNodeImplBase() {}
 
 CNodeImplBase& CNodeImplBase::operator=(const CNodeImplBase& other) {
   if (this == &other) return *this;
-  // Before the rest: the other may be below the children that go, and they leave it without a parent.
-  if (!children_.isSame(other.children_) && !children_.hasOtherUsers()) ClearChildren();
+  // What needs memory comes first.
   const RarePart* theirs = other.rarePart();
   if (other.properties()) other.EnsurePropCollectionExists();
   if (theirs || other.properties()) ensureRarePart();
-  children_.share(other.children_);
+  ChildList shared;
+  shared.share(other.children_);
+  // Before the rest: the other may be below the children that go, and they leave it without a parent.
+  if (!children_.isSame(other.children_) && !children_.hasOtherUsers()) ClearChildren();
+  children_.share(shared);
   if (RarePart* mine = rarePart()) mine->parser = theirs ? theirs->parser : tovin::Ptr<tovin::iXPathParser>();
   assignName(other);
   parent_ = other.parent_;
   if (properties() != other.properties()) {
     DeletePropCollection();
-    if (CPropertyCollection* shared = other.collection()) {
-      shared->addRef();
-      setCollection(shared);
+    if (CPropertyCollection* theirCollection = other.collection()) {
+      theirCollection->addRef();
+      setCollection(theirCollection);
       rarePart()->ownsCollection = false;
     }
   }
@@ -183,8 +186,7 @@ void CNodeImplBase::SetValue(const tovin::Value& value) {
   });
 }
 
-iPropertyCollection* CNodeImplBase::EnsurePropCollectionExists() const {
-  if (CPropertyCollection* present = collection()) return present;
+CPropertyCollection* CNodeImplBase::makeCollection() const {
   tovin::Ptr<CPropertyCollection> made(CPropertyCollection::allocate());
   made->_setOwner(inode());
   if (AttributeBlock* attributes = packed()) made->StandOn(attributes);
@@ -479,16 +481,17 @@ void CNodeImplBase::AssignFrom(const iNode* source, bool deep) {
     if (source == inode()) return;
     // The source may be one of the children that go.
     const tovin::Held<iNode> held(const_cast<iNode*>(source));
-    if (!deep) return assignOwn(source);
+    AttributePacker packer;
+    if (!deep) return assignOwn(source, packer);
     // Its copy below an ancestor is one of the node as it is then.
     const bool below = IsAncestorNode(source);
-    if (below) assignOwn(source);
+    if (below) assignOwn(source, packer);
     // All copies are made before one is attached: this node may lie in the tree that is copied.
     std::vector<tovin::Ptr<iNode>> copies;
-    cloneChildren(source, copies);
+    cloneChildren(source, copies, packer);
     ChildList children;
     if (!copies.empty()) children.makeRoom(static_cast<uint32_t>(copies.size()));
-    if (!below) assignOwn(source);
+    if (!below) assignOwn(source, packer);
     tovin::Releasing releasing;
     releasing.step([&] { ClearChildren(); });
     children_.adopt(std::move(children));
@@ -497,12 +500,10 @@ void CNodeImplBase::AssignFrom(const iNode* source, bool deep) {
   });
 }
 
-void CNodeImplBase::assignOwn(const iNode* source) {
+void CNodeImplBase::assignOwn(const iNode* source, AttributePacker& packer) {
   const ztUniqueString name(source->getName());
-  const CNodeImplBase* core = coreOf(const_cast<iNode*>(source));
-  if (!collection() && core && core->IsPlain() && !core->collection()) {
-    const AttributeBlock* theirs = core->packed();
-    AttributeBlock* copy = theirs ? theirs->copy() : AttributeBlock::none();
+  const CNodeImplBase* core = collection() ? nullptr : coreOf(const_cast<iNode*>(source));
+  if (AttributeBlock* copy = core && core->IsPlain() ? core->packedCopy(packer) : nullptr) {
     AttributeBlock::destroy(packed());
     setPacked(copy);
   } else {
@@ -516,12 +517,21 @@ void CNodeImplBase::assignOwn(const iNode* source) {
   SetUniqueNodeName(name);
 }
 
+// Null where not all properties can be packed.
+AttributeBlock* CNodeImplBase::packedCopy(AttributePacker& packer) const {
+  if (const AttributeBlock* attributes = packed()) return attributes->copy();
+  packer.clear();
+  if (collection() && !collection()->GetStorage().PackInto(packer)) return nullptr;
+  return packer.pack();
+}
+
 iNode* CNodeImplBase::cloneOf(const iNode* child) {
   const NestedCall deeper;
   return child->cloneNode(true);
 }
 
-void CNodeImplBase::cloneChildren(const iNode* source, std::vector<tovin::Ptr<iNode>>& copies) const {
+void CNodeImplBase::cloneChildren(const iNode* source, std::vector<tovin::Ptr<iNode>>& copies,
+                                  AttributePacker& packer) const {
   struct Step {
     const iNode* from;
     CNodeImplBase* to;  // null: the list of copies
@@ -542,7 +552,7 @@ void CNodeImplBase::cloneChildren(const iNode* source, std::vector<tovin::Ptr<iN
         copies.push_back(copy);
       if (!stepwise) continue;
       CNodeImplBase* copyCore = coreOf(copy.get());
-      copyCore->assignOwn(child);
+      copyCore->assignOwn(child, packer);
       const unsigned below = child->getNumberOfChildren();
       if (below == 0) continue;
       copyCore->children_.makeRoom(below);

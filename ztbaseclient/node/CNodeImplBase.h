@@ -83,7 +83,10 @@ class ZTBASECLIENT_API CNodeImplBase {
   tovin::iPropertyCollection* FindPropCollection() const {
     return properties() ? EnsurePropCollectionExists() : nullptr;
   }
-  tovin::iPropertyCollection* EnsurePropCollectionExists() const;
+  tovin::iPropertyCollection* EnsurePropCollectionExists() const {
+    CPropertyCollection* present = collection();
+    return present ? present : makeCollection();
+  }
   void DeletePropCollection() {
     if (properties()) dropProperties();
   }
@@ -160,9 +163,11 @@ class ZTBASECLIENT_API CNodeImplBase {
   void takeProperties(RecordReader& reader);
   int32_t readChildCount(tovin::iByteInputStream& stream);
   tovin::iNode* readChildInstance(RecordReader& reader);
-  void assignOwn(const tovin::iNode* source);
+  void assignOwn(const tovin::iNode* source, AttributePacker& packer);
+  AttributeBlock* packedCopy(AttributePacker& packer) const;
   static tovin::iNode* cloneOf(const tovin::iNode* child);
-  void cloneChildren(const tovin::iNode* source, std::vector<tovin::Ptr<tovin::iNode>>& copies) const;
+  void cloneChildren(const tovin::iNode* source, std::vector<tovin::Ptr<tovin::iNode>>& copies,
+                     AttributePacker& packer) const;
   bool isWalked() const { return typeid(*this) == WalkedClass(); }
   void makeRoomForChild();
   static CNodeImplBase* releaseOrEnter(tovin::iNode* node, CNodeImplBase* above, tovin::Releasing& releasing);
@@ -196,6 +201,7 @@ class ZTBASECLIENT_API CNodeImplBase {
   void setPacked(AttributeBlock* attributes) const noexcept;
   void setCollection(CPropertyCollection* counted) const noexcept;
   int valueIndex() const;
+  CPropertyCollection* makeCollection() const;
   void dropProperties();
   void removeProperties();
   void dropChildren();

@@ -90,7 +90,7 @@ class ChildList {
     if (!now || now->capacity == now->count) return;
     try {
       resize(now->count);
-    } catch (const std::bad_alloc&) {
+    } catch (...) {
       return;
     }
   }

@@ -35,7 +35,7 @@ class ZTBASECLIENT_API cppNodeQName {
   /// none.
   void serialize(tovin::iByteOutputStream& stream) const;
   void deserialize(tovin::iByteInputStream& stream);
-  /// What they do, for names that lie elsewhere. \param texts out: qualified name, local name, prefix.
+  /// What they do, for names that lie elsewhere: qualified name, local name, prefix.
   static void WriteTexts(tovin::iByteOutputStream& stream, const wchar_t* qname, const wchar_t* local,
                          const wchar_t* prefix);
   static void ReadTexts(tovin::iByteInputStream& stream, ztUniqueString (&texts)[3]);

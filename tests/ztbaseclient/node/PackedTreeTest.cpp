@@ -286,6 +286,71 @@ class TwoTrees {
   PlainNode model_;
 };
 
+// A node class with a way of its own to its properties.
+class Watched : public tovin::FrameworkClass<Watched, NodeImpl<Watched, iNode>, tovin::PooledObject> {
+ public:
+  static constexpr const char* ClassName = "Watched";
+  static const tovin::ClassTagDecl Tag;
+  static tovin::LeakDetector m_leakDetector;
+  static tovin::PooledClassImp<Watched> m_class;
+
+  using NodeImpl::getProperties;
+  tovin::iPropertyCollection* getProperties() const override {
+    ++asked;
+    return NodeImpl::getProperties();
+  }
+  void onActivate() override { OnActivateDefault(); }
+  void onDeactivate() override { OnDeactivateDefault(); }
+  mutable int asked = 0;
+};
+const tovin::ClassTagDecl Watched::Tag("test.Watched");
+tovin::LeakDetector Watched::m_leakDetector(Watched::ClassName);
+tovin::PooledClassImp<Watched> Watched::m_class(Watched::Tag, Watched::m_leakDetector);
+
+// And one that gets it from a class that has not.
+class Derived : public CBaseNode {
+ public:
+  bool hasProperties() const override { return false; }
+};
+
+void readInto(iNode& node) {
+  const tovin::Ptr<CBaseNode> source(CBaseNode::allocate());
+  source->getProperties()->define(L"a", L"text", 0);
+  Writer out;
+  source->serialize(out);
+  Reader in(out);
+  node.deserialize(in);
+}
+
+TEST(PackedNodes, OfClassesWithOverridesAreAsked) {
+  const tovin::Ptr<Watched> watched(Watched::allocate());
+  const tovin::Ptr<CBaseNode> copied(CBaseNode::allocate());
+  watched->getProperties()->define(L"a", L"text", 0);
+  tovin::WideString found;
+  EXPECT_TRUE(watched->query(L"string(@a)", 0, found));
+  EXPECT_STREQ(found, L"text");
+  EXPECT_GT(std::exchange(watched->asked, 0), 0);
+  copied->assignFromNode(watched.get(), false);
+  EXPECT_GT(watched->asked, 0);
+  EXPECT_EQ(copied->attributeCount(), 1u);
+
+  const tovin::Ptr<CBaseNode> derived(new Derived);
+  readInto(*derived);
+  EXPECT_EQ(derived->attributeCount(), 0u);
+  EXPECT_EQ(derived->CBaseNode::hasProperties(), true);
+}
+
+TEST(PackedNodes, ShareACollectionThatIsMadeFirst) {
+  const tovin::Ptr<CBaseNode> source(CBaseNode::allocate()), other(CBaseNode::allocate());
+  readInto(*source);
+  *other = *source;
+  EXPECT_EQ(other->getProperties(), source->getProperties());
+  EXPECT_EQ(other->getProperties()->findOwner(),
+            static_cast<tovin::Object*>(static_cast<iNode*>(source.get())));
+  other->getProperties()->define(L"b", 1.5, 0);
+  EXPECT_EQ(source->attributeCount(), 2u);
+}
+
 TEST(PackedTrees, AreLikeThoseOfObjects) {
   for (unsigned seed = 0; seed < 150; ++seed) {
     SCOPED_TRACE(seed);
