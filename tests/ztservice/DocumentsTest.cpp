@@ -3,7 +3,7 @@
 #include <fstream>
 #include <sstream>
 
-#include "tests/ztservice/Services.h"
+#include "tests/ztservice/Answers.h"
 #include "ztclient/answers/ServiceJson.h"
 
 namespace {

@@ -1,6 +1,6 @@
 #include <gtest/gtest.h>
 
-#include "tests/ztservice/Services.h"
+#include "tests/ztservice/Answers.h"
 
 using testsupport::answerOf;
 using testsupport::loadFiles;

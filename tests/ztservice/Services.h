@@ -3,7 +3,6 @@
 #include <map>
 #include <string>
 
-#include "ztclient/answers/Json.h"
 #include "ztservice/Service.h"
 
 namespace testsupport {
@@ -13,15 +12,9 @@ using Files = std::map<std::string, std::string>;
 
 /// Loads "main.wsdl" of these files.
 ztservice::Service loadFiles(const Files& files, ztservice::Options options = {});
-/// The answer as JSON.
-Json answerOf(const ztservice::Service& service);
 
 /// Definitions around a schema for urn:t, with an operation that takes an element of each given name.
 /// \param schema the children of the schema element; the prefixes t, xs, enc and wsdl are declared.
 std::string definitionsOf(const std::string& schema, const std::string& attributes = "");
-
-/// A type in one line: "complex X(base) {a:int 0..1 #1.1 @1; @id:string}". Wildcards are "*", what is nested
-/// stands in brackets, errors are "!".
-std::string summaryOf(const Json& type);
 
 }  // namespace testsupport

@@ -4,7 +4,6 @@
 #include "tests/support/Threads.h"
 #include "tests/ztservice/Services.h"
 
-using testsupport::answerOf;
 using testsupport::definitionsOf;
 using testsupport::Files;
 using testsupport::loadFiles;

@@ -230,7 +230,7 @@ void BindingReader::fillBody(Message& message, const Side& side, const Definitio
   for (const Node* one : extensions.headers) message.headers.push_back(header(*one, binding, of, carried));
   if (!of) return;
   const std::vector<Part>& parts = partsOf(*of);
-  if (protocol != Protocol::http) {
+  if (isSoap(protocol)) {
     for (const Node* content : extensions.contents) {
       const std::string_view name = content->get(Word::part);
       const auto part =
