@@ -150,9 +150,11 @@ const tovin::Value& CNodeImplBase::GetNodeValue() const {
 
 // Where the value is among the properties, -1 if there is none. Among many the collection has an index.
 int CNodeImplBase::valueIndex() const {
-  if (properties() == 0) return -1;
-  const AttributeBlock* attributes = packed();
-  if (attributes && attributes->getCount() <= fewAttributes) return attributes->find(DefaultValueName);
+  if (const AttributeBlock* attributes = packed()) {
+    if (attributes->getCount() <= fewAttributes) return attributes->find(DefaultValueName);
+  } else if (properties() == 0) {
+    return -1;
+  }
   EnsurePropCollectionExists();
   return collection()->GetStorage().GetIndex(DefaultValueName);
 }
