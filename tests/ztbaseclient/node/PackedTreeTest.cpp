@@ -69,6 +69,11 @@ class TwoTrees {
   explicit TwoTrees(unsigned seed) : random_(seed) {
     for (auto& root : roots_) (root = tovin::Ptr<iNode>(CBaseNode::allocate()))->setName(L"root");
     model_.name = L"root";
+    // Who makes a name late owns it, and its flags say so: here all names are there before.
+    for (int i = 0; i < mostNames; ++i) {
+      for (const wchar_t* start : {L"p", L"_p"})
+        names_->getProperties()->define((start + std::to_wstring(i)).c_str(), i);
+    }
   }
 
   void step() {
@@ -108,7 +113,7 @@ class TwoTrees {
 
   std::wstring freshName(const PlainNode& node) {
     while (true) {
-      std::wstring name = (below(12) ? L"p" : L"_p") + std::to_wstring(below(14));
+      std::wstring name = (below(12) ? L"p" : L"_p") + std::to_wstring(below(mostNames));
       if (!node.has(name)) return name;
     }
   }
@@ -281,7 +286,10 @@ class TwoTrees {
     }
   }
 
+  static constexpr int mostNames = 14;
+
   std::mt19937 random_;
+  tovin::Ptr<iNode> names_{CBaseNode::allocate()};
   tovin::Ptr<iNode> roots_[2];
   PlainNode model_;
 };
