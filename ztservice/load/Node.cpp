@@ -35,7 +35,9 @@ const Node* Node::child(Space ofSpace, Word ofWord) const noexcept {
 Written written(std::string_view text) noexcept {
   const size_t colon = text.find(':');
   if (colon == text.npos) return {{}, text};
-  return {text.substr(0, colon), text.substr(colon + 1)};
+  const std::string_view prefix(text.data(), colon);
+  text.remove_prefix(colon + 1);
+  return {prefix, text};
 }
 
 std::optional<std::string_view> namespaceOf(const Node& node, std::string_view prefix) noexcept {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <cstdint>
 #include <optional>
 #include <span>
@@ -88,9 +89,9 @@ class Children {
 
 inline std::string_view trimmed(std::string_view text) noexcept {
   constexpr std::string_view blanks = " \t\r\n";
-  const size_t begin = text.find_first_not_of(blanks);
-  return begin == text.npos ? std::string_view()
-                            : text.substr(begin, text.find_last_not_of(blanks) - begin + 1);
+  text.remove_suffix(text.size() - (text.find_last_not_of(blanks) + 1));  // the sum is 0 for none
+  text.remove_prefix(std::min(text.find_first_not_of(blanks), text.size()));
+  return text;
 }
 
 // The next word of a list that blanks separate, which is taken off it; empty at the end.
