@@ -229,9 +229,7 @@ class Finder {
     const size_t column = comparison_.columnOf(options_.key);
     const auto keyOf = [&](const Row& row) {
       std::string key(column < row.fields.size() ? row.field(column) : "");
-      if (options_.ignoreCase)
-        std::ranges::transform(key, key.begin(),
-                               [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c | 0x20) : c; });
+      if (options_.ignoreCase) std::ranges::transform(key, key.begin(), folded);
       return key;
     };
     std::vector<Row> all;

@@ -69,8 +69,7 @@ bool readNumber(std::string_view text, double& value) {
 }
 
 bool equalIgnoringCase(std::string_view a, std::string_view b) {
-  const auto lower = [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; };
-  return std::ranges::equal(a, b, {}, lower, lower);
+  return std::ranges::equal(a, b, {}, folded, folded);
 }
 
 double relativeOf(double absolute, double x, double y) {

@@ -5,6 +5,7 @@
 #include <string_view>
 #include <vector>
 
+#include "tovinCore/Units.h"
 #include "ztbaseclient/tools/FileDifferences.h"
 
 // A line as a row of a table, and how two of them compare.
@@ -38,6 +39,11 @@ void split(Row& row, char delimiter);
 
 bool isNumber(std::string_view text);
 
+// With A to Z folded.
+inline char folded(char c) {
+  return static_cast<char>(tovin::foldAscii(static_cast<uint32_t>(static_cast<unsigned char>(c))));
+}
+
 enum class Verdict { equal, within, different };
 
 class RowComparison {
@@ -51,8 +57,7 @@ class RowComparison {
   // From 0, what is equal, to 1 for rows that have nothing in common; beyond for those that are not of a
   // kind.
   double distance(const Row& a, const Row& b);
-  // The index of a column by name or number. \return none if there is no such name.
-  static constexpr size_t none = static_cast<size_t>(-1);
+  // The index of a column by name or number; raises what is neither.
   size_t columnOf(const std::string& name) const;
 
  private:

@@ -1,14 +1,10 @@
 #include "ztservice/load/Copier.h"
 
-#include <expat.h>
-
-#include <exception>
-#include <memory>
 #include <string_view>
 #include <vector>
 
 #include "ztservice/Error.h"
-#include "ztservice/load/Encoding.h"
+#include "ztservice/load/Expat.h"
 
 namespace ztservice::parse {
 
@@ -48,27 +44,15 @@ bool isDeclaration(std::string_view name) { return name == "xmlns" || name.start
 
 class Copier {
  public:
-  explicit Copier(const CopyPlan& plan) : plan_(plan), parser_(XML_ParserCreate(nullptr), &XML_ParserFree) {
-    if (!parser_) throw std::bad_alloc();
-    XML_SetUserData(parser_.get(), this);
-    XML_SetElementHandler(parser_.get(), &onStart, &onEnd);
-    XML_SetCharacterDataHandler(parser_.get(), &onText);
-    XML_SetCommentHandler(parser_.get(), &onComment);
-    XML_SetUnknownEncodingHandler(parser_.get(), &onEncoding, nullptr);
+  explicit Copier(const CopyPlan& plan) : plan_(plan), expat_(XML_ParserCreate(nullptr)) {
+    XML_SetUserData(expat_.get(), this);
+    XML_SetElementHandler(expat_.get(), &onStart, &onEnd);
+    XML_SetCharacterDataHandler(expat_.get(), &onText);
+    XML_SetCommentHandler(expat_.get(), &onComment);
   }
 
   std::string copy() {
-    std::string_view left = *plan_.bytes;
-    constexpr size_t piece = 1 << 20;
-    do {
-      const std::string_view next = left.substr(0, piece);
-      left.remove_prefix(next.size());
-      if (XML_Parse(parser_.get(), next.data(), static_cast<int>(next.size()), left.empty()) !=
-          XML_STATUS_OK) {
-        if (failure_) std::rethrow_exception(failure_);
-        throw Error({}, XML_ErrorString(XML_GetErrorCode(parser_.get())));
-      }
-    } while (!left.empty());
+    if (!expat_.feed(*plan_.bytes)) throw Error({}, expat_.fault());
     return std::move(out_);
   }
 
@@ -81,43 +65,28 @@ class Copier {
   };
 
   static Copier& self(void* data) { return *static_cast<Copier*>(data); }
-  // No exception may pass through expat.
-  template <class Work>
-  void guarded(const Work& work) {
-    if (failure_) return;
-    try {
-      work();
-    } catch (...) {
-      failure_ = std::current_exception();
-      XML_StopParser(parser_.get(), XML_FALSE);
-    }
-  }
 
   static void XMLCALL onStart(void* data, const char* name, const char** attributes) {
-    self(data).guarded([&] { self(data).start(name, attributes); });
+    self(data).expat_.guarded([&] { self(data).start(name, attributes); });
   }
   static void XMLCALL onEnd(void* data, const char* name) {
-    self(data).guarded([&] { self(data).end(name); });
+    self(data).expat_.guarded([&] { self(data).end(name); });
   }
   static void XMLCALL onText(void* data, const char* text, int length) {
-    self(data).guarded([&] {
+    self(data).expat_.guarded([&] {
       if (self(data).copies()) appendEscaped(self(data).out_, {text, static_cast<size_t>(length)}, false);
     });
   }
   static void XMLCALL onComment(void* data, const char* text) {
-    self(data).guarded([&] {
+    self(data).expat_.guarded([&] {
       if (self(data).copies()) self(data).out_ += "<!--" + std::string(text) + "-->";
     });
-  }
-  static int XMLCALL onEncoding(void*, const char* name, XML_Encoding* encoding) {
-    return fillEncoding(name, *encoding) ? XML_STATUS_OK : XML_STATUS_ERROR;
   }
 
   bool copies() const { return copying_ && dropped_ == 0; }
 
   void start(const char* name, const char** attributes) {
-    const CopyPlan::Position position{XML_GetCurrentLineNumber(parser_.get()),
-                                      XML_GetCurrentColumnNumber(parser_.get()) + 1};
+    const CopyPlan::Position position{expat_.line(), expat_.column()};
     const auto action = plan_.actions.find(position);
     if (dropped_ > 0 || (action != plan_.actions.end() && action->second == CopyAction::drop)) {
       ++dropped_;
@@ -190,14 +159,13 @@ class Copier {
   }
 
   const CopyPlan& plan_;
-  std::unique_ptr<XML_ParserStruct, decltype(&XML_ParserFree)> parser_;
+  Expat expat_;
   std::string out_;
   std::vector<Open> open_;
   // How many were open when it began.
   size_t begin_ = 0;
   bool copying_ = false;
   size_t dropped_ = 0;
-  std::exception_ptr failure_;
 };
 
 }  // namespace

@@ -1,12 +1,10 @@
 #include "ztservice/load/Document.h"
 
-#include <expat.h>
-
 #include <algorithm>
 #include <vector>
 
 #include "ztservice/Error.h"
-#include "ztservice/load/Encoding.h"
+#include "ztservice/load/Expat.h"
 
 namespace ztservice::parse {
 
@@ -29,24 +27,14 @@ Split split(const char* name) {
 
 class Reader {
  public:
-  explicit Reader(Document& document)
-      : document_(document), parser_(XML_ParserCreateNS(nullptr, separator), &XML_ParserFree) {
-    if (!parser_) throw std::bad_alloc();
-    XML_SetUserData(parser_.get(), this);
-    XML_SetElementHandler(parser_.get(), &onStart, &onEnd);
-    XML_SetNamespaceDeclHandler(parser_.get(), &onDeclaration, nullptr);
-    XML_SetUnknownEncodingHandler(parser_.get(), &onEncoding, nullptr);
+  explicit Reader(Document& document) : document_(document), expat_(XML_ParserCreateNS(nullptr, separator)) {
+    XML_SetUserData(expat_.get(), this);
+    XML_SetElementHandler(expat_.get(), &onStart, &onEnd);
+    XML_SetNamespaceDeclHandler(expat_.get(), &onDeclaration, nullptr);
   }
 
   void read(std::string_view bytes) {
-    constexpr size_t piece = 1 << 20;
-    do {
-      const std::string_view next = bytes.substr(0, piece);
-      bytes.remove_prefix(next.size());
-      if (XML_Parse(parser_.get(), next.data(), static_cast<int>(next.size()), bytes.empty()) !=
-          XML_STATUS_OK)
-        fail();
-    } while (!bytes.empty());
+    if (!expat_.feed(bytes)) throw Error({document_.shown, expat_.line(), expat_.column()}, expat_.fault());
   }
 
  private:
@@ -58,28 +46,13 @@ class Reader {
 
   static Reader& self(void* data) { return *static_cast<Reader*>(data); }
 
-  // No exception may pass through expat.
-  template <class Work>
-  void guarded(const Work& work) {
-    if (failure_) return;
-    try {
-      work();
-    } catch (...) {
-      failure_ = std::current_exception();
-      XML_StopParser(parser_.get(), XML_FALSE);
-    }
-  }
-
   static void XMLCALL onDeclaration(void* data, const char* prefix, const char* uri) {
-    self(data).guarded([&] { self(data).declare(prefix ? prefix : "", uri ? uri : ""); });
+    self(data).expat_.guarded([&] { self(data).declare(prefix ? prefix : "", uri ? uri : ""); });
   }
   static void XMLCALL onStart(void* data, const char* name, const char** attributes) {
-    self(data).guarded([&] { self(data).start(name, attributes); });
+    self(data).expat_.guarded([&] { self(data).start(name, attributes); });
   }
   static void XMLCALL onEnd(void* data, const char*) { self(data).end(); }
-  static int XMLCALL onEncoding(void*, const char* name, XML_Encoding* encoding) {
-    return fillEncoding(name, *encoding) ? XML_STATUS_OK : XML_STATUS_ERROR;
-  }
 
   void declare(std::string_view prefix, std::string_view uri) {
     if (skipped_ > 0) return;
@@ -101,8 +74,8 @@ class Reader {
     Node node;
     node.word = word;
     node.space = space;
-    node.line = static_cast<uint32_t>(XML_GetCurrentLineNumber(parser_.get()));
-    node.column = static_cast<uint32_t>(XML_GetCurrentColumnNumber(parser_.get()) + 1);
+    node.line = static_cast<uint32_t>(expat_.line());
+    node.column = static_cast<uint32_t>(expat_.column());
     if (word == Word::facet) node.local = document_.arena.text(names.local);
     node.scope = scope_;
     node.attributes = keep(attributes);
@@ -139,7 +112,7 @@ class Reader {
   }
 
   void end() {
-    if (failure_) return;
+    if (expat_.gaveUp()) return;
     if (skipped_ > 0) {
       if (--skipped_ > 0) return;
     } else {
@@ -150,15 +123,8 @@ class Reader {
     scope_ = outer_;
   }
 
-  [[noreturn]] void fail() {
-    if (failure_) std::rethrow_exception(failure_);
-    throw Error({document_.shown, XML_GetCurrentLineNumber(parser_.get()),
-                 XML_GetCurrentColumnNumber(parser_.get()) + 1},
-                XML_ErrorString(XML_GetErrorCode(parser_.get())));
-  }
-
   Document& document_;
-  std::unique_ptr<XML_ParserStruct, decltype(&XML_ParserFree)> parser_;
+  Expat expat_;
   std::vector<Open> open_;
   std::vector<Attribute> kept_;
   // The declarations that hold now, and those that hold around the element that is open.
@@ -166,7 +132,6 @@ class Reader {
   const Scope* outer_ = nullptr;
   // How deep in an element that is left out.
   size_t skipped_ = 0;
-  std::exception_ptr failure_;
 };
 
 }  // namespace

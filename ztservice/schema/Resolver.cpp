@@ -14,6 +14,14 @@ namespace {
 // Types that are written inside each other nest in the answer too.
 constexpr unsigned deepest = 100;
 
+template <class Entry>
+void stand(Entry& entry, const Node& node, const parse::Schema* schema, const Declaration* owner) {
+  entry.at = {&node, schema, owner};
+  entry.file = schema->document->shown;
+  entry.line = node.line;
+  entry.column = node.column;
+}
+
 }  // namespace
 
 Resolver::Resolver(const parse::Loaded& loaded, const Declarations& declarations, const Limits& limits)
@@ -35,10 +43,7 @@ TypeEntry& Resolver::entryOf(const Declaration& declaration) {
   if (entry) return *entry;
   entry = &types_.emplace_back();
   entry->name = declaration.name;
-  entry->at = {declaration.node, declaration.schema, &declaration};
-  entry->file = declaration.schema->document->shown;
-  entry->line = declaration.node->line;
-  entry->column = declaration.node->column;
+  stand(*entry, *declaration.node, declaration.schema, &declaration);
   return *entry;
 }
 
@@ -47,20 +52,14 @@ ElementEntry& Resolver::elementOf(const Declaration& declaration) {
   if (entry) return *entry;
   entry = &elements_.emplace_back();
   entry->name = declaration.name;
-  entry->at = {declaration.node, declaration.schema, &declaration};
-  entry->file = declaration.schema->document->shown;
-  entry->line = declaration.node->line;
-  entry->column = declaration.node->column;
+  stand(*entry, *declaration.node, declaration.schema, &declaration);
   return *entry;
 }
 
 TypeEntry& Resolver::anonymous(const Node& node, const Context& context, unsigned depth) {
   TypeEntry& entry = types_.emplace_back();
-  entry.at = {&node, context.schema, context.owner};
+  stand(entry, node, context.schema, context.owner);
   entry.depth = depth + 1;
-  entry.file = context.schema->document->shown;
-  entry.line = node.line;
-  entry.column = node.column;
   return entry;
 }
 
