@@ -103,6 +103,12 @@ const Curl& begun() {
   void* const last = va_arg(rest, void*); \
   va_end(rest)
 
+// The type of what comes before it is libcurl's choice; that an enumeration is promoted when passed is what
+// Clang warns of, and harmless where a pointer follows.
+#ifdef __clang__
+#pragma clang diagnostic ignored "-Wvarargs"
+#endif
+
 // Newer headers say that it is not changed.
 template <class Result, class First, class... Rest>
 First firstOf(Result (*)(First, Rest...));
