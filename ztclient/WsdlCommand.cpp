@@ -1,5 +1,6 @@
 // ztclient wsdl: what a WSDL document offers, and the types of what goes in and out.
 #include <algorithm>
+#include <cstdint>
 #include <iostream>
 #include <memory>
 #include <set>
@@ -149,22 +150,26 @@ ztservice::Options sourcesOf(const Options& options) {
   return how;
 }
 
-std::string bytesOfFile(const std::string& file) {
+std::string nameOf(const std::string& file) { return file == "-" ? "standard input" : file; }
+
+std::string bytesOfFile(const std::string& file, uint64_t most) {
   Source source(file);
   std::string bytes;
   std::string piece(1 << 16, '\0');
-  while (const size_t count = source.read(piece.data(), piece.size())) bytes.append(piece, 0, count);
+  while (const size_t count = source.read(piece.data(), piece.size())) {
+    bytes.append(piece, 0, count);
+    if (bytes.size() > most) throw ztservice::Error({nameOf(file)}, "larger than a document may be");
+  }
   return bytes;
 }
-
-std::string nameOf(const std::string& file) { return file == "-" ? "standard input" : file; }
 
 // Reads what the command was given: an address is fetched, anything else is read once and in order, so that
 // standard input and pipes are taken.
 ztservice::Service loadService(const std::string& file, const Options& options) {
   const ztservice::Options how = sourcesOf(options);
-  return address::isWebAddress(file) ? ztservice::load(file, how)
-                                     : ztservice::loadText(bytesOfFile(file), nameOf(file), how);
+  return address::isWebAddress(file)
+             ? ztservice::load(file, how)
+             : ztservice::loadText(bytesOfFile(file, how.limits.fileBytes), nameOf(file), how);
 }
 
 // With the operation that is asked for only, where one is.
@@ -215,7 +220,8 @@ int writeFlat(const Options& options) {
   const ztservice::Options how = sourcesOf(options);
   const std::string flat = address::isWebAddress(options.file)
                                ? ztservice::flatten(options.file, how)
-                               : ztservice::flattenText(bytesOfFile(options.file), nameOf(options.file), how);
+                               : ztservice::flattenText(bytesOfFile(options.file, how.limits.fileBytes),
+                                                        nameOf(options.file), how);
   if (options.flat == "-") {
     std::cout << flat;
     return commands::done;
