@@ -22,7 +22,7 @@
 #include "ztclient/arguments/Arguments.h"
 #include "ztclient/arguments/Suggestion.h"
 #include "ztclient/input/Document.h"
-#include "ztclient/input/Source.h"
+#include "ztclient/input/InputFile.h"
 #include "ztclient/terminal/Messages.h"
 
 namespace {
@@ -153,13 +153,8 @@ ztservice::Options sourcesOf(const Options& options) {
 std::string nameOf(const std::string& file) { return file == "-" ? "standard input" : file; }
 
 std::string bytesOfFile(const std::string& file, uint64_t most) {
-  Source source(file);
-  std::string bytes;
-  std::string piece(1 << 16, '\0');
-  while (const size_t count = source.read(piece.data(), piece.size())) {
-    bytes.append(piece, 0, count);
-    if (bytes.size() > most) throw ztservice::Error({nameOf(file)}, "larger than a document may be");
-  }
+  std::string bytes = readUpTo(file, most);
+  if (bytes.size() > most) throw ztservice::Error({nameOf(file)}, "larger than a document may be");
   return bytes;
 }
 

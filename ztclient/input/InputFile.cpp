@@ -75,16 +75,20 @@ InputFile::~InputFile() {
   if (kept_ != -1) platform::closeFile(kept_);
 }
 
-std::string readBytes(const std::string& given) {
+std::string readUpTo(const std::string& given, uint64_t most) {
   Source source(given);
   std::string bytes;
   std::string piece(pieceSize, '\0');
-  while (const size_t count = source.read(piece.data(), piece.size())) {
+  while (const size_t count = bytes.size() > most ? 0 : source.read(piece.data(), piece.size()))
     bytes.append(piece, 0, count);
-    if (bytes.size() > longestText)
-      throw tovin::Exception(L"The file has more than 16 MiB").setFile(platform::fileName(given));
-  }
   tovin::wipe(piece.data(), piece.size());
+  return bytes;
+}
+
+std::string readBytes(const std::string& given) {
+  std::string bytes = readUpTo(given, longestText);
+  if (bytes.size() > longestText)
+    throw tovin::Exception(L"The file has more than 16 MiB").setFile(platform::fileName(given));
   return bytes;
 }
 

@@ -35,6 +35,10 @@ class InputFile {
   std::wstring name_;
 };
 
+/// All bytes of a file, or of standard input for "-"; reading ends behind `most`, so that more than it came
+/// is seen by the size.
+std::string readUpTo(const std::string& given, uint64_t most);
+
 /// All bytes of a small file, or of standard input for "-". Errors: "more than 16 MiB" too.
 std::string readBytes(const std::string& given);
 
