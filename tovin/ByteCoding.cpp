@@ -12,6 +12,7 @@ namespace {
 
 // Header bytes of the compact integer's longer forms.
 constexpr unsigned char oneByte = 0x01, twoBytes = 0x02, fourBytes = 0x03;
+constexpr size_t longestInt = 5;
 
 // Stream versions: 1 has raw UTF-16 bodies, later ones UTF-8 bodies.
 constexpr int rawUtf16Version = 1;
@@ -65,8 +66,42 @@ void forTextUnits(std::string_view text, Body&& body) {
   for (char c : text) body(static_cast<char16_t>(static_cast<unsigned char>(c)));
 }
 
+// The bytes of a compact integer; returns how many.
+size_t encodeInt(int32_t value, unsigned char* bytes) noexcept {
+  const auto bits = static_cast<uint32_t>(value);
+  if (value >= -16 && value <= 15) {
+    bytes[0] = static_cast<unsigned char>(bits << 2);
+    return 1;
+  }
+  bytes[0] = value == static_cast<int8_t>(value)    ? oneByte
+             : value == static_cast<int16_t>(value) ? twoBytes
+                                                    : fourBytes;
+  const size_t width = bytes[0] == fourBytes ? 4 : bytes[0];
+  for (size_t i = 0; i < width; ++i) bytes[1 + i] = static_cast<unsigned char>(bits >> 8 * i);
+  return 1 + width;
+}
+
+// Most texts are short names of ASCII: count and body in one piece. False, and nothing written, for others.
+template <class Text>
+bool writeShortAscii(iByteOutputStream& stream, Text text) {
+  constexpr size_t longest = 64;
+  if (text.size() > longest || stream.getSerializationVersion() <= rawUtf16Version) return false;
+  unsigned char bytes[longestInt + longest];
+  const size_t head = encodeInt(static_cast<int32_t>(text.size()) + 1, bytes);
+  uint32_t all = 0;
+  for (size_t i = 0; i < text.size(); ++i) {
+    const auto element = static_cast<std::make_unsigned_t<typename Text::value_type>>(text[i]);
+    all |= element;
+    bytes[head + i] = static_cast<unsigned char>(element);
+  }
+  if (all >= 0x80) return false;
+  stream.put(bytes, head + text.size());
+  return true;
+}
+
 template <class Text>
 void writeUnits(iByteOutputStream& stream, Text text) {
+  if (writeShortAscii(stream, text)) return;
   size_t units = text.size();
   if constexpr (std::is_same_v<Text, std::wstring_view>) units = countUnits(text);
   if (units >= INT32_MAX) throw Exception(L"A text of %d units is too long for a record", units);
@@ -169,19 +204,8 @@ void readUnits(iByteInputStream& stream, wchar_t* out, int32_t count, Progress p
 }  // namespace
 
 void writeInt(iByteOutputStream& stream, int32_t value) {
-  unsigned char bytes[5];
-  const auto bits = static_cast<uint32_t>(value);
-  size_t count = 1;
-  if (value >= -16 && value <= 15) {
-    bytes[0] = static_cast<unsigned char>(bits << 2);
-  } else {
-    bytes[0] = value == static_cast<int8_t>(value)    ? oneByte
-               : value == static_cast<int16_t>(value) ? twoBytes
-                                                      : fourBytes;
-    const size_t width = bytes[0] == fourBytes ? 4 : bytes[0];
-    for (size_t i = 0; i < width; ++i) bytes[1 + i] = static_cast<unsigned char>(bits >> 8 * i);
-    count += width;
-  }
+  unsigned char bytes[longestInt];
+  const size_t count = encodeInt(value, bytes);
   stream.put(bytes, count);
 }
 
