@@ -110,7 +110,7 @@ class HashMap {
   bool remove(const Q& key) {
     if (heads_.empty()) throw Exception(L"Tried to remove from hash map with 0 buckets");
     const uint32_t hash = hashOf(key);
-    int32_t* from = &heads_[hash % heads_.size()];
+    int32_t* from = &heads_[bucketOf(hash)];
     for (; *from != none; from = &entries_[static_cast<size_t>(*from)].next) {
       Entry& entry = entries_[static_cast<size_t>(*from)];
       if (entry.hash != hash || !Traits::equal(entry.key, key)) continue;
@@ -163,6 +163,9 @@ class HashMap {
     return keyed_ ? Traits::keyedHash(key) : Traits::hash(key);
   }
 
+  // In 32 bits, where a division costs less than half of one in 64.
+  size_t bucketOf(uint32_t hash) const noexcept { return hash % getNumBuckets(); }
+
   void hashUnderKey() {
     keyed_ = true;
     for (Entry& entry : entries_) {
@@ -174,7 +177,7 @@ class HashMap {
   /// \param steps out, may be null: how many other keys were met on the way.
   template <class Q>
   int32_t seek(const Q& key, uint32_t hash, int32_t* steps = nullptr) const {
-    int32_t at = heads_[hash % heads_.size()], met = 0;
+    int32_t at = heads_[bucketOf(hash)], met = 0;
     while (at != none) {
       const Entry& entry = entries_[static_cast<size_t>(at)];
       if (entry.hash == hash && Traits::equal(entry.key, key)) break;
@@ -199,7 +202,7 @@ class HashMap {
 
   void link(int32_t at) {
     Entry& entry = entries_[static_cast<size_t>(at)];
-    int32_t& head = heads_[entry.hash % heads_.size()];
+    int32_t& head = heads_[bucketOf(entry.hash)];
     entry.next = head;
     head = at;
   }

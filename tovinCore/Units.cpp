@@ -81,11 +81,12 @@ uint32_t hashUnderKey(std::wstring_view text, Fold fold) {
 template <class Fold>
 uint32_t hashUnits(const wchar_t* text, Fold fold) {
   uint32_t hash = 0;
-  for (; text && *text; ++text) {
-    if (isPlain(*text))
-      hash = hash * 31 + fold(static_cast<uint32_t>(*text));
+  if (!text) return hash;
+  while (const auto element = static_cast<uint32_t>(*text++)) {
+    if (isPlain(element))
+      hash = hash * 31 + fold(element);
     else
-      forUnits(static_cast<uint32_t>(*text), [&](char16_t unit) { hash = hash * 31 + unit; });
+      forUnits(element, [&](char16_t unit) { hash = hash * 31 + unit; });
   }
   return hash;
 }
@@ -104,7 +105,13 @@ bool equalFolded(const wchar_t* a, const wchar_t* b) noexcept {
   return equalFoldedUnits(a, b);
 }
 
-bool equalFolded(std::wstring_view a, std::wstring_view b) noexcept { return equalFoldedUnits(a, b); }
+bool equalFolded(std::wstring_view a, std::wstring_view b) noexcept {
+  const size_t common = std::min(a.size(), b.size());
+  size_t same = 0;
+  while (same < common && (a[same] == b[same] || foldAscii(a[same]) == foldAscii(b[same]))) ++same;
+  if (same == common) return a.size() == b.size();
+  return !(isPlain(a[same]) && isPlain(b[same])) && equalFoldedUnits(a.substr(same), b.substr(same));
+}
 
 bool equalExact(const wchar_t* a, const wchar_t* b) noexcept {
   if (a == b) return true;

@@ -156,8 +156,7 @@ tovin::iProperty* CPropertyCollection::Redefine(const wchar_t* name, OwnedValue 
 
 tovin::iProperty* CPropertyCollection::lookUp(const wchar_t* name) const {
   return guarded({ClassName, "find"}, [&]() -> tovin::iProperty* {
-    const int index = storage_->GetIndex(name);
-    if (index >= 0) return storage_->GetProperty(index);
+    if (CProperty* own = storage_->GetProperty(name)) return own;
     if (!follows(name)) return nullptr;
     const Place place = placeOf(name);
     return place.collection ? place.collection->find(place.leaf) : nullptr;

@@ -110,15 +110,16 @@ int CPropertyCollectionData::GetIndex(const wchar_t* name) const {
     if (!index_) index_ = std::make_unique<NameIndex>();
     if (index_->needsRebuild) RebuildHash();
     const int* found = index_->map.find(name);
-    return found ? settled(*found, name) : -1;
+    if (!found) return -1;
+    const int at = *found - index_->goneInFront;
+    if (index_->goneInside > 0) return settled(at, name);
+    return at < static_cast<int>(GetNumProperties()) ? at : -1;
   });
 }
 
-// Where the property is now that was put into the index with a position.
-int CPropertyCollectionData::settled(int stored, const wchar_t* name) const {
+// Where the property is now that stood at a position before others inside were removed.
+int CPropertyCollectionData::settled(int at, const wchar_t* name) const {
   const int last = static_cast<int>(GetNumProperties()) - 1;
-  int at = stored - index_->goneInFront;
-  if (index_->goneInside == 0) return at <= last ? at : -1;
   const int lowest = std::max(0, at - index_->goneInside);
   for (at = std::min(at, last); at >= lowest; --at) {
     if (tovin::equalFolded(nameAt(static_cast<unsigned>(at)), name)) return at;

@@ -153,7 +153,7 @@ class ZTBASECLIENT_API CPropertyCollectionData
   CProperty* makeProperty(const tovin::Class* propertyClass) const;
   void append(CProperty* property);
   int scan(const wchar_t* name) const;
-  int settled(int stored, const wchar_t* name) const;
+  int settled(int at, const wchar_t* name) const;
   void putIntoIndex(const wchar_t* name, int index);
   void takeFromIndex(unsigned index);
   unsigned bringToFront(const NameList& names, bool createMissing);
