@@ -107,9 +107,10 @@ int64_t ztStringReader::SkipEqualLines(ztStringReader& a, ztStringReader& b,
   return count;
 }
 
-// What of the window is plain. The same bytes are looked at once, however often the skipping begins anew.
-std::string_view ztStringReader::plainWindow() {
-  const std::string_view window = file_->GetWindow();
+// What of the window, or of as much of its front, is plain. The same bytes are looked at once, however often
+// the skipping begins anew.
+std::string_view ztStringReader::plainWindow(size_t most) {
+  const std::string_view window = file_->GetWindow().substr(0, most);
   const int64_t begin = file_->GetPosition();
   const size_t known = plainEnd_ > begin ? static_cast<size_t>(plainEnd_ - begin) : 0;
   if (known >= window.size()) return window;
@@ -156,6 +157,11 @@ int64_t ztStringReader::SkipPairs(ztStringReader& a, ztStringReader& b, const Pa
 
 std::string_view ztStringReader::PeekPlainLines() {
   if (!file_ || inLongLine_ || file_->Is16Bit()) return {};
+  // Who wants a few lines does not pay for a look at the whole window.
+  constexpr size_t usualMost = 1 << 12;
+  const std::string_view front = plainWindow(usualMost);
+  const size_t lastInFront = front.rfind('\n');
+  if (lastInFront != lines::none) return front.substr(0, lastInFront + 1);
   do {
     const std::string_view plain = plainWindow();
     const size_t last = plain.rfind('\n');

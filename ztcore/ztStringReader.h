@@ -75,7 +75,7 @@ class ZTCORE_API ztStringReader {
   ztFile::Encoding encodingOf(std::string_view text);
   bool findLine(std::string_view& text, size_t& length);
   void passLongLine();
-  std::string_view plainWindow();
+  std::string_view plainWindow(size_t most = std::string_view::npos);
   bool growPlainWindow();
 
   std::unique_ptr<ztFastReadFile> file_;

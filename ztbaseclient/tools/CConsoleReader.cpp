@@ -182,10 +182,10 @@ bool CConsoleReader::nextLine() {
 bool CConsoleReader::findBegin() {
   if (unfinishedLine_) source_->Seek(resume_);
   unfinishedLine_ = false;
-  if (findPlainBegin()) return true;
   int64_t start = source_->GetPosition();
   source_->SkipLinesWithout(beginMarker());
   if (source_->GetPosition() != start) resume_ = source_->GetPosition();
+  if (findPlainBegin()) return true;
   for (;;) {
     start = source_->GetPosition();
     if (!nextLine()) return false;
