@@ -3,6 +3,8 @@
 #include <cstdint>
 #include <string_view>
 
+#include "tovin/BaseString.h"
+#include "tovin/Export.h"
 #include "tovin/iProperty.h"
 
 namespace tovin {
@@ -62,6 +64,15 @@ struct AttributeView {
   /// The text where a unit has one byte, and where it has two.
   std::string_view narrow() const noexcept { return {static_cast<const char*>(units), length}; }
   std::u16string_view wide() const noexcept { return {static_cast<const char16_t*>(units), length}; }
+  /// Copies a text's units, `length` of them.
+  void copyTo(wchar_t* out) const noexcept {
+    if (unit == 1)
+      for (char c : narrow()) *out++ = static_cast<wchar_t>(static_cast<unsigned char>(c));
+    else
+      for (char16_t c : wide()) *out++ = static_cast<wchar_t>(c);
+  }
+  /// As Value::getText() of the value.
+  TOVIN_API WideString getText() const;
 };
 
 }  // namespace tovin

@@ -32,12 +32,8 @@ double numberOfValue(const Value& value, std::wstring& room) {
 }
 
 std::wstring_view widened(const AttributeView& text, std::wstring& room) {
-  if (text.unit == 1) {
-    const auto* first = reinterpret_cast<const unsigned char*>(text.narrow().data());
-    room.assign(first, first + text.length);
-  } else {
-    room.assign(text.wide().begin(), text.wide().end());
-  }
+  room.resize(text.length);
+  text.copyTo(room.data());
   return room;
 }
 

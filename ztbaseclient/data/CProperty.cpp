@@ -94,11 +94,7 @@ class PlainValue {
     if (kind_ == Kind::integer) integer_ = packed.integer;
     if (kind_ != Kind::text) return;
     text_.setLength(packed.length);
-    if (packed.unit == 1)
-      std::transform(packed.narrow().begin(), packed.narrow().end(), text_.data(),
-                     [](char c) { return static_cast<wchar_t>(static_cast<unsigned char>(c)); });
-    else
-      std::copy(packed.wide().begin(), packed.wide().end(), text_.data());
+    packed.copyTo(text_.data());
   }
   // False for a value of another kind.
   bool take(const tovin::Value& value) {

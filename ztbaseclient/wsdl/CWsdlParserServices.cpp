@@ -36,9 +36,8 @@ bool fits(const tovin::WideString& text, const wchar_t* wanted) {
 
 // Document style unless the attribute says "rpc"; without the attribute as given.
 bool isDocumentStyle(const iNode* element, bool otherwise) {
-  const tovin::iProperty* style = element ? findAttr(element, L"style") : nullptr;
-  return style ? !tovin::equalFolded(style->getValue().getText().view(), std::wstring_view(L"rpc"))
-               : otherwise;
+  const auto style = element ? findAttr(element, L"style") : std::nullopt;
+  return style ? !tovin::equalFolded(style->getText().view(), std::wstring_view(L"rpc")) : otherwise;
 }
 
 // An address without prefix counts as SOAP 1.1; a prefix is looked for at the definitions only.
@@ -139,9 +138,9 @@ iNode* CWsdlParser::findDefinition(const wchar_t* element, const wchar_t* name) 
 void CWsdlParser::GetDefinitionsInfo(tovin::WideString& targetNamespace) {
   guarded({ClassName, "GetDefinitionsInfo"}, [&] {
     const iNode* root = requireRoot();
-    const tovin::iProperty* target = findAttr(root, L"targetNamespace");
+    const auto target = findAttr(root, L"targetNamespace");
     if (!target) throw tovin::Exception(L"missing targetNamespace");
-    targetNamespace = target->getValue().getText();
+    targetNamespace = target->getText();
     recordSoapPrefixes(root);
   });
 }
@@ -310,8 +309,8 @@ bool CWsdlParser::OpHasOverloads(const COperation& operation) {
     state_->search.findNodes(parent, L"operation", operations);
     size_t count = 0;
     for (size_t i = 0; i < operations.getSize(); ++i) {
-      const tovin::iProperty* name = findAttr(operations[i], L"name");
-      if (name && name->getValue().getText().view() == operation.name.view()) ++count;
+      const auto name = findAttr(operations[i], L"name");
+      if (name && name->getText().view() == operation.name.view()) ++count;
     }
     return count > 1;
   });

@@ -11,11 +11,11 @@
 /// The attributes that declare namespaces: visit(prefix, uri) with the empty prefix for "xmlns".
 template <class Visit>
 void forDeclarations(const tovin::iNode* node, Visit&& visit) {
-  forAttributes(node, [&](const tovin::iProperty& property) {
-    const NameParts name(property.getName());
+  forAttributes(node, [&](const tovin::AttributeView& attribute) {
+    const NameParts name(attribute.name);
     const bool bare = !name.hasPrefix;
     if (!tovin::equalFolded(bare ? name.local : name.prefix, std::wstring_view(L"xmlns"))) return;
-    visit(bare ? std::wstring_view() : name.local, property.getValue().getText());
+    visit(bare ? std::wstring_view() : name.local, attribute.getText());
   });
 }
 

@@ -9,6 +9,16 @@ namespace {
 
 std::wstring_view viewOf(const wchar_t* text) { return text ? std::wstring_view(text) : std::wstring_view(); }
 
+// The first attribute whose name passes; no object is made of it.
+template <class Test>
+std::optional<tovin::AttributeView> firstAttribute(const iNode* node, Test&& passes) {
+  for (unsigned i = 0, count = node->attributeCount(); i < count; ++i) {
+    const tovin::AttributeView view = node->viewAttribute(i);
+    if (passes(view.name)) return view;
+  }
+  return std::nullopt;
+}
+
 bool holdsToken(const wchar_t* name) {
   return viewOf(name).find(NodeSearch::Token) != std::wstring_view::npos;
 }
@@ -54,28 +64,23 @@ void NodeSearch::findNodes(iNode* node, const wchar_t* name, tovin::NodeReferenc
   });
 }
 
-const tovin::iProperty* findAttr(const iNode* node, const wchar_t* name) {
-  const tovin::iProperty* found = nullptr;
-  forAttributes(node, [&](const tovin::iProperty& property) {
-    if (!found && tovin::equalFolded(NameParts(viewOf(property.getName())).local, NameParts(name).local)) {
-      found = &property;
-    }
+std::optional<tovin::AttributeView> findAttr(const iNode* node, const wchar_t* name) {
+  const std::wstring_view local = NameParts(name).local;
+  return firstAttribute(node, [&](const wchar_t* candidate) {
+    return tovin::equalFolded(NameParts(viewOf(candidate)).local, local);
   });
-  return found;
 }
 
 tovin::WideString findAttrVal(const iNode* node, const wchar_t* name) {
-  const tovin::iProperty* property = findAttr(node, name);
-  tovin::WideString text = property ? property->getValue().getText() : tovin::WideString();
+  const std::optional<tovin::AttributeView> found = findAttr(node, name);
+  tovin::WideString text = found ? found->getText() : tovin::WideString();
   return text.isNull() ? tovin::WideString(L"") : text;
 }
 
 tovin::WideString attributeText(const iNode* node, const wchar_t* name) {
-  const tovin::iProperty* property =
-      node->hasProperties()
-          ? static_cast<const tovin::iPropertyCollection*>(node->getProperties())->find(name)
-          : nullptr;
-  return property ? property->getValue().getText() : tovin::WideString();
+  const auto found =
+      firstAttribute(node, [&](const wchar_t* candidate) { return tovin::equalFolded(candidate, name); });
+  return found ? found->getText() : tovin::WideString();
 }
 
 void putText(iNode* node, const wchar_t* name, const wchar_t* text) {
@@ -98,8 +103,8 @@ bool isNamed(const iNode* node, std::wstring_view localName) {
 
 NamedChildren::NamedChildren(iNode* node) {
   forChildren(node, [&](iNode* child) {
-    const tovin::iProperty* name = findAttr(child, L"name");
-    if (name) nodes_.try_emplace(key(viewOf(child->getName()), name->getValue().getText().view()), child);
+    const std::optional<tovin::AttributeView> name = findAttr(child, L"name");
+    if (name) nodes_.try_emplace(key(viewOf(child->getName()), name->getText().view()), child);
   });
 }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <optional>
 #include <string>
 #include <string_view>
 #include <unordered_map>
@@ -49,8 +50,8 @@ class NodeSearch {
   std::unordered_set<std::wstring> soapPrefixes_;
 };
 
-/// The first attribute whose local name matches; null if none.
-const tovin::iProperty* findAttr(const tovin::iNode* node, const wchar_t* name);
+/// The first attribute whose local name matches, as it stands; nothing if there is none.
+std::optional<tovin::AttributeView> findAttr(const tovin::iNode* node, const wchar_t* name);
 /// Its text, the empty text if there is none.
 tovin::WideString findAttrVal(const tovin::iNode* node, const wchar_t* name);
 
@@ -71,9 +72,7 @@ void forChildren(tovin::iNode* node, Visit&& visit) {
 
 template <class Visit>
 void forAttributes(const tovin::iNode* node, Visit&& visit) {
-  if (!node->hasProperties()) return;
-  const tovin::iPropertyCollection* properties = node->getProperties();
-  for (unsigned i = 0; i < properties->getSize(); ++i) visit(*properties->get(i));
+  for (unsigned i = 0, count = node->attributeCount(); i < count; ++i) visit(node->viewAttribute(i));
 }
 
 /// The children of a node by element name and "name" attribute, each look-up in constant time. Borrows the
