@@ -1,5 +1,6 @@
 // Reading and writing trees, and what the Python classes of nodes, children and properties stand on.
 #include <algorithm>
+#include <cmath>
 #include <unordered_set>
 #include <vector>
 
@@ -13,6 +14,7 @@
 #include "tovin/values/IntegerArrayValue.h"
 #include "tovin/values/IntegerValue.h"
 #include "tovin/values/StringArrayValue.h"
+#include "tovin/values/StringValue.h"
 #include "tovinCore/Units.h"
 #include "tovinCore/Utf8.h"
 #include "ztbaseclient/data/DocumentTexts.h"
@@ -109,16 +111,98 @@ py::object cloneNode(py::handle node) {
   return wrapRoot(*copy);
 }
 
-// Two nodes are equal when their records are.
+// --- equality
+
+template <class T>
+const T* as(const tovin::AttributeView& view) {
+  return view.isObject() ? tovin::seek<T>(static_cast<const tovin::Object*>(&view.object())) : nullptr;
+}
+
+unsigned flagsOf(const tovin::AttributeView& view) {
+  return view.kind == tovin::AttributeView::Kind::property ? view.property->getInfo()->getMetaDataFlags().getBits()
+                                                           : view.flags;
+}
+
+// A value, packed or an object, in one form.
+struct Plain {
+  using Kind = tovin::AttributeView::Kind;
+
+  explicit Plain(const tovin::AttributeView& view) : kind(view.kind) {
+    if (kind == Kind::text) text = unitsOf(view);
+    if (kind == Kind::number) number = view.number;
+    if (kind == Kind::integer) integer = view.integer;
+    if (!view.isObject()) return;
+    object = &view.object();
+    if (const auto* string = as<tovin::StringValue>(view)) {
+      kind = string->content().isNull() ? Kind::nullText : Kind::text;
+      text = string->content().view();
+    } else if (const auto* real = as<tovin::DoubleValue>(view)) {
+      kind = Kind::number;
+      number = real->getDouble();
+    } else if (const auto* whole = as<tovin::IntegerValue>(view)) {
+      kind = Kind::integer;
+      integer = whole->getInteger();
+    } else {
+      kind = object->isNullValue() ? Kind::nullValue : Kind::value;
+    }
+  }
+
+  bool equals(const Plain& other) const {
+    if (kind != other.kind || text != other.text || integer != other.integer) return false;
+    if (number != other.number && !(std::isnan(number) && std::isnan(other.number))) return false;
+    return kind != Kind::value || object->equals(*other.object);
+  }
+
+  Kind kind;
+  std::wstring text;
+  double number = 0;
+  int32_t integer = 0;
+  const tovin::Value* object = nullptr;
+};
+
+bool haveEqualProperties(const tovin::iNode& a, const tovin::iNode& b) {
+  const unsigned count = a.attributeCount();
+  if (count != b.attributeCount()) return false;
+  for (unsigned i = 0; i < count; ++i) {
+    const tovin::AttributeView one = a.viewAttribute(i), other = b.viewAttribute(i);
+    if (flagsOf(one) != flagsOf(other) || std::wstring_view(one.name) != other.name) return false;
+    if (!Plain(one).equals(Plain(other))) return false;
+  }
+  return true;
+}
+
+const tovin::Object* carriedBy(const tovin::iNode& node) {
+  const auto* carrier = tovin::seek<CObjectTransportNode>(static_cast<const tovin::Object*>(&node));
+  return carrier ? carrier->GetObject() : nullptr;
+}
+
+bool carryEqualObjects(const tovin::iNode& a, const tovin::iNode& b) {
+  const tovin::Object *one = carriedBy(a), *other = carriedBy(b);
+  if (!one || !other) return one == other;
+  ztMemoryByteOutputStream first, second;
+  one->serialize(first);
+  other->serialize(second);
+  return one->getClassTag() == other->getClassTag() && first.GetSize() == second.GetSize() &&
+         std::equal(first.GetBytes(), first.GetBytes() + first.GetSize(), second.GetBytes());
+}
+
+bool haveEqualContent(const tovin::iNode& a, const tovin::iNode& b) {
+  const auto nameOf = [](const tovin::iNode& node) { return std::wstring_view(node.getName() ? node.getName() : L""); };
+  return a.getClassTag() == b.getClassTag() && nameOf(a) == nameOf(b) && haveEqualProperties(a, b) &&
+         a.getChildren().size() == b.getChildren().size() && carryEqualObjects(a, b);
+}
+
 bool areEqual(py::handle a, py::handle b) {
-  tovin::iNode &first = nodeOf(a), &second = nodeOf(b);
-  if (&first == &second) return true;
-  if (first.getChildren().size() != second.getChildren().size()) return false;
-  ztMemoryByteOutputStream one, other;
-  first.serialize(one);
-  second.serialize(other);
-  return one.GetSize() == other.GetSize() &&
-         std::equal(one.GetBytes(), one.GetBytes() + one.GetSize(), other.GetBytes());
+  std::vector<std::pair<const tovin::iNode*, const tovin::iNode*>> left{{&nodeOf(a), &nodeOf(b)}};
+  while (!left.empty()) {
+    const auto [one, other] = left.back();
+    left.pop_back();
+    if (one == other) continue;
+    if (!haveEqualContent(*one, *other)) return false;
+    const auto ones = one->getChildren(), others = other->getChildren();
+    for (size_t i = ones.size(); i-- > 0;) left.emplace_back(ones[i], others[i]);
+  }
+  return true;
 }
 
 // --- children
@@ -245,14 +329,11 @@ void removeProperty(py::handle node, py::handle name) {
   owner.getProperties()->remove(static_cast<unsigned>(index));
 }
 
-unsigned flagsOf(py::handle node, py::handle name) {
+unsigned flagsNamed(py::handle node, py::handle name) {
   tovin::iNode& owner = nodeOf(node);
   const int64_t index = indexOf(owner, toWide(name, "the name of a property"));
   if (index < 0) throwMissing(name);
-  const tovin::AttributeView view = owner.viewAttribute(static_cast<unsigned>(index));
-  return view.kind == tovin::AttributeView::Kind::property
-             ? view.property->getInfo()->getMetaDataFlags().getBits()
-             : view.flags;
+  return flagsOf(owner.viewAttribute(static_cast<unsigned>(index)));
 }
 
 template <class Take>
@@ -277,11 +358,6 @@ std::string onOneLine(std::string name) {
   if (plain) return name;
   const std::string escaped = toText(Json(name));
   return escaped.substr(1, escaped.size() - 2);
-}
-
-template <class T>
-const T* as(const tovin::AttributeView& view) {
-  return view.isObject() ? tovin::seek<T>(static_cast<const tovin::Object*>(&view.object())) : nullptr;
 }
 
 Json textOrNull(const tovin::WideString& text) {
@@ -363,7 +439,7 @@ void addTrees(py::module_& module) {
     tovin::iNode& owner = nodeOf(node);
     if (owner.hasProperties()) owner.getProperties()->removeAll();
   });
-  module.def("property_flags", flagsOf);
+  module.def("property_flags", flagsNamed);
   module.def("property_names", [](py::handle node) {
     return eachProperty(node, [](const tovin::AttributeView& view) { return toStr(view.name); });
   });
