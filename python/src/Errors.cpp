@@ -93,6 +93,8 @@ void addErrors(py::module_&) {
       if (failure) std::rethrow_exception(failure);
     } catch (const tovin::Exception& e) {
       raise(e, Failure::none);
+    } catch (const py::cast_error&) {
+      PyErr_SetString(PyExc_TypeError, "an argument is of a wrong type, or a number out of range");
     }
   });
 }

@@ -268,6 +268,7 @@ py::object Column::finish() {
       std::vector<uint8_t> truths(integers_.begin(), integers_.end());
       return toArray(std::move(truths)).attr("view")("bool");
     }
+    if (wanted_ == Wanted::number) return toArray(std::move(numbers_));
     if (allIntegers_ && (!cells_.empty() || wanted_ == Wanted::integer)) return toArray(std::move(integers_));
     return toArray(std::move(numbers_));
   }

@@ -45,7 +45,7 @@ class Error(Exception):
             return self.message
         place = ":".join(str(part) for part in (self.file, self.line, self.column) if part is not None)
         text = self.message if self.reason is None else f"{self.message}: {self.reason}"
-        return text if text.startswith(place) else f"{place}: {text}"
+        return text if self.file in text else f"{place}: {text}"
 
     def __reduce__(self) -> Any:
         return (

@@ -8,7 +8,7 @@ from collections.abc import Iterable, Iterator, Mapping, MutableMapping, Mutable
 from typing import Any, Optional, Union
 
 from . import _core
-from ._errors import FormatError, of_system
+from ._errors import FormatError, RangeError, of_system
 
 
 class Bits(Set):  # type: ignore[type-arg]
@@ -147,7 +147,7 @@ class Children(MutableSequence):  # type: ignore[type-arg]
         if number < 0:
             number += count
         if not 0 <= number < count:
-            raise IndexError("child index out of range")
+            raise RangeError(f"child index {index} out of range, there are {count}")
         return number
 
     def __getitem__(self, index: Any) -> Any:
@@ -184,7 +184,7 @@ class Children(MutableSequence):  # type: ignore[type-arg]
 
     def pop(self, index: int = -1) -> "Node":
         if not len(self):
-            raise IndexError("pop from a node without children")
+            raise RangeError("pop from a node without children")
         removed: Node = _core.remove_child(self._node, self._index(index))
         return removed
 

@@ -48,19 +48,19 @@ class Service:
         return str(self._model.target_namespace)
 
     @property
-    def services(self) -> list[Any]:
+    def services(self) -> list[_core.PortGroup]:
         return list(self._model.services)
 
     @property
-    def ports(self) -> list[Any]:
+    def ports(self) -> list[_core.Port]:
         return list(self._model.ports)
 
     @property
-    def elements(self) -> list[Any]:
+    def elements(self) -> list[_core.Element]:
         return list(self._model.elements)
 
     @property
-    def types(self) -> list[Any]:
+    def types(self) -> list[_core.Type]:
         return list(self._model.types)
 
     @property
@@ -75,21 +75,21 @@ class Service:
             return space, local
         return self.target_namespace, name
 
-    def type(self, name: Union[str, Name, tuple[str, str]]) -> Any:
+    def type(self, name: Union[str, Name, tuple[str, str]]) -> _core.Type:
         """A type by name: a Name, "{namespace}local", or a local name of the target namespace.
 
         Raises
         ------
         KeyError
         """
-        found = self._model.type(*self._name(name))
+        found: Optional[_core.Type] = self._model.type(*self._name(name))
         if found is None:
             raise KeyError(name)
         return found
 
-    def element(self, name: Union[str, Name, tuple[str, str]]) -> Any:
+    def element(self, name: Union[str, Name, tuple[str, str]]) -> _core.Element:
         """A global element by name, as in :meth:`type`."""
-        found = self._model.element(*self._name(name))
+        found: Optional[_core.Element] = self._model.element(*self._name(name))
         if found is None:
             raise KeyError(name)
         return found
@@ -103,8 +103,8 @@ class Service:
         whole: dict[str, Any] = _json.loads(self._model.json())
         return whole
 
-    def __getitem__(self, port: str) -> Any:
-        for one in self._model.ports:
+    def __getitem__(self, port: str) -> _core.Port:
+        for one in self.ports:
             if one.name == port:
                 return one
         raise KeyError(port)
@@ -112,8 +112,8 @@ class Service:
     def __contains__(self, port: object) -> bool:
         return any(one.name == port for one in self._model.ports)
 
-    def __iter__(self) -> Iterator[Any]:
-        return iter(self._model.ports)
+    def __iter__(self) -> Iterator[_core.Port]:
+        return iter(self.ports)
 
     def __len__(self) -> int:
         return len(self._model.ports)

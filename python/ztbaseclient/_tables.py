@@ -49,7 +49,7 @@ def table(node: Node, rows: str, columns: Mapping[str, Any]) -> dict[str, Any]:
 
 def to_pandas(node: Node, rows: str, columns: Mapping[str, Any]) -> Any:
     """The same as :func:`table`, as a ``pandas.DataFrame``."""
-    import pandas
+    import pandas  # type: ignore[import]
 
     return pandas.DataFrame(table(node, rows, columns))
 
@@ -102,7 +102,7 @@ def from_table(data: Any, name: str = "table", row: str = "row") -> Node:
             if value is not None:
                 _core.set_property(node, key, value, None)
         children.append(node)
-    root.children = children
+    root.children.extend(children)
     return root
 
 

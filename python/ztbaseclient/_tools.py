@@ -77,7 +77,7 @@ class Comparison:
 
     def to_pandas(self) -> Any:
         """A ``pandas.DataFrame`` with a row a field that differs, or a line that stands alone."""
-        import pandas
+        import pandas  # type: ignore[import]
 
         names = ["kind", "line1", "line2", "field1", "field2", "column", "text1", "text2"]
         names += ["absolute", "relative", "digits", "within"]
@@ -163,7 +163,7 @@ def compare(
             "delimiter": delimiter,
         },
     )
-    lines = tuple(Difference(*line[:5], tuple(FieldDifference(*field) for field in line[5])) for line in found[8])
+    lines = tuple(Difference._make((*line[:5], tuple(FieldDifference(*field) for field in line[5]))) for line in found[8])
     return Comparison(lines, *found[:8])
 
 
@@ -201,7 +201,7 @@ class Entry(Sequence):  # type: ignore[type-arg]
         return len(self.pairs)
 
     def __eq__(self, other: object) -> bool:
-        return self.pairs == other.pairs if isinstance(other, Entry) else NotImplemented
+        return isinstance(other, Entry) and self.pairs == other.pairs
 
     __hash__ = None  # type: ignore[assignment]
 
