@@ -75,7 +75,9 @@ class FileError(Error, OSError):
 
     def __init__(self, message: str = "", *rest: Any) -> None:
         Error.__init__(self, message, *rest)
-        self.errno = _errno_of(self.reason or message)
+        number = _errno_of(self.reason or message)
+        if number is not None:
+            self.errno = number
         self.filename = self.file
 
 
@@ -122,7 +124,8 @@ def make(family: str, message: str, *rest: Any) -> Error:
     """The exception for what the library threw."""
     if family == "ServiceError" and _errno_of(message) is not None:
         family = "FileError"
-    return _families[family](message, *rest)
+    error: Error = _families[family](message, *rest)
+    return error
 
 
 def of_system(error: OSError, path: Any) -> FileError:

@@ -107,17 +107,17 @@ class Properties(MutableMapping):  # type: ignore[type-arg]
         return iter(_core.property_names(self._node))
 
     def __len__(self) -> int:
-        return _core.property_count(self._node)
+        return int(_core.property_count(self._node))
 
     def __contains__(self, name: object) -> bool:
-        return _core.has_property(self._node, name)
+        return bool(_core.has_property(self._node, name))
 
     def clear(self) -> None:
         _core.clear_properties(self._node)
 
     def flags(self, name: str) -> int:
         """The flags word of a property."""
-        return _core.property_flags(self._node, name)
+        return int(_core.property_flags(self._node, name))
 
     def define(self, name: str, value: Any, flags: int = 0) -> None:
         """Sets a property and its flags word."""
@@ -139,10 +139,10 @@ class Children(MutableSequence):  # type: ignore[type-arg]
         self._node = node
 
     def __len__(self) -> int:
-        return _core.child_count(self._node)
+        return int(_core.child_count(self._node))
 
     def _index(self, index: Any) -> int:
-        number = index.__index__()
+        number = int(index.__index__())
         count = len(self)
         if number < 0:
             number += count
@@ -222,7 +222,7 @@ class Children(MutableSequence):  # type: ignore[type-arg]
         return f"[{', '.join(repr(child) for child in self[:10])}{', …' if len(self) > 10 else ''}]"
 
 
-class Node(_core.NodeBase):  # type: ignore[misc]
+class Node(_core.NodeBase):
     """An element of a tree: a name, a value, properties, children.
 
     Parameters
