@@ -36,7 +36,8 @@ const char* familyOf(const tovin::Exception& e, Failure failure) {
 
 py::list trailOf(const tovin::Exception& e) {
   py::list trail;
-  for (const tovin::CatchEntry& entry : e.getTrail()) trail.append(py::make_tuple(entry.className, entry.method));
+  for (const tovin::CatchEntry& entry : e.getTrail())
+    trail.append(py::make_tuple(entry.className, entry.method));
   return trail;
 }
 
@@ -48,11 +49,14 @@ void raise(const tovin::Exception& e, Failure failure) {
   const auto optional = [](const std::wstring& value) {
     return value.empty() ? py::object(py::none()) : py::object(toStr(std::wstring_view(value)));
   };
-  const auto number = [](int64_t value) { return value > 0 ? py::object(py::int_(value)) : py::object(py::none()); };
-  const py::object error = py::module_::import("ztbaseclient._errors")
-                               .attr("make")(familyOf(e, failure), toStr(std::wstring_view(text)), classNameOf(e),
-                                             trailOf(e), optional(e.getFile()), number(e.getLine()),
-                                             number(e.getColumn()), optional(e.getReason()));
+  const auto number = [](int64_t value) {
+    return value > 0 ? py::object(py::int_(value)) : py::object(py::none());
+  };
+  const py::object error =
+      py::module_::import("ztbaseclient._errors")
+          .attr("make")(familyOf(e, failure), toStr(std::wstring_view(text)), classNameOf(e), trailOf(e),
+                        optional(e.getFile()), number(e.getLine()), number(e.getColumn()),
+                        optional(e.getReason()));
   PyErr_SetObject(py::type::of(error).ptr(), error.ptr());
 }
 

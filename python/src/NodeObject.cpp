@@ -168,10 +168,10 @@ PyGetSetDef properties[] = {
     {"root", getRoot, nullptr, "Node : The topmost node of the tree.", nullptr},
     {}};
 
-PyMethodDef methods[] = {
-    {"walk", walk, METH_NOARGS,
-     "walk()\n--\n\nThe node and all below it in document order, one by one.\n\nReturns\n-------\niterator of Node\n"},
-    {}};
+PyMethodDef methods[] = {{"walk", walk, METH_NOARGS,
+                          "walk()\n--\n\nThe node and all below it in document order, one by "
+                          "one.\n\nReturns\n-------\niterator of Node\n"},
+                         {}};
 
 PyTypeObject* makeType(PyType_Spec& spec) {
   auto* type = reinterpret_cast<PyTypeObject*>(PyType_FromSpec(&spec));

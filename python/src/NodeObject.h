@@ -1,7 +1,7 @@
 // The Python object that stands for a node.
 //
-// A node of the library knows its parent by a back pointer only. What Python holds of a tree therefore shares a
-// Tree, which keeps the root: no node that Python can reach loses its way up.
+// A node of the library knows its parent by a back pointer only. What Python holds of a tree therefore shares
+// a Tree, which keeps the root: no node that Python can reach loses its way up.
 #pragma once
 
 #include <pybind11/pybind11.h>

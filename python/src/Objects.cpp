@@ -1,8 +1,8 @@
 // Nested Python values as nodes, and back.
 //
-// A dict is a node with the property "kind" "dict": plain items are properties, the others children by their keys. A
-// list of integers or of texts is the node's value, any other a node of the kind "list" with a child an item. What a
-// value of the library cannot hold has a kind of its own and a text. Depth takes no stack.
+// A dict is a node with the property "kind" "dict": plain items are properties, the others children by their
+// keys. A list of integers or of texts is the node's value, any other a node of the kind "list" with a child
+// an item. What a value of the library cannot hold has a kind of its own and a text. Depth takes no stack.
 #include <unordered_set>
 #include <vector>
 
@@ -148,12 +148,14 @@ class Builder {
     if (PyBytes_Check(object)) {
       setKind(node, L"bytes");
       std::wstring text;
-      for (char c : std::string_view(PyBytes_AS_STRING(object), static_cast<size_t>(PyBytes_GET_SIZE(object))))
+      for (char c :
+           std::string_view(PyBytes_AS_STRING(object), static_cast<size_t>(PyBytes_GET_SIZE(object))))
         text += static_cast<wchar_t>(static_cast<unsigned char>(c));
       return setText(node, text);
     }
-    throw py::type_error(std::string("to_node takes dict, list, tuple, str, bytes, int, float, bool and None, not ") +
-                         Py_TYPE(object)->tp_name);
+    throw py::type_error(
+        std::string("to_node takes dict, list, tuple, str, bytes, int, float, bool and None, not ") +
+        Py_TYPE(object)->tp_name);
   }
 
   void enter(py::handle container, iNode& node, py::list items) {
@@ -192,7 +194,8 @@ class Builder {
     const std::wstring name = toWide(key, "a key");
     if (name.empty() || name.find(L'\0') != name.npos || name[0] == L'/' || name[0] == L'_') return false;
     for (unsigned i = 0; i < properties.getSize(); ++i)
-      if (tovin::equalFolded(std::wstring_view(properties.get(i)->getName()), std::wstring_view(name))) return false;
+      if (tovin::equalFolded(std::wstring_view(properties.get(i)->getName()), std::wstring_view(name)))
+        return false;
     if (name == CNodeImplBase::DefaultValueName) return false;
     if (isText) {
       tovin::StringValue text;
@@ -316,7 +319,9 @@ class Reader {
       if (node.viewAttribute(i).isNodeValue()) return true;
     return false;
   }
-  static bool isKeyed(const iNode& node) { return node.attributeCount() == 2 && is(node.viewAttribute(0), keyName); }
+  static bool isKeyed(const iNode& node) {
+    return node.attributeCount() == 2 && is(node.viewAttribute(0), keyName);
+  }
 
   py::object enter(const iNode& node, py::object target, Kind kind) {
     if (!node.getChildren().empty()) steps_.push_back({&node, target, kind, 0});

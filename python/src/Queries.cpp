@@ -117,8 +117,8 @@ py::array toArray(std::vector<Item>&& items) {
   return py::array_t<Item>(static_cast<py::ssize_t>(kept->size()), kept->data(), owner);
 }
 
-// Cells of one column as they come: numbers beside the texts that they were read from, because one cell that is no
-// number makes texts of all.
+// Cells of one column as they come: numbers beside the texts that they were read from, because one cell that
+// is no number makes texts of all.
 class Column {
  public:
   explicit Column(Wanted wanted) : wanted_(wanted) {}
@@ -149,7 +149,9 @@ class Column {
   void add(const AttributeView& view);
 
   py::object finish();
-  bool fails() const { return wanted_ == Wanted::number ? !allNumbers_ : wanted_ == Wanted::integer && !allIntegers_; }
+  bool fails() const {
+    return wanted_ == Wanted::number ? !allNumbers_ : wanted_ == Wanted::integer && !allIntegers_;
+  }
   size_t size() const { return cells_.size(); }
 
  private:

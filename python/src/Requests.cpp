@@ -90,7 +90,8 @@ py::dict readCredentials(py::handle text) {
   for (const TextField& field : textFields) read[field.name] = toStr((credentials.*field.get)());
   const tovin::BitsetValue& bits = credentials.GetRoles().GetRoleBits();
   py::list on;
-  for (unsigned bit = bits.getNextNoCheck(0); bit < bits.getNumBits(); bit = bits.getNextNoCheck(bit + 1)) on.append(bit);
+  for (unsigned bit = bits.getNextNoCheck(0); bit < bits.getNumBits(); bit = bits.getNextNoCheck(bit + 1))
+    on.append(bit);
   read["roles"] = on;
   read["role_bits"] = bits.getNumBits();
   return read;
@@ -108,9 +109,10 @@ py::object hostOf(py::handle endPoint) {
   return toStr(out);
 }
 
-py::object makeLink(py::handle server, py::handle protocol, const py::dict& parameters, const py::object& session,
-                bool anonymous, py::handle message, py::handle delimiter) {
-  CProtocolLinkBuilder builder(toWideWithoutNul(server, "server").c_str(), toWideWithoutNul(protocol, "protocol").c_str());
+py::object makeLink(py::handle server, py::handle protocol, const py::dict& parameters,
+                    const py::object& session, bool anonymous, py::handle message, py::handle delimiter) {
+  CProtocolLinkBuilder builder(toWideWithoutNul(server, "server").c_str(),
+                               toWideWithoutNul(protocol, "protocol").c_str());
   for (const auto& [name, value] : parameters)
     builder.SetParameter(toWideWithoutNul(name, "a parameter's name").c_str(),
                          toWideWithoutNul(value, "a parameter's value").c_str());
@@ -146,7 +148,8 @@ void upload(py::handle file, py::handle name, py::handle url, py::handle session
   const py::gil_scoped_release released;
   auto before = std::chrono::steady_clock::now();
   ztSoapUtils::UploadViaCGI(
-      path.c_str(), leaf.c_str(), job.is_none() ? nullptr : jobId.c_str(), id.c_str(), !afterContinue, address.c_str(),
+      path.c_str(), leaf.c_str(), job.is_none() ? nullptr : jobId.c_str(), id.c_str(), !afterContinue,
+      address.c_str(),
       [&](uint64_t done, uint64_t length) {
         const auto now = std::chrono::steady_clock::now();
         if (!asks && now - before < std::chrono::milliseconds(50)) return true;

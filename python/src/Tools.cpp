@@ -73,8 +73,8 @@ Found kept(const differences::Line& line) {
   for (const differences::Field& field : line.fields)
     found.fields.push_back({field.kind == differences::Field::Kind::Number, field.field1, field.field2,
                             field.column ? std::optional<std::string>(*field.column) : std::nullopt,
-                            std::string(field.text1), std::string(field.text2), field.absolute, field.relative,
-                            field.digits, field.within});
+                            std::string(field.text1), std::string(field.text2), field.absolute,
+                            field.relative, field.digits, field.within});
   return found;
 }
 
@@ -84,8 +84,8 @@ py::tuple toTuple(const Found& found) {
   for (const Found::Field& field : found.fields)
     fields.append(py::make_tuple(field.isNumber ? "number" : "text", field.field1, field.field2,
                                  field.column ? py::object(text(*field.column)) : py::object(py::none()),
-                                 text(field.text1), text(field.text2), field.absolute, field.relative, field.digits,
-                                 field.within));
+                                 text(field.text1), text(field.text2), field.absolute, field.relative,
+                                 field.digits, field.within));
   return py::make_tuple(kinds[static_cast<size_t>(found.kind)], found.line1, found.line2, text(found.text1),
                         text(found.text2), fields);
 }
@@ -130,8 +130,8 @@ py::tuple compare(py::handle file1, py::handle file2, const py::dict& given) {
     } else {
       Interruptible watch;
       sums = differences::find(
-          name1.c_str(), name2.c_str(), how, [&](const differences::Line& line) { found.push_back(kept(line)); },
-          [&](int64_t) { watch(); });
+          name1.c_str(), name2.c_str(), how,
+          [&](const differences::Line& line) { found.push_back(kept(line)); }, [&](int64_t) { watch(); });
     }
   }
   py::list list;
@@ -151,8 +151,8 @@ class LogReader {
     if (!reader_->HasSource()) throw ztFile::OpenFailure(L"Unable to open file %ls", name_.c_str());
   }
 
-  // The pairs of the next entry; None when there is no more. With `whole` an entry whose end was not written yet is
-  // left for later.
+  // The pairs of the next entry; None when there is no more. With `whole` an entry whose end was not written
+  // yet is left for later.
   py::object next(bool whole) {
     std::vector<std::pair<std::string, std::string>> pairs;
     bool any = false;
@@ -167,7 +167,8 @@ class LogReader {
     }
     if (!any) return py::none();
     py::list list(pairs.size());
-    for (size_t i = 0; i < pairs.size(); ++i) list[i] = py::make_tuple(text(pairs[i].first), text(pairs[i].second));
+    for (size_t i = 0; i < pairs.size(); ++i)
+      list[i] = py::make_tuple(text(pairs[i].first), text(pairs[i].second));
     return list;
   }
   int64_t position() const { return reader_->GetPosition(); }

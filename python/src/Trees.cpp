@@ -119,8 +119,9 @@ const T* as(const tovin::AttributeView& view) {
 }
 
 unsigned flagsOf(const tovin::AttributeView& view) {
-  return view.kind == tovin::AttributeView::Kind::property ? view.property->getInfo()->getMetaDataFlags().getBits()
-                                                           : view.flags;
+  return view.kind == tovin::AttributeView::Kind::property
+             ? view.property->getInfo()->getMetaDataFlags().getBits()
+             : view.flags;
 }
 
 // A value, packed or an object, in one form.
@@ -187,7 +188,9 @@ bool carryEqualObjects(const tovin::iNode& a, const tovin::iNode& b) {
 }
 
 bool haveEqualContent(const tovin::iNode& a, const tovin::iNode& b) {
-  const auto nameOf = [](const tovin::iNode& node) { return std::wstring_view(node.getName() ? node.getName() : L""); };
+  const auto nameOf = [](const tovin::iNode& node) {
+    return std::wstring_view(node.getName() ? node.getName() : L"");
+  };
   return a.getClassTag() == b.getClassTag() && nameOf(a) == nameOf(b) && haveEqualProperties(a, b) &&
          a.getChildren().size() == b.getChildren().size() && carryEqualObjects(a, b);
 }
@@ -354,7 +357,8 @@ py::object valueOf(const tovin::AttributeView& view) {
 // --- texts for people
 
 std::string onOneLine(std::string name) {
-  const bool plain = std::none_of(name.begin(), name.end(), [](unsigned char c) { return c < 0x20 || c == 0x7F; });
+  const bool plain =
+      std::none_of(name.begin(), name.end(), [](unsigned char c) { return c < 0x20 || c == 0x7F; });
   if (plain) return name;
   const std::string escaped = toText(Json(name));
   return escaped.substr(1, escaped.size() - 2);
@@ -402,13 +406,15 @@ py::str treeText(py::handle node, size_t most) {
       text += " " + onOneLine(tovin::wideToUtf8(view.name)) + "=";
       text += toText(jsonOf(view));
     }
-    if (const auto* carrier = tovin::seek<CObjectTransportNode>(static_cast<const tovin::Object*>(step.node))) {
+    if (const auto* carrier =
+            tovin::seek<CObjectTransportNode>(static_cast<const tovin::Object*>(step.node))) {
       if (carrier->GetObject())
         text += std::string(" <") + static_cast<const char*>(carrier->GetObject()->getClassTag()) + ">";
     }
     text += '\n';
     const auto children = step.node->getChildren();
-    for (auto child = children.rbegin(); child != children.rend(); ++child) left.push_back({*child, step.depth + 1});
+    for (auto child = children.rbegin(); child != children.rend(); ++child)
+      left.push_back({*child, step.depth + 1});
   }
   return py::reinterpret_steal<py::str>(
       PyUnicode_DecodeUTF8(text.data(), static_cast<Py_ssize_t>(text.size()), "surrogatepass"));

@@ -103,7 +103,8 @@ OwnedValue makeList(const py::sequence& items) {
 unsigned toBit(py::handle object) {
   const long long bit = PyLong_Check(object.ptr()) ? PyLong_AsLongLong(object.ptr()) : -1;
   if (PyErr_Occurred()) PyErr_Clear();
-  if (bit < 0 || bit >= mostBits) throw py::value_error("a bit is an int from 0 to " + std::to_string(mostBits - 1));
+  if (bit < 0 || bit >= mostBits)
+    throw py::value_error("a bit is an int from 0 to " + std::to_string(mostBits - 1));
   return static_cast<unsigned>(bit);
 }
 
@@ -116,7 +117,8 @@ OwnedValue makeBits(py::handle set) {
   }
   if (py::hasattr(set, "size")) {
     const long long size = py::cast<long long>(set.attr("size"));
-    if (size < count || size > mostBits) throw py::value_error("size is less than the bits need, or too large");
+    if (size < count || size > mostBits)
+      throw py::value_error("size is less than the bits need, or too large");
     count = static_cast<unsigned>(size);
   }
   OwnedValue made;
@@ -172,8 +174,9 @@ OwnedValue makeValue(py::handle object) {
     if (!number) throw py::error_already_set();
     return makeValue(py::reinterpret_steal<py::object>(number));
   } else {
-    throw py::type_error(std::string("a value is str, float, int, None, a list of str or int, or a set of int, not ") +
-                         Py_TYPE(object.ptr())->tp_name);
+    throw py::type_error(
+        std::string("a value is str, float, int, None, a list of str or int, or a set of int, not ") +
+        Py_TYPE(object.ptr())->tp_name);
   }
   return made;
 }
