@@ -30,10 +30,26 @@ class Interruptible {
     if (now - before_ < std::chrono::milliseconds(50)) return;
     before_ = now;
     const py::gil_scoped_acquire acquired;
-    if (PyErr_CheckSignals() != 0) throw py::error_already_set();
+    if (PyErr_CheckSignals() == 0) return;
+    failure_.emplace();
+    throw std::runtime_error("interrupted");
+  }
+
+  // Calls work without the GIL. What the keyboard threw comes out as it was: the library makes its own of
+  // what passes.
+  template <class Work>
+  void run(Work&& work) {
+    try {
+      const py::gil_scoped_release released;
+      work();
+    } catch (...) {
+      if (failure_) throw std::move(*failure_);
+      throw;
+    }
   }
 
  private:
+  std::optional<py::error_already_set> failure_;
   std::chrono::steady_clock::time_point before_ = std::chrono::steady_clock::now();
 };
 
@@ -45,10 +61,11 @@ void requireOpen(const std::wstring& name) {
 class Files : public CDiffFiles {
  public:
   using CDiffFiles::FileIsBinary;
+  explicit Files(Interruptible& watch) : watch_(watch) {}
   void Compared(int64_t) const override { watch_(); }
 
  private:
-  mutable Interruptible watch_;
+  Interruptible& watch_;
 };
 
 // A difference as the Python side makes an object of it.
@@ -116,11 +133,11 @@ py::tuple compare(py::handle file1, py::handle file2, const py::dict& given) {
   std::vector<Found> found;
   differences::Summary sums;
   bool binaryDiffers = false;
-  {
-    const py::gil_scoped_release released;
+  Interruptible watch;
+  watch.run([&] {
     requireOpen(name1);
     requireOpen(name2);
-    Files files;
+    Files files(watch);
     if (files.FileIsBinary(name1.c_str())) {
       try {
         files.CompareFilesBinary(name1.c_str(), name2.c_str());
@@ -128,12 +145,11 @@ py::tuple compare(py::handle file1, py::handle file2, const py::dict& given) {
         binaryDiffers = true;
       }
     } else {
-      Interruptible watch;
       sums = differences::find(
           name1.c_str(), name2.c_str(), how,
           [&](const differences::Line& line) { found.push_back(kept(line)); }, [&](int64_t) { watch(); });
     }
-  }
+  });
   py::list list;
   for (const Found& one : found) list.append(toTuple(one));
   return py::make_tuple(sums.within, sums.different, sums.added, sums.removed, sums.largestAbsolute,

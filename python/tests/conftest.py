@@ -8,6 +8,11 @@ import subprocess
 from pathlib import Path
 
 import pytest
+from hypothesis import settings
+
+# Leaves nothing in the source tree.
+settings.register_profile("project", database=None)
+settings.load_profile("project")
 
 ROOT = Path(__file__).resolve().parents[2]
 DATA = ROOT / "tests" / "data"

@@ -77,6 +77,16 @@ def test_a_log_is_followed(tmp_path):
         next(log)
 
 
+def test_the_keyboard_ends_a_comparison(tmp_path):
+    for name, digit in (("a", 1), ("b", 2)):
+        write(tmp_path / name, "".join(f"row {i} {i}.{digit}5\n" for i in range(1_000_000)))
+    threading.Timer(0.2, os.kill, (os.getpid(), signal.SIGINT)).start()
+    start = time.monotonic()
+    with pytest.raises(KeyboardInterrupt):
+        zt.compare(tmp_path / "a", tmp_path / "b", key="1")
+    assert time.monotonic() - start < 30
+
+
 def test_checksums_and_requests_are_the_commands():
     assert zt.checksum("one", "two") + "\n" == command("checksum", "one", "two")
     assert zt.end_point("atlas:80", release=403) + "\n" == command("endpoint", "atlas:80", "--release", "403")

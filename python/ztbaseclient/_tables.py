@@ -3,7 +3,7 @@
 from __future__ import annotations
 
 from collections.abc import Mapping
-from typing import Any
+from typing import Any, Optional
 
 from . import _core
 from ._node import Node
@@ -47,11 +47,26 @@ def table(node: Node, rows: str, columns: Mapping[str, Any]) -> dict[str, Any]:
     return dict(_core.table(node, rows, _columns(columns)))
 
 
-def to_pandas(node: Node, rows: str, columns: Mapping[str, Any]) -> Any:
-    """The same as :func:`table`, as a ``pandas.DataFrame``."""
+def to_pandas(data: Any, rows: Optional[str] = None, columns: Optional[Mapping[str, Any]] = None) -> Any:
+    """A ``pandas.DataFrame``.
+
+    Parameters
+    ----------
+    data : Node, or mapping of columns
+        Of a node what :func:`table` gives with `rows` and `columns`; else a table that is there already, such as
+        :func:`log_table` makes.
+    """
     import pandas  # type: ignore[import]
 
-    return pandas.DataFrame(table(node, rows, columns))
+    if isinstance(data, Node):
+        if rows is None or columns is None:
+            raise TypeError("of a node, rows and columns are needed")
+        data = table(data, rows, columns)
+    elif hasattr(data, "to_pandas"):
+        return data.to_pandas()
+    elif not isinstance(data, Mapping):
+        raise TypeError(f"a Node or a mapping of columns is needed, not {type(data).__name__}")
+    return pandas.DataFrame(data)
 
 
 def _plain(value: Any) -> Any:
