@@ -6,6 +6,7 @@ import io
 import math
 import pickle
 import threading
+from pathlib import Path
 
 import pytest
 from conftest import DATA, command, json_lines
@@ -213,21 +214,31 @@ def test_a_tree_that_another_thread_uses_raises():
     assert seen and big.name == "big"
 
 
+def resident():
+    return int(Path("/proc/self/statm").read_text().split()[1]) * 4096
+
+
 def test_nothing_is_left_behind():
-    document = next(DATA.rglob("*.wsdl")).read_bytes()
+    document = b'<job a="\xc3\xa4"><row id="1"/><row id="2" x="text"/></job>'
 
     def round_trip():
         root = zt.parse(document)
         child = root.children[0]
         pickle.loads(pickle.dumps(root)).children.append(child)
-        root.query("//*[@name]/@name")
+        root.query("//*[@id]/@id")
+        zt.table(root, "//row", {"id": "@id", "x": "@x"})
         zt.to_node({"a": [1, "b", {"c": 1.5}]}).to_python()
         copy.copy(root).properties["x"] = zt.Bits([1])
+        for wrong in (lambda: root.query("///"), lambda: zt.parse(b"<a"), lambda: root["@none"]):
+            with pytest.raises(zt.Error):
+                wrong()
 
-    round_trip()
+    for _ in range(500):
+        round_trip()
     gc.collect()
-    before = zt.live_objects()
-    for _ in range(300):
+    before, memory = zt.live_objects(), resident()
+    for _ in range(10_000):
         round_trip()
     gc.collect()
     assert zt.live_objects() == before
+    assert resident() - memory < 4 << 20
