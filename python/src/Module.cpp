@@ -3,6 +3,7 @@
 #include "Errors.h"
 #include "NodeObject.h"
 #include "Values.h"
+#include "tovin/Object.h"
 #include "tovinCore/LeakDetector.h"
 #include "ztbaseclient/Version.h"
 
@@ -21,6 +22,8 @@ PYBIND11_MODULE(_core, module) {
   module.doc() = "What the package ztbaseclient stands on.";
   module.attr("__version__") = ZTBASECLIENT_VERSION;
   module.def("live_objects", liveObjects);
+  // Off, the address sanitizer sees every object.
+  module.def("use_pools", [](bool on) { tovin::Object::m_dontUsePools = !on; });
   addErrors(module);
   addNodeType(module);
   addValues(module);

@@ -14,6 +14,11 @@ from hypothesis import settings
 settings.register_profile("project", database=None)
 settings.load_profile("project")
 
+if os.environ.get("ZTB_NO_POOLS"):
+    import ztbaseclient._core
+
+    ztbaseclient._core.use_pools(False)
+
 ROOT = Path(__file__).resolve().parents[2]
 DATA = ROOT / "tests" / "data"
 
