@@ -1,11 +1,10 @@
 #include "ztclient/input/Document.h"
 
-#include <algorithm>
-#include <cwchar>
 #include <vector>
 
 #include "tovinCore/Utf8.h"
 #include "tovinCore/platform/Paths.h"
+#include "ztbaseclient/data/DocumentTexts.h"
 #include "ztbaseclient/node/NodeRecord.h"
 #include "ztbaseclient/wsdl/XMLParser.h"
 #include "ztclient/input/Source.h"
@@ -32,34 +31,11 @@ tovin::Ptr<tovin::iNode> readRecord(Source& source) {
   return root;
 }
 
-bool isAscii(const wchar_t* text) {
-  return std::all_of(text, text + std::wcslen(text), [](wchar_t c) { return c < 0x80; });
-}
-
-void makeCharacters(tovin::iProperty& property) {
-  const tovin::WideString text = property.getValue().getText();
-  if (!text.isNull() && !isAscii(text.c_str()))
-    property.setValue(tovin::charactersOfBytes(text.view()).c_str());
-}
-
-// Most names and texts are ASCII, and stay untouched.
-void makeCharacters(tovin::iNode& node) {
-  if (node.getName() && !isAscii(node.getName()))
-    node.setName(tovin::charactersOfBytes(node.getName()).c_str());
-  if (!node.hasProperties()) return;
-  tovin::iPropertyCollection& properties = *node.getProperties();
-  for (unsigned i = 0; i < properties.getSize(); ++i) {
-    makeCharacters(*properties.get(i));
-    const std::wstring name = properties.get(i)->getName();
-    if (!isAscii(name.c_str())) properties.rename(name.c_str(), tovin::charactersOfBytes(name).c_str());
-  }
-}
-
 tovin::Ptr<tovin::iNode> readXml(Source& source) {
   CWsdlParser::XMLParser parser;
   tovin::Ptr<tovin::iNode> root(parser.parse(source));
   if (!root) throw tovin::Exception(L"There is no document in the file");
-  walk(*root, [](const tovin::iNode& node, size_t) { makeCharacters(const_cast<tovin::iNode&>(node)); });
+  DocumentTexts::makeCharacters(*root);
   return root;
 }
 
