@@ -173,8 +173,8 @@ PyMethodDef methods[] = {{"walk", walk, METH_NOARGS,
                           "one.\n\nReturns\n-------\niterator of Node\n"},
                          {}};
 
-PyTypeObject* makeType(PyType_Spec& spec) {
-  auto* type = reinterpret_cast<PyTypeObject*>(PyType_FromSpec(&spec));
+PyTypeObject* makeType(PyType_Spec& layout) {
+  auto* type = reinterpret_cast<PyTypeObject*>(PyType_FromSpec(&layout));
   if (!type) throw py::error_already_set();
   return type;
 }
@@ -242,7 +242,7 @@ void addNodeType(py::module_& module) {
                                 {Py_tp_getset, properties},
                                 {Py_tp_methods, methods},
                                 {}};
-  static PyType_Spec spec = {"ztbaseclient._core.NodeBase", sizeof(NodeObject), 0,
+  static PyType_Spec layout = {"ztbaseclient._core.NodeBase", sizeof(NodeObject), 0,
                              Py_TPFLAGS_DEFAULT | Py_TPFLAGS_BASETYPE, slots};
   static PyType_Slot walkSlots[] = {{Py_tp_dealloc, reinterpret_cast<void*>(deallocateWalk)},
                                     {Py_tp_iter, reinterpret_cast<void*>(PyObject_SelfIter)},
@@ -250,7 +250,7 @@ void addNodeType(py::module_& module) {
                                     {}};
   static PyType_Spec walkSpec = {"ztbaseclient._core.Walk", sizeof(WalkObject), 0,
                                  Py_TPFLAGS_DEFAULT | Py_TPFLAGS_DISALLOW_INSTANTIATION, walkSlots};
-  baseType = makeType(spec);
+  baseType = makeType(layout);
   walkType = makeType(walkSpec);
   nodeType = baseType;
   module.attr("NodeBase") = py::handle(reinterpret_cast<PyObject*>(baseType));

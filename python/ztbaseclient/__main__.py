@@ -15,8 +15,8 @@ def main() -> int:
     print(f"python {platform.python_version()}, {sys.executable}")
     print(f"module {_core.__file__}")
     for name in ("numpy", "pandas", "dask"):
-        spec = importlib.util.find_spec(name)
-        if spec is None:
+        found = importlib.util.find_spec(name)
+        if found is None:
             print(f"{name}: not found")
         else:
             version = getattr(__import__(name), "__version__", "?")
