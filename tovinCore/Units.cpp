@@ -110,7 +110,10 @@ bool equalFolded(std::wstring_view a, std::wstring_view b) noexcept {
   size_t same = 0;
   while (same < common && (a[same] == b[same] || foldAscii(a[same]) == foldAscii(b[same]))) ++same;
   if (same == common) return a.size() == b.size();
-  return !(isPlain(a[same]) && isPlain(b[same])) && equalFoldedUnits(a.substr(same), b.substr(same));
+  if (isPlain(a[same]) && isPlain(b[same])) return false;
+  a.remove_prefix(same);
+  b.remove_prefix(same);
+  return equalFoldedUnits(a, b);
 }
 
 bool equalExact(const wchar_t* a, const wchar_t* b) noexcept {
