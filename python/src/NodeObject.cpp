@@ -243,7 +243,7 @@ void addNodeType(py::module_& module) {
                                 {Py_tp_methods, methods},
                                 {}};
   static PyType_Spec layout = {"ztbaseclient._core.NodeBase", sizeof(NodeObject), 0,
-                             Py_TPFLAGS_DEFAULT | Py_TPFLAGS_BASETYPE, slots};
+                               Py_TPFLAGS_DEFAULT | Py_TPFLAGS_BASETYPE, slots};
   static PyType_Slot walkSlots[] = {{Py_tp_dealloc, reinterpret_cast<void*>(deallocateWalk)},
                                     {Py_tp_iter, reinterpret_cast<void*>(PyObject_SelfIter)},
                                     {Py_tp_iternext, reinterpret_cast<void*>(walkNext)},
