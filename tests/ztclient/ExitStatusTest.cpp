@@ -252,22 +252,29 @@ TEST(Service, NamesWhatIsMissingAndWhatIsLeftOut) {
                {"ztclient wsdl imp.wsdl --types --json | grep -c '\"error\": \"Unable to open file\"'", 0,
                 "2\n", warning + failure},
                {"ztclient wsdl -q imp.wsdl | head -2", 0, "target namespace urn:t\nservice L\n", ""}});
-  shell.check({{"ztclient wsdl imp.wsdl --all", 0,
-                "target namespace urn:t\nservice S\nservice L\n…cannot be resolved…",
-                "ztclient wsdl: imp.wsdl:2:1: o.wsdl: No such file or directory\n"
-                "ztclient wsdl: imp.wsdl:3:35: notthere.xsd: No such file or directory\n"
-                "ztclient wsdl: 0 types, 2 not resolved: run with --json to see which\n"},
-               {"ztclient wsdl - --all --operation p <imp.wsdl", 2, "",
-                "ztclient wsdl: no operation \"p\"; did you mean \"o\"?\n"},
-               {"ztclient wsdl none --all --json", 2,
-                "{\n \"error\": \"Unable to open file none: No such file or directory\"\n}\n", ""},
-               {"ztclient wsdl imp.wsdl --flatten flat.wsdl && ztclient wsdl flat.wsdl --all -q | head -2", 0,
-                "target namespace urn:t\nservice S\n", ""},
-               {"ztclient wsdl imp.wsdl --changes flat.wsdl", 0, "", ""},
-               {"sed 's/name=.q. type/name=\"r\" type/' imp.wsdl | ztclient wsdl imp.wsdl --changes -", 1,
-                "breaks callers: port , operation o, input: removed part q\n"
-                "breaks callers: port , operation o, input: added part r, required\n",
-                ""}});
+  shell.check(
+      {{"ztclient wsdl imp.wsdl --all", 0,
+        "target namespace urn:t\nservice S\nservice L\n…cannot be resolved…",
+        "ztclient wsdl: imp.wsdl:2:1: o.wsdl: No such file or directory\n"
+        "ztclient wsdl: imp.wsdl:3:35: notthere.xsd: No such file or directory\n"
+        "ztclient wsdl: 0 types, 2 not resolved: run with --json to see which\n"},
+       {"ztclient wsdl - --all --operation p <imp.wsdl", 2, "",
+        "ztclient wsdl: no operation \"p\"; did you mean \"o\"?\n"},
+       {"ztclient wsdl none --all --json", 2,
+        "{\n \"error\": \"Unable to open file none: No such file or directory\"\n}\n", ""},
+       {"ztclient wsdl imp.wsdl --flatten flat.wsdl && ztclient wsdl flat.wsdl --all -q | head -2", 0,
+        "target namespace urn:t\nservice S\n", ""},
+       {"ztclient wsdl imp.wsdl --changes flat.wsdl", 0, "", ""},
+       {"ztclient wsdl imp.wsdl --all --limit file-bytes=9", 2, "",
+        "ztclient wsdl: imp.wsdl: larger than a document may be\n"},
+       {"ztclient wsdl imp.wsdl --all --limit bytes=9", 2, "",
+        "ztclient wsdl: --limit: \"bytes=9\" is no NAME=N; the names are connect-seconds, …\n"},
+       {"ztclient wsdl imp.wsdl --operation o", 2, "",
+        "ztclient wsdl: --operation requires --all, --flatten or --changes; see ztclient wsdl --help\n"},
+       {"sed 's/name=.q. type/name=\"r\" type/' imp.wsdl | ztclient wsdl imp.wsdl --changes -", 1,
+        "breaks callers: port , operation o, input: removed part q\n"
+        "breaks callers: port , operation o, input: added part r, required\n",
+        ""}});
 }
 
 TEST(Record, TakesThePlaceOfAnOldOneWhole) {
