@@ -277,6 +277,34 @@ TEST(Service, NamesWhatIsMissingAndWhatIsLeftOut) {
         ""}});
 }
 
+TEST(Form, ShowsChoicesInChoices) {
+  const testsupport::Shell shell;
+  const auto element = [](const std::string& name) {
+    return "<x:element name='" + name + "' type='x:int'/>";
+  };
+  shell.write(
+      "choice.wsdl",
+      "<definitions xmlns='http://schemas.xmlsoap.org/wsdl/' xmlns:s='http://schemas.xmlsoap.org/wsdl/soap/' "
+      "xmlns:x='http://www.w3.org/2001/XMLSchema' xmlns:t='t'><types><x:schema "
+      "targetNamespace='t'><x:complexType name='T'><x:sequence>"
+      "<x:choice>" +
+          element("a") + "<x:sequence>" + element("b") + "<x:choice maxOccurs='3'>" + element("c") +
+          element("d") + "</x:choice></x:sequence><x:sequence maxOccurs='2'>" + element("e") + element("f") +
+          "</x:sequence></x:choice><x:choice>" + element("g") + element("h") + "</x:choice>" + element("i") +
+          "</x:sequence></x:complexType></x:schema></types><message name='m'><part name='p' "
+          "type='t:T'/></message>"
+          "<portType name='P'><operation name='o'><input message='m'/></operation></portType>"
+          "<binding name='B' type='P'><s:binding/><operation name='o'><input><s:body/></input></operation>"
+          "</binding><service name='S'><port name='p' binding='B'/></service></definitions>");
+  shell.check(
+      {{"ztclient wsdl choice.wsdl --all | sed -n '/p: T/,$s/^ *p: T//;/^  *.*: T/d;s/^          //p'", 0,
+        "one of:\n- a: int\n- b: int\n  again and again:\n    one of:\n    - c: int, 1 to 3\n"
+        "    - d: int, 1 to 3\n- again and again:\n    e: int, 1 to 2\n    f: int, 1 to 2\none of:\n- g: "
+        "int\n"
+        "- h: int\ni: int, required\n",
+        ""}});
+}
+
 TEST(Record, TakesThePlaceOfAnOldOneWhole) {
   const testsupport::Shell shell;
   shell.write("a.xml", "<a n='Zürich €'><näme/></a>");
