@@ -37,6 +37,8 @@ constexpr TextField textFields[] = {
     {"log", &CCredentials::SetLogEndPoint, &CCredentials::GetLogEndPoint},
     {"locator", &CCredentials::SetLocatorEndPoint, &CCredentials::GetLocatorEndPoint}};
 
+constexpr uint32_t mostRoles = 1u << 20;
+
 in_addr addressOf(const std::string& dotted) {
   in_addr address{};
   if (!dotted.empty() && !tovin::platform::fromDotted(dotted, address))
@@ -47,7 +49,6 @@ in_addr addressOf(const std::string& dotted) {
 std::string makeCredentials(const py::dict& texts, const std::string& serverIp, const std::string& clientIp,
                             int64_t loginTime, uint32_t bodyFlags, uint32_t headerFlags,
                             const std::vector<uint32_t>& roleBits, std::optional<uint32_t> roleBitCount) {
-  constexpr uint32_t mostRoles = 1u << 20;
   CCredentials credentials;
   for (const TextField& field : textFields)
     (credentials.*field.set)(toWideWithoutNul(texts[field.name], field.name).c_str());
@@ -163,9 +164,44 @@ void upload(py::handle file, py::handle name, py::handle url, py::handle session
       sentPath.is_none() ? nullptr : sent.c_str());
 }
 
+// The names of a server's roles, in the library's own table.
+class RoleNames {
+ public:
+  explicit RoleNames(const py::dict& bits) : table_(CAuthRolesCache::allocate()) {
+    for (const auto& [name, bit] : bits) {
+      const auto number = py::cast<uint64_t>(bit);
+      if (number >= mostRoles) throw py::value_error("a role's bit is too large");
+      table_->SetRole(static_cast<uint32_t>(number), toWideWithoutNul(name, "a role").c_str());
+    }
+  }
+
+  uint32_t bit(py::handle name) const {
+    const std::wstring wide = toWideWithoutNul(name, "a role");
+    if (!table_->isRoleDefined(wide.c_str())) throw py::key_error(py::cast<std::string>(name));
+    return table_->GetBit(wide.c_str());
+  }
+  py::object name(uint32_t bit) const {
+    const wchar_t* found = table_->GetRole(bit);
+    return found ? toStr(found) : py::object(py::none());
+  }
+  bool has(py::handle name) const {
+    return py::isinstance<py::str>(name) && table_->isRoleDefined(toWideWithoutNul(name, "a role").c_str());
+  }
+  size_t size() const { return table_->getSize(); }
+
+ private:
+  tovin::Ptr<CAuthRolesCache> table_;
+};
+
 }  // namespace
 
 void addRequests(py::module_& module) {
+  py::class_<RoleNames>(module, "RoleTable")
+      .def(py::init<const py::dict&>())
+      .def("bit", &RoleNames::bit)
+      .def("name", &RoleNames::name)
+      .def("__contains__", &RoleNames::has)
+      .def("__len__", &RoleNames::size);
   module.def("make_credentials", makeCredentials);
   module.def("read_credentials", readCredentials);
   module.def("end_point", endPoint);

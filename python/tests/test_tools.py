@@ -102,6 +102,15 @@ def test_checksums_and_requests_are_the_commands():
 def test_credentials_come_back():
     text = zt.make_credentials("ann", "pässword", domain="LAB", roles=[3, 9], role_bits=16, login_time=-5, client_ip="1.2.3.4")
     read = zt.read_credentials(text)
+    names = pickle.loads(pickle.dumps(zt.RoleNames({"Admins": 3, "Ünited": 9})))
+    assert zt.read_credentials(zt.make_credentials(roles=["ADMINS", 4], role_names=names)).roles == (3, 4)
+    assert names.of(read.roles) == ["Admins", "Ünited"] and len(names) == 2
+    assert read.is_member_of("admins", names) and not read.is_member_of("Guests", names)
+    with pytest.raises(KeyError):
+        zt.make_credentials(roles=["Guests"], role_names=names)
+    for wrong in ({"a": -1}, {"a": 1 << 20}, {1: 1}, {"a": "b"}, {"a\0": 1}, None):
+        with pytest.raises((TypeError, ValueError, OverflowError)):
+            zt.RoleNames(wrong)
     assert (read.user, read.password, read.domain, read.roles, read.role_bits) == ("ann", "pässword", "LAB", (3, 9), 16)
     assert (read.login_time, read.client_ip, read.checksum_ok) == (-5, "1.2.3.4", True)
     assert "pässword" not in repr(read)

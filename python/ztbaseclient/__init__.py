@@ -26,6 +26,7 @@ from ._node import Bits, Children, Node, Properties, live_objects, parse, read_r
 from ._requests import (
     CACHE_ARGUMENTS,
     Credentials,
+    RoleNames,
     cache_arguments,
     end_point,
     host_of,
@@ -74,6 +75,7 @@ __all__ = [
     "live_objects",
     "load_service",
     "log_table",
+    "RoleNames",
     "make_credentials",
     "parse",
     "read_credentials",

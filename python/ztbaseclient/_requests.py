@@ -2,6 +2,7 @@
 
 from __future__ import annotations
 
+import operator as _operator
 import os as _os
 import shutil as _shutil
 import tempfile as _tempfile
@@ -10,6 +11,50 @@ from dataclasses import dataclass
 from typing import Any, Callable, Optional, Union
 
 from . import _core
+
+
+class RoleNames:
+    """The names of a server's roles and their numbers. Names are equal with A to Z folded.
+
+    Parameters
+    ----------
+    bits : mapping of str to int
+        The number of each role.
+
+    Examples
+    --------
+    >>> names = RoleNames({"Administrators": 0, "Chemists": 3})
+    >>> names["chemists"]
+    3
+    >>> names.of([3, 9])
+    ['Chemists']
+    """
+
+    def __init__(self, bits: Mapping[str, int]) -> None:
+        self._bits = {name: _operator.index(bit) for name, bit in dict(bits).items()}
+        if any(bit < 0 for bit in self._bits.values()):
+            raise ValueError("a role's bit is negative")
+        self._table = _core.RoleTable(self._bits)
+
+    def __getitem__(self, name: str) -> int:
+        return int(self._table.bit(name))
+
+    def __contains__(self, name: object) -> bool:
+        return bool(name in self._table)
+
+    def __len__(self) -> int:
+        return len(self._table)
+
+    def of(self, roles: Iterable[int]) -> list[str]:
+        """The names of these roles; those without a name are left out."""
+        named = (self._table.name(role) for role in roles)
+        return [name for name in named if name is not None]
+
+    def __reduce__(self) -> Any:
+        return RoleNames, (self._bits,)
+
+    def __repr__(self) -> str:
+        return f"RoleNames({self._bits!r})"
 
 
 @dataclass(frozen=True)
@@ -41,6 +86,10 @@ class Credentials:
     quick_checksum: int = 0
     checksum_ok: bool = True
 
+    def is_member_of(self, role: str, names: RoleNames) -> bool:
+        """Whether the user has a role; False for one that nobody defines."""
+        return role in names and names[role] in self.roles
+
     def __repr__(self) -> str:
         return f"<Credentials of {self.user!r}, roles {list(self.roles)}>"
 
@@ -61,8 +110,9 @@ def make_credentials(
     login_time: int = 0,
     body_flags: int = 0,
     header_flags: int = 0,
-    roles: Iterable[int] = (),
+    roles: Iterable[Union[int, str]] = (),
     role_bits: Optional[int] = None,
+    role_names: Optional[RoleNames] = None,
 ) -> str:
     """Makes a credentials string, which is a session id too.
 
@@ -72,21 +122,25 @@ def make_credentials(
     ----------
     user, password, domain, … : str
         Up to 255 UTF-16 units each.
-    roles : iterable of int
-        The numbers of the user's roles.
+    roles : iterable of int or str
+        The numbers of the user's roles, or their names where `role_names` are given.
     role_bits : int, optional
         How many roles there are; up to the last that is given if left out.
+    role_names : RoleNames, optional
 
     Raises
     ------
     FormatError
         For a text that is too long.
+    KeyError
+        For a role that `role_names` does not know.
 
     Examples
     --------
     >>> read_credentials(make_credentials("ann", roles=[3])).roles
     (3,)
     """
+    bits = [role if role_names is None or not isinstance(role, str) else role_names[role] for role in roles]
     texts = {
         "user": user,
         "password": password,
@@ -100,7 +154,7 @@ def make_credentials(
     }
     return str(
         _core.make_credentials(
-            texts, server_ip, client_ip, login_time, body_flags, header_flags, list(roles), role_bits
+            texts, server_ip, client_ip, login_time, body_flags, header_flags, bits, role_bits
         )
     )
 
@@ -281,6 +335,7 @@ __all__ = [
     "end_point",
     "host_of",
     "link",
+    "RoleNames",
     "make_credentials",
     "read_credentials",
     "upload",
