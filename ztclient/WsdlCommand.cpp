@@ -16,11 +16,10 @@
 #include "ztclient/answers/ServiceJson.h"
 #include "ztclient/answers/ServiceText.h"
 #include "ztclient/answers/WsdlJson.h"
-#include "ztclient/arguments/Address.h"
 #include "ztclient/arguments/Arguments.h"
 #include "ztclient/arguments/Suggestion.h"
 #include "ztclient/input/Document.h"
-#include "ztclient/input/InputFile.h"
+#include "ztclient/input/ServiceFile.h"
 #include "ztclient/terminal/Messages.h"
 
 namespace {
@@ -34,10 +33,7 @@ struct Options {
   std::string operation;
   std::string flat;
   std::string newer;
-  bool fetch = false;
-  std::vector<std::string> catalogs;
-  std::string user;
-  bool netrc = false;
+  ServiceSources sources;
 };
 
 std::string textOf(const Json& json) { return json.get<std::string>(); }
@@ -139,32 +135,6 @@ class SchemaFailures {
   std::set<std::wstring> said_;
 };
 
-ztservice::Options sourcesOf(const Options& options) {
-  ztservice::Options how;
-  how.fetch = options.fetch;
-  how.catalogs = options.catalogs;
-  how.user = options.user;
-  how.netrc = options.netrc;
-  return how;
-}
-
-std::string nameOf(const std::string& file) { return file == "-" ? "standard input" : file; }
-
-std::string bytesOfFile(const std::string& file, uint64_t most) {
-  std::string bytes = readUpTo(file, most);
-  if (bytes.size() > most) throw ztservice::Error({nameOf(file)}, "larger than a document may be");
-  return bytes;
-}
-
-// Reads what the command was given: an address is fetched, anything else is read once and in order, so that
-// standard input and pipes are taken.
-ztservice::Service loadService(const std::string& file, const Options& options) {
-  const ztservice::Options how = sourcesOf(options);
-  return address::isWebAddress(file)
-             ? ztservice::load(file, how)
-             : ztservice::loadText(bytesOfFile(file, how.limits.fileBytes), nameOf(file), how);
-}
-
 // With the operation that is asked for only, where one is.
 ztservice::Service narrowed(const ztservice::Service& service, const std::string& operation) {
   if (operation.empty()) return service;
@@ -189,7 +159,7 @@ void sayWhatIsMissing(const ztservice::Service& service) {
 }
 
 int showAll(const Options& options) {
-  const ztservice::Service service = narrowed(loadService(options.file, options), options.operation);
+  const ztservice::Service service = narrowed(loadService(options.file, options.sources), options.operation);
   if (options.json) {
     writeServiceJson(service, std::cout);
   } else {
@@ -201,8 +171,8 @@ int showAll(const Options& options) {
 
 int showChanges(const Options& options) {
   const std::vector<ServiceChange> changes =
-      changesOf(narrowed(loadService(options.file, options), options.operation),
-                narrowed(loadService(options.newer, options), options.operation));
+      changesOf(narrowed(loadService(options.file, options.sources), options.operation),
+                narrowed(loadService(options.newer, options.sources), options.operation));
   options.json ? writeChangesJson(changes, std::cout) : writeChangesText(changes, std::cout);
   const bool breaks =
       std::any_of(changes.begin(), changes.end(), [](const ServiceChange& one) { return one.breaks; });
@@ -210,12 +180,7 @@ int showChanges(const Options& options) {
 }
 
 int writeFlat(const Options& options) {
-  const ztservice::Options how = sourcesOf(options);
-  const std::string flat = address::isWebAddress(options.file)
-                               ? ztservice::flatten(options.file, how)
-                               : ztservice::flattenText(bytesOfFile(options.file, how.limits.fileBytes),
-                                                        nameOf(options.file), how);
-  outputFile::place(options.flat, flat);
+  outputFile::place(options.flat, flattenService(options.file, options.sources));
   return commands::done;
 }
 
@@ -255,19 +220,6 @@ int run(const Options& options) {
   }
 }
 
-// Where the documents of a whole service come from.
-void addSources(CLI::App& wsdl, Options& options) {
-  wsdl.add_option(
-          "--catalog", options.catalogs,
-          "XML catalogue that says where copies of documents are; default for that of well-known schemas")
-      ->type_name("FILE")
-      ->allow_extra_args(false);
-  wsdl.add_flag("--fetch", options.fetch, "Read from the network what a file refers to there");
-  arguments::requireText(wsdl.add_option("--user", options.user, "For servers that ask for a user"))
-      ->type_name("NAME:PASSWORD");
-  wsdl.add_flag("--netrc", options.netrc, "Look for users and passwords in the file .netrc");
-}
-
 }  // namespace
 
 void commands::addWsdl(CLI::App& app, int& status) {
@@ -276,10 +228,10 @@ void commands::addWsdl(CLI::App& app, int& status) {
   arguments::addFile(*wsdl, "FILE", options->file,
                      "WSDL document; - for standard input; with --all an address too")
       ->required();
-  wsdl->add_flag("--json", options->json, "One JSON document");
-  wsdl->add_flag("--types", options->types, "Resolve the type of every part");
-  wsdl->add_flag("--backward-compatible", options->backwardCompatible,
-                 "Take arrays of document style as arrays, as in RPC style");
+  CLI::Option* json = wsdl->add_flag("--json", options->json, "One JSON document");
+  CLI::Option* types = wsdl->add_flag("--types", options->types, "Resolve the type of every part");
+  CLI::Option* compatible = wsdl->add_flag("--backward-compatible", options->backwardCompatible,
+                                           "Take arrays of document style as arrays, as in RPC style");
   CLI::Option* all =
       wsdl->add_flag("--all", options->all, "The whole service: all documents, services and types");
   CLI::Option* flat = arguments::addFile(*wsdl, "--flatten", options->flat,
@@ -287,12 +239,22 @@ void commands::addWsdl(CLI::App& app, int& status) {
   CLI::Option* newer =
       arguments::addFile(*wsdl, "--changes", options->newer,
                          "Tell what a newer version has otherwise, and whether that breaks callers");
-  flat->excludes(newer)->excludes(all);
+  CLI::Option* operation = arguments::requireText(wsdl->add_option("--operation", options->operation,
+                                                                   "Only the operation of that name"))
+                               ->type_name("NAME");
+  flat->excludes(newer)->excludes(all)->excludes(json)->excludes(operation);
   newer->excludes(all);
-  arguments::requireText(
-      wsdl->add_option("--operation", options->operation, "Only the operation of that name"))
-      ->type_name("NAME");
-  addSources(*wsdl, *options);
+  for (CLI::Option* whole : {all, flat, newer}) whole->excludes(types)->excludes(compatible);
+  addServiceSources(*wsdl, options->sources);
   wsdl->footer("Example: ztclient wsdl orders.wsdl --types");
-  wsdl->callback([options, &status] { status = run(*options); });
+  wsdl->callback([=, &status] {
+    const bool isWhole = all->count() || flat->count() || newer->count();
+    std::vector<CLI::Option*> needing = options->sources.added;
+    needing.push_back(operation);
+    for (const CLI::Option* one : needing) {
+      if (one->count() && !isWhole)
+        throw CLI::RequiresError(one->get_name(), "--all, --flatten or --changes");
+    }
+    status = run(*options);
+  });
 }

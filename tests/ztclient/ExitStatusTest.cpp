@@ -252,22 +252,57 @@ TEST(Service, NamesWhatIsMissingAndWhatIsLeftOut) {
                {"ztclient wsdl imp.wsdl --types --json | grep -c '\"error\": \"Unable to open file\"'", 0,
                 "2\n", warning + failure},
                {"ztclient wsdl -q imp.wsdl | head -2", 0, "target namespace urn:t\nservice L\n", ""}});
-  shell.check({{"ztclient wsdl imp.wsdl --all", 0,
-                "target namespace urn:t\nservice S\nservice L\n…cannot be resolved…",
-                "ztclient wsdl: imp.wsdl:2:1: o.wsdl: No such file or directory\n"
-                "ztclient wsdl: imp.wsdl:3:35: notthere.xsd: No such file or directory\n"
-                "ztclient wsdl: 0 types, 2 not resolved: run with --json to see which\n"},
-               {"ztclient wsdl - --all --operation p <imp.wsdl", 2, "",
-                "ztclient wsdl: no operation \"p\"; did you mean \"o\"?\n"},
-               {"ztclient wsdl none --all --json", 2,
-                "{\n \"error\": \"Unable to open file none: No such file or directory\"\n}\n", ""},
-               {"ztclient wsdl imp.wsdl --flatten flat.wsdl && ztclient wsdl flat.wsdl --all -q | head -2", 0,
-                "target namespace urn:t\nservice S\n", ""},
-               {"ztclient wsdl imp.wsdl --changes flat.wsdl", 0, "", ""},
-               {"sed 's/name=.q. type/name=\"r\" type/' imp.wsdl | ztclient wsdl imp.wsdl --changes -", 1,
-                "breaks callers: port , operation o, input: removed part q\n"
-                "breaks callers: port , operation o, input: added part r, required\n",
-                ""}});
+  shell.check(
+      {{"ztclient wsdl imp.wsdl --all", 0,
+        "target namespace urn:t\nservice S\nservice L\n…cannot be resolved…",
+        "ztclient wsdl: imp.wsdl:2:1: o.wsdl: No such file or directory\n"
+        "ztclient wsdl: imp.wsdl:3:35: notthere.xsd: No such file or directory\n"
+        "ztclient wsdl: 0 types, 2 not resolved: run with --json to see which\n"},
+       {"ztclient wsdl - --all --operation p <imp.wsdl", 2, "",
+        "ztclient wsdl: no operation \"p\"; did you mean \"o\"?\n"},
+       {"ztclient wsdl none --all --json", 2,
+        "{\n \"error\": \"Unable to open file none: No such file or directory\"\n}\n", ""},
+       {"ztclient wsdl imp.wsdl --flatten flat.wsdl && ztclient wsdl flat.wsdl --all -q | head -2", 0,
+        "target namespace urn:t\nservice S\n", ""},
+       {"ztclient wsdl imp.wsdl --changes flat.wsdl", 0, "", ""},
+       {"ztclient wsdl imp.wsdl --all --limit file-bytes=9", 2, "",
+        "ztclient wsdl: imp.wsdl: larger than a document may be\n"},
+       {"ztclient wsdl imp.wsdl --all --limit bytes=9", 2, "",
+        "ztclient wsdl: --limit: \"bytes=9\" is no NAME=N; the names are connect-seconds, …\n"},
+       {"ztclient wsdl imp.wsdl --operation o", 2, "",
+        "ztclient wsdl: --operation requires --all, --flatten or --changes; see ztclient wsdl --help\n"},
+       {"sed 's/name=.q. type/name=\"r\" type/' imp.wsdl | ztclient wsdl imp.wsdl --changes -", 1,
+        "breaks callers: port , operation o, input: removed part q\n"
+        "breaks callers: port , operation o, input: added part r, required\n",
+        ""}});
+}
+
+TEST(Form, ShowsChoicesInChoices) {
+  const testsupport::Shell shell;
+  const auto element = [](const std::string& name) {
+    return "<x:element name='" + name + "' type='x:int'/>";
+  };
+  shell.write(
+      "choice.wsdl",
+      "<definitions xmlns='http://schemas.xmlsoap.org/wsdl/' xmlns:s='http://schemas.xmlsoap.org/wsdl/soap/' "
+      "xmlns:x='http://www.w3.org/2001/XMLSchema' xmlns:t='t'><types><x:schema "
+      "targetNamespace='t'><x:complexType name='T'><x:sequence>"
+      "<x:choice>" +
+          element("a") + "<x:sequence>" + element("b") + "<x:choice maxOccurs='3'>" + element("c") +
+          element("d") + "</x:choice></x:sequence><x:sequence maxOccurs='2'>" + element("e") + element("f") +
+          "</x:sequence></x:choice><x:choice>" + element("g") + element("h") + "</x:choice>" + element("i") +
+          "</x:sequence></x:complexType></x:schema></types><message name='m'><part name='p' "
+          "type='t:T'/></message>"
+          "<portType name='P'><operation name='o'><input message='m'/></operation></portType>"
+          "<binding name='B' type='P'><s:binding/><operation name='o'><input><s:body/></input></operation>"
+          "</binding><service name='S'><port name='p' binding='B'/></service></definitions>");
+  shell.check(
+      {{"ztclient wsdl choice.wsdl --all | sed -n '/p: T/,$s/^ *p: T//;/^  *.*: T/d;s/^          //p'", 0,
+        "one of:\n- a: int\n- b: int\n  again and again:\n    one of:\n    - c: int, 1 to 3\n"
+        "    - d: int, 1 to 3\n- again and again:\n    e: int, 1 to 2\n    f: int, 1 to 2\none of:\n- g: "
+        "int\n"
+        "- h: int\ni: int, required\n",
+        ""}});
 }
 
 TEST(Record, TakesThePlaceOfAnOldOneWhole) {

@@ -41,24 +41,41 @@ TEST(RealServices, AreToldWhole) {
   EXPECT_EQ(count, 46u);
 }
 
-// Definitions of several target namespaces have no place in one document.
-TEST(RealServices, ComeIntoOneFileWithTheSameAnswer) {
-  std::ifstream table(folder + "services.txt");
-  size_t refused = 0;
-  for (std::string name, document; std::getline(table, name, '\t') && std::getline(table, document);) {
-    const std::string path = folder + "documents/" + name + "/" + document;
-    try {
-      const std::string flat = ztservice::flatten(path);
-      Json before = testsupport::answerOf(ztservice::load(path));
-      Json after = testsupport::answerOf(testsupport::loadFiles({{"main.wsdl", flat}}));
-      before.erase("warnings");
-      after.erase("warnings");
-      EXPECT_EQ(before.dump(1), after.dump(1)) << name;
-    } catch (const ztservice::Error&) {
-      ++refused;
+// Definitions of several target namespaces have one in one document.
+void forgetNamespaces(Json& json) {
+  json["targetNamespace"] = "";
+  for (Json& service : json["services"]) {
+    service["namespace"] = "";
+    for (Json& port : service["ports"]) {
+      port["bindingNamespace"] = port["portTypeNamespace"] = "";
+      for (Json& operation : port["operations"]) {
+        for (const char* side : {"input", "output"}) {
+          if (!operation[side].is_null()) operation[side]["messageNamespace"] = "";
+        }
+        for (Json& fault : operation["faults"]) fault["messageNamespace"] = "";
+      }
     }
   }
-  EXPECT_EQ(refused, 7u);
+}
+
+TEST(RealServices, ComeIntoOneFileWithTheSameAnswer) {
+  std::ifstream table(folder + "services.txt");
+  size_t merged = 0;
+  for (std::string name, document; std::getline(table, name, '\t') && std::getline(table, document);) {
+    const std::string path = folder + "documents/" + name + "/" + document;
+    if (name == "no-definitions") continue;
+    Json before = testsupport::answerOf(ztservice::load(path));
+    Json after = testsupport::answerOf(testsupport::loadFiles({{"main.wsdl", ztservice::flatten(path)}}));
+    before.erase("warnings");
+    after.erase("warnings");
+    if (before != after) {
+      ++merged;
+      forgetNamespaces(before);
+      forgetNamespaces(after);
+    }
+    EXPECT_EQ(before.dump(1), after.dump(1)) << name;
+  }
+  EXPECT_EQ(merged, 6u);
 }
 
 }  // namespace

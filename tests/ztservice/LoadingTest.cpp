@@ -1,5 +1,7 @@
 #include <gtest/gtest.h>
 
+#include <regex>
+
 #include "tests/ztservice/Answers.h"
 
 using testsupport::answerOf;
@@ -23,22 +25,23 @@ std::string element(const std::string& name, const std::string& type) {
   return "<xs:element name='" + name + "' type='" + type + "'/>";
 }
 
-// All types but the built-in ones, in one line each, then how many warnings there are.
-std::string told(const Files& files) {
-  const Json answer = answerOf(loadFiles(files));
+// All types but the built-in ones, in one line each.
+std::string told(const Json& answer) {
   std::string out;
   for (const Json& type : answer["types"]) {
     if (type["namespace"].get<std::string>().starts_with("http")) continue;
     out += (type["namespace"] == "urn:t" ? "" : type["namespace"].get<std::string>() + ' ') +
            summaryOf(type) + '\n';
   }
-  return out + std::to_string(answer["warnings"].size());
+  return out;
 }
 
 struct Case {
   const char* name;
   Files files;
   std::string expected;
+  // In one document, where that is something else: what a redefinition replaces has another name there.
+  std::string flat = {};
 };
 
 const std::string main = "main.wsdl";
@@ -89,7 +92,11 @@ TEST(Documents, AreOneSetOfComponents) {
                                element("g", "xs:int") + "</xs:sequence></xs:group>",
                            inT)}},
        "complex A(A) {x:S 1..1; y:A 1..1}\nsimple S(S) atomic/string maxLength=9 minLength=1\ncomplex T {a:A "
-       "1..1; s:S 1..1; g:int 1..1; h:int 1..1}\n0"},
+       "1..1; s:S 1..1; g:int 1..1; h:int 1..1}\n0",
+       "complex A(A_1) {x:S 1..1; y:A_1 1..1}\ncomplex A_1 {x:S 1..1}\nsimple S(S_1) atomic/string "
+       "minLength=1\nsimple S_1(string) atomic/string maxLength=9\ncomplex T {a:A 1..1; s:S 1..1; g:int "
+       "1..1; "
+       "h:int 1..1}\n"},
       {"a redefinition of a redefinition, of a file that is there already",
        {{main, definitionsOf("<xs:include schemaLocation='c.xsd'/><xs:include schemaLocation='a.xsd'/>" +
                              sequence("T", element("a", "t:A")))},
@@ -106,7 +113,9 @@ TEST(Documents, AreOneSetOfComponents) {
                       "</xs:sequence></xs:extension></xs:complexContent></xs:complexType></xs:redefine>",
                   inT)},
         {"c.xsd", schemaOf(sequence("A", element("x", "xs:int")), inT)}},
-       "complex A(A) {x:int 1..1; y:int 1..1; z:int 1..1}\ncomplex T {a:A 1..1}\n0"},
+       "complex A(A) {x:int 1..1; y:int 1..1; z:int 1..1}\ncomplex T {a:A 1..1}\n0",
+       "complex A(A_1) {x:int 1..1; y:int 1..1; z:int 1..1}\ncomplex A_1(A_2) {x:int 1..1; y:int 1..1}\n"
+       "complex A_2 {x:int 1..1}\ncomplex T {a:A 1..1}\n"},
       {"files that redefine each other",
        {{main,
          definitionsOf(
@@ -161,7 +170,40 @@ TEST(Documents, AreOneSetOfComponents) {
        "simple A(timeInstant) atomic/dateTime precision=3\ncomplex B {c:CDATA 1..1}\ncomplex T {a:A 1..1; "
        "b:B 1..1}\n0"},
   };
-  for (const Case& one : cases) EXPECT_EQ(told(one.files), one.expected) << one.name;
+  for (const Case& one : cases) {
+    const Json answer = answerOf(loadFiles(one.files));
+    EXPECT_EQ(told(answer) + std::to_string(answer["warnings"].size()), one.expected) << one.name;
+    const std::string flat = testsupport::flatten(one.files);
+    EXPECT_EQ(told(answerOf(loadFiles({{main, flat}}))), one.flat.empty() ? told(answer) : one.flat) << flat;
+  }
+}
+
+TEST(Definitions, OfSeveralNamespacesHaveOneInOneDocument) {
+  const std::string second = std::regex_replace(
+      std::regex_replace(definitionsOf(sequence("T", element("a", "A")) + sequence("A", "")),
+                         std::regex("urn:t"), "urn:b"),
+      std::regex("type=\"t:T\"/>|<s:body/>"), "type='T' xmlns=''/>");
+  const std::string body = "type='T' xmlns=''/></wsdl:input>";
+  std::string other = second;
+  other.replace(other.find(body), body.size(),
+                "<s:body/><s:header message='t:m' part='p'><s:headerfault message='t:m' part='p'/></s:header>"
+                "</wsdl:input>");
+  std::string first = definitionsOf(sequence("T", "") + "<xs:element name='x' xmlns:flat_1='urn:x'/>");
+  first.insert(first.find("<wsdl:types>"), "<wsdl:import namespace='urn:b' location='b.wsdl'/>");
+  const std::string flat = testsupport::flatten({{main, first}, {"b.wsdl", other}});
+  const auto service = loadFiles({{main, flat}});
+  EXPECT_TRUE(service.warnings().empty()) << flat;
+  const Json answer = answerOf(service);
+  ASSERT_EQ(answer["services"].size(), 2u);
+  const Json& port = answer["services"][1]["ports"][0];
+  const Json& input = port["operations"][0]["input"];
+  EXPECT_EQ(answer["services"][1]["name"], "S_2");
+  EXPECT_EQ(port["binding"], "B_2");
+  EXPECT_EQ(port["portType"], "P_2");
+  EXPECT_EQ(input["message"], "m_2");
+  EXPECT_EQ(input["headers"][0]["part"]["typeNamespace"], "urn:b");
+  EXPECT_EQ(told(answer), "urn:b complex A {}\nurn:b complex T {a:A 1..1}\ncomplex T {}\n");
+  EXPECT_NE(flat.find("<s:headerfault message=\"flat_2:m_2\""), flat.npos) << flat;
 }
 
 TEST(Encodings, AreThoseThatXmlAndItsReaderKnow) {

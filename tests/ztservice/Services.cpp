@@ -1,15 +1,27 @@
 #include "tests/ztservice/Services.h"
 
+#include <utility>
+
 namespace testsupport {
 
-ztservice::Service loadFiles(const Files& files, ztservice::Options options) {
+namespace {
+
+ztservice::Options reading(const Files& files, ztservice::Options options) {
   options.readFile = [&](const std::string& path, std::string& bytes) {
     const auto found = files.find(path);
     bytes = found == files.end() ? "No such file or directory" : found->second;
     return found != files.end();
   };
-  return ztservice::load("main.wsdl", options);
+  return options;
 }
+
+}  // namespace
+
+ztservice::Service loadFiles(const Files& files, ztservice::Options options) {
+  return ztservice::load("main.wsdl", reading(files, std::move(options)));
+}
+
+std::string flatten(const Files& files) { return ztservice::flatten("main.wsdl", reading(files, {})); }
 
 std::string definitionsOf(const std::string& schema, const std::string& attributes) {
   return R"(<wsdl:definitions xmlns:wsdl="http://schemas.xmlsoap.org/wsdl/" targetNamespace="urn:t" xmlns:t="urn:t"

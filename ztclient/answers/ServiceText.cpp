@@ -1,8 +1,10 @@
 #include "ztclient/answers/ServiceText.h"
 
+#include <algorithm>
 #include <array>
 #include <ostream>
 #include <set>
+#include <span>
 #include <string>
 
 #include "ztclient/terminal/Terminal.h"
@@ -208,21 +210,80 @@ class Form {
     }
     if (type.mixed) line(margin) << "text between the fields\n";
     for (const Attribute& one : type.attributes) attribute(margin, one);
-    std::string_view alternative;
-    std::string_view choice;
-    unsigned group = 0;
-    for (const Member& one : type.members) {
-      const std::string_view whole = one.choice.substr(0, one.choice.rfind('.'));
-      if (whole != choice && !whole.empty()) line(margin) << "one of:\n";
-      if (one.group != group && one.group > 0) line(margin) << "again and again:\n";
-      const size_t inner = margin + (one.group > 0 ? 2 : 0);
-      // The first of what stands in the choice together.
-      const char* mark = one.choice.empty() ? "" : one.choice != alternative || whole != choice ? "- " : "  ";
-      choice = whole;
-      alternative = one.choice;
-      group = one.group;
-      member(inner, mark, one);
+    members(margin, type.members);
+  }
+
+  // "1.2/3.1" is the first alternative of choice 3, which stands in the second one of choice 1.
+  static std::vector<std::string_view> alternativesOf(std::string_view choice) {
+    std::vector<std::string_view> out;
+    while (!choice.empty()) {
+      out.push_back(choice.substr(0, choice.find('/')));
+      choice.remove_prefix(std::min(out.back().size() + 1, choice.size()));
     }
+    return out;
+  }
+
+  static std::string_view choiceOf(std::string_view alternative) {
+    return alternative.substr(0, alternative.find('.'));
+  }
+
+  // Whether a choice begins at a level, where two members stand in the same alternatives above `same`.
+  static bool isNewChoice(const std::vector<std::string_view>& path,
+                          const std::vector<std::string_view>& before, size_t same, size_t level) {
+    return level > same || level >= before.size() || choiceOf(path[level]) != choiceOf(before[level]);
+  }
+
+  // Whether what repeats is a choice with all in it, and not one alternative only.
+  static bool repeatsChoice(std::span<const Member> members, size_t level) {
+    const unsigned group = members.front().group;
+    const std::string choice(choiceOf(alternativesOf(members.front().choice)[level]));
+    for (const Member& one : members) {
+      const auto path = alternativesOf(one.choice);
+      if (path.size() <= level || choiceOf(path[level]) != choice) return true;
+      if (one.group != group) return false;
+    }
+    return true;
+  }
+
+  void members(size_t margin, const std::vector<Member>& members) {
+    std::vector<std::string_view> before;
+    unsigned group = 0;
+    bool isInside = false;  // the group stands in one alternative
+    for (size_t i = 0; i < members.size(); ++i) {
+      const Member& one = members[i];
+      const auto path = alternativesOf(one.choice);
+      size_t same = 0;
+      while (same < std::min(path.size(), before.size()) && path[same] == before[same]) ++same;
+      const bool opensGroup = one.group != group && one.group > 0;
+      if (opensGroup) {
+        isInside = same < path.size() && (!isNewChoice(path, before, same, same) ||
+                                          !repeatsChoice(std::span(members).subspan(i), same));
+      }
+      if (opensGroup && !isInside) line(margin + 2 * same) << "again and again:\n";
+      const size_t left = margin + (one.group > 0 && !isInside ? 2 : 0);
+      std::string mark = openChoices(left, path, before, same);
+      size_t at = left + 2 * path.size() - (mark.empty() ? 0 : 2);
+      if (opensGroup && isInside) {
+        line(at) << mark << "again and again:\n";
+        at += mark.size();
+        mark.clear();
+      }
+      member(at + (one.group > 0 && isInside ? 2 : 0), mark, one);
+      before = path;
+      group = one.group;
+    }
+  }
+
+  // Says where choices begin; what stands before the first line of a new alternative.
+  std::string openChoices(size_t margin, const std::vector<std::string_view>& path,
+                          const std::vector<std::string_view>& before, size_t same) {
+    std::string mark;
+    for (size_t level = same; level < path.size(); ++level) {
+      if (isNewChoice(path, before, same, level))
+        line(margin + 2 * level - mark.size()) << mark << "one of:\n";
+      mark = "- ";
+    }
+    return mark;
   }
 
   void attribute(size_t margin, const Attribute& attribute) {

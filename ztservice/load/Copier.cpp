@@ -62,6 +62,7 @@ class Copier {
     CopyPlan::Position position;
     // Those of this element, for what is copied below.
     Declarations declarations;
+    bool unwrapped = false;
   };
 
   static Copier& self(void* data) { return *static_cast<Copier*>(data); }
@@ -97,19 +98,25 @@ class Copier {
     copying_ = copying_ || begins;
     const bool isTop = copying_ && open_.size() == begin_ + (plan_.childrenOnly ? 1 : 0);
     const bool isHidden = begins && plan_.childrenOnly;
-    open_.push_back({position, {}});
+    const bool unwraps = action != plan_.actions.end() && action->second == CopyAction::unwrap;
+    open_.push_back({position, {}, unwraps});
     // What is inside the copy has its declarations with it.
     if (!copying_ || isHidden || isTop) noteDeclarations(attributes);
-    if (!copying_ || isHidden) return;
+    if (!copying_ || isHidden || unwraps) return;
     out_ += '<';
     out_ += name;
     const bool unlocates = action != plan_.actions.end();
+    const auto changed = plan_.changes.find(position);
     const bool takes = isTop && plan_.targetNamespace;
     for (; *attributes; attributes += 2) {
       const std::string_view key = attributes[0];
       if (isTop && plan_.addsDeclarations && isDeclaration(key)) continue;
       if ((unlocates && key == "schemaLocation") || (takes && key == "targetNamespace")) continue;
-      attribute(key, attributes[1]);
+      const std::string* value = changed == plan_.changes.end() ? nullptr : newValue(changed->second, key);
+      attribute(key, value ? *value : attributes[1]);
+    }
+    if (begins) {
+      for (const auto& [key, uri] : plan_.declarations) attribute(key, uri);
     }
     if (takes) attribute("targetNamespace", *plan_.targetNamespace);
     if (isTop && plan_.addsDeclarations) addDeclarations();
@@ -132,6 +139,12 @@ class Copier {
     for (const auto& [key, uri] : all) attribute(key, uri);
   }
 
+  static const std::string* newValue(const std::map<std::string, std::string, std::less<>>& changes,
+                                     std::string_view key) {
+    const auto found = changes.find(key);
+    return found == changes.end() ? nullptr : &found->second;
+  }
+
   void attribute(std::string_view key, std::string_view value) {
     out_ += ' ';
     out_ += key;
@@ -152,7 +165,7 @@ class Copier {
     if (ends) copying_ = false;
     const auto insertion = plan_.insertions.find(closed.position);
     if (insertion != plan_.insertions.end()) out_ += insertion->second;
-    if (ends && plan_.childrenOnly) return;
+    if ((ends && plan_.childrenOnly) || closed.unwrapped) return;
     out_ += "</";
     out_ += name;
     out_ += '>';

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <map>
 #include <optional>
 #include <string>
@@ -9,8 +10,9 @@
 namespace ztservice::parse {
 
 enum class CopyAction {
-  // The element is left out with all in it; or loses its attribute schemaLocation.
+  // The element is left out with all in it, or without; or loses its attribute schemaLocation.
   drop,
+  unwrap,
   unlocate,
 };
 
@@ -27,6 +29,10 @@ struct CopyPlan {
   // For a schema that took a namespace on.
   std::optional<std::string> targetNamespace;
   std::map<Position, CopyAction> actions;
+  // New values of attributes that an element has.
+  std::map<Position, std::map<std::string, std::string, std::less<>>> changes;
+  // Further ones of the element that is copied.
+  std::map<std::string, std::string> declarations;
   // Goes before the end of an element, and behind the start of the one that is copied.
   std::map<Position, std::string> insertions;
   std::string behindStart;

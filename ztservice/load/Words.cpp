@@ -55,6 +55,7 @@ const std::unordered_map<std::string_view, Word> words = {
     {"fractionDigits", Word::facet},
     {"group", Word::group},
     {"header", Word::header},
+    {"headerfault", Word::headerFault},
     {"import", Word::import},
     {"include", Word::include},
     {"input", Word::input},

@@ -57,6 +57,7 @@ enum class Word : uint8_t {
   form,
   group,
   header,
+  headerFault,
   import,
   include,
   input,

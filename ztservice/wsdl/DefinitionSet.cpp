@@ -1,7 +1,5 @@
 #include "ztservice/wsdl/DefinitionSet.h"
 
-#include <optional>
-
 namespace ztservice::wsdl {
 
 using parse::Node;
@@ -10,6 +8,8 @@ using parse::Word;
 namespace {
 
 constexpr std::array<const char*, kinds> kindNames = {"message", "portType", "binding", "service"};
+
+}  // namespace
 
 std::optional<Kind> kindOf(const Node& node) {
   if (node.space != parse::Space::wsdl) return std::nullopt;
@@ -26,8 +26,6 @@ std::optional<Kind> kindOf(const Node& node) {
       return std::nullopt;
   }
 }
-
-}  // namespace
 
 DefinitionSet::DefinitionSet(parse::Loaded& loaded) {
   for (const parse::Definitions& definitions : loaded.definitions) {

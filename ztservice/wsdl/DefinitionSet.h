@@ -1,6 +1,7 @@
 #pragma once
 
 #include <array>
+#include <optional>
 #include <string>
 #include <unordered_map>
 #include <vector>
@@ -12,6 +13,8 @@ namespace ztservice::wsdl {
 
 enum class Kind : uint8_t { message, portType, binding, service };
 inline constexpr size_t kinds = 4;
+// Of a child of definitions; none for what is no component.
+std::optional<Kind> kindOf(const parse::Node& node);
 
 // One component of definitions.
 struct Definition {
@@ -29,11 +32,12 @@ class DefinitionSet {
   // is looked for by its local name in the target namespace of the definitions that write it.
   const Definition* find(Kind kind, const parse::Node& node, std::string_view text,
                          const parse::Definitions& in) const;
+  // The one that counts, null if there is none.
+  const Definition* find(Kind kind, const Name& name) const;
   // In the order of the documents.
   const std::vector<Definition>& services() const noexcept { return services_; }
 
  private:
-  const Definition* find(Kind kind, const Name& name) const;
   void add(Kind kind, const parse::Node& node, const parse::Definitions& in, parse::Loaded& loaded);
 
   std::array<std::unordered_map<Name, Definition, NameHash>, kinds> tables_;

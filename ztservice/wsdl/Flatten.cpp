@@ -7,6 +7,7 @@
 
 #include "ztservice/load/Copier.h"
 #include "ztservice/load/Loader.h"
+#include "ztservice/wsdl/FlatNames.h"
 
 namespace ztservice {
 
@@ -40,29 +41,15 @@ void planDefinitions(parse::CopyPlan& plan, const Node& root) {
   }
 }
 
-void refuse(const parse::Loaded& loaded) {
-  if (!loaded.redefinitions.empty()) {
-    const parse::Redefinition& first = loaded.redefinitions.front();
-    throw Error(loaded.placeOf(*first.by->document, *first.node),
-                "a redefinition has no place in one document");
-  }
-  const parse::Definitions& own = loaded.definitions.front();
-  for (const parse::Definitions& other : loaded.definitions) {
-    if (other.targetNamespace == own.targetNamespace) continue;
-    throw Error(loaded.placeOf(*other.document, *other.root),
-                "definitions for " + std::string(other.targetNamespace) +
-                    " have no place in a document for " + std::string(own.targetNamespace));
-  }
-}
-
 // The schemas of other files, each as it counts: one that took a namespace on has it now.
-std::string schemasOf(const parse::Loaded& loaded) {
+std::string schemasOf(const parse::Loaded& loaded, wsdl::FlatNames& names) {
   const parse::Document* own = loaded.definitions.front().document;
   std::string out;
   for (const parse::Schema& schema : loaded.schemas) {
     if (schema.document == own) continue;
     parse::CopyPlan plan = planOf(*schema.document);
     planSchema(plan, *schema.root);
+    names.plan(plan, schema);
     plan.begin = {schema.root->line, schema.root->column};
     plan.addsDeclarations = true;
     if (schema.tookNamespaceOn) plan.targetNamespace = std::string(schema.targetNamespace);
@@ -72,7 +59,7 @@ std::string schemasOf(const parse::Loaded& loaded) {
 }
 
 // What other definitions have but their types, which are told with the schemas.
-std::string definitionsOf(const parse::Loaded& loaded) {
+std::string definitionsOf(const parse::Loaded& loaded, wsdl::FlatNames& names) {
   std::string out;
   for (size_t i = 1; i < loaded.definitions.size(); ++i) {
     const parse::Definitions& definitions = loaded.definitions[i];
@@ -81,6 +68,7 @@ std::string definitionsOf(const parse::Loaded& loaded) {
       if (child->isWsdl(Word::import) || child->isWsdl(Word::types))
         plan.actions[{child->line, child->column}] = parse::CopyAction::drop;
     }
+    names.plan(plan, definitions);
     plan.begin = {definitions.root->line, definitions.root->column};
     plan.childrenOnly = true;
     plan.addsDeclarations = true;
@@ -92,19 +80,25 @@ std::string definitionsOf(const parse::Loaded& loaded) {
 std::string flattened(const std::string& location, const std::string* bytes, Options options) {
   parse::Loader loader(options, true);
   const auto loaded = loader.load(location, bytes);
-  refuse(*loaded);
+  wsdl::FlatNames names(*loaded);
   const parse::Definitions& own = loaded->definitions.front();
   parse::CopyPlan plan = planOf(*own.document);
   planDefinitions(plan, *own.root);
+  names.plan(plan, own);
+  if (own.targetNamespace != names.target()) plan.targetNamespace = std::string(names.target());
+  for (const parse::Schema& schema : loaded->schemas) {
+    if (schema.document == own.document) names.plan(plan, schema);
+  }
   plan.begin = {own.root->line, own.root->column};
-  const std::string schemas = schemasOf(*loaded);
+  const std::string schemas = schemasOf(*loaded, names);
   const Node* types = own.root->child(parse::Space::wsdl, Word::types);
   if (types) {
     plan.insertions[{types->line, types->column}] = schemas;
   } else if (!schemas.empty()) {
     plan.behindStart = "<types xmlns=\"http://schemas.xmlsoap.org/wsdl/\">\n" + schemas + "</types>\n";
   }
-  plan.insertions[plan.begin] = definitionsOf(*loaded);
+  plan.insertions[plan.begin] = definitionsOf(*loaded, names);
+  plan.declarations = names.declarations();
   return "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n" + parse::copyOf(plan) + '\n';
 }
 

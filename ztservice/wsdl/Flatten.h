@@ -11,9 +11,10 @@ namespace ztservice {
 /// what other definitions have stands behind its own. What the documents say, comments too, is kept, with its
 /// prefixes.
 ///
-/// Two things have no place in one document of WSDL 1.1, and are refused: definitions of several target
-/// namespaces, and redefinitions, which name the component that they replace by its own name.
-/// Errors: Error for these, and those of load().
+/// Two things get other names, none of which goes over the wire. One document has one target namespace, that
+/// of the first: messages, port types, bindings and services of other namespaces come into it, with a number
+/// behind a name that is taken. And what a redefinition replaces has one, as it can be named no more by its
+/// own name. Errors: those of load().
 ZTSERVICE_API std::string flatten(const std::string& location, const Options& options = {});
 /// The same of a document that is in memory, as in loadText().
 ZTSERVICE_API std::string flattenText(const std::string& bytes, const std::string& location,

@@ -1,6 +1,7 @@
 #include <gmock/gmock.h>
 
 #include "tests/support/Bytes.h"
+#include "tests/support/Certificates.h"
 #include "tests/support/SocketServer.h"
 #include "tests/support/WebServer.h"
 #include "ztbaseclient/client/ErrorPage.h"
@@ -261,39 +262,16 @@ TEST_F(Upload, FailuresHaveAKind) {
 
 class UploadTls : public Upload {
  protected:
-  void SetUp() override {
-    Upload::SetUp();
-    if (IsSkipped()) return;
-    certify("authority", "-addext basicConstraints=critical,CA:TRUE");
-    certify("good", signedByAuthority() + " -addext subjectAltName=DNS:localhost");
-    certify("wrong", signedByAuthority() + " -addext subjectAltName=DNS:other.invalid");
-    certify("self", "-addext subjectAltName=DNS:localhost");
-  }
-
-  std::string pathOf(const std::string& name) const { return shellPath(folder_.path()) + "/" + name; }
-
-  std::string signedByAuthority() const {
-    const std::string authority = pathOf("authority.pem");
-    return "-CA " + authority + " -CAkey " + authority + " -addext basicConstraints=critical,CA:FALSE";
-  }
-
-  // Key and certificate in one file.
-  void certify(const std::string& name, const std::string& options) const {
-    const std::string path = pathOf(name);
-    runShell("openssl req -x509 -newkey rsa:2048 -nodes -days 2 -subj /CN=" + name + " -keyout " + path +
-             ".key -out " + path + ".crt " + options + " 2>/dev/null");
-    runShell("cat " + path + ".key " + path + ".crt >" + path + ".pem");
-  }
-
   // An upload to a server of that certificate, by a client that trusts the authority.
   std::string uploadTo(const std::string& certificate) const {
-    const ScopedVariable trusted("SSL_CERT_FILE", folder_.path("authority.pem"));
-    const WebServer server(
-        "ssl.engine = \"enable\"\nssl.pemfile = \"" + pathOf(certificate + ".pem") + "\"\n", "localhost");
+    const ScopedVariable trusted("SSL_CERT_FILE", certificates_.authority());
+    const WebServer server(certificates_.serverOf(certificate), "localhost");
     const std::string result = upload(folder_.write("a", "x"), server);
     EXPECT_EQ(result.empty(), !server.report().empty());
     return result;
   }
+
+  Certificates certificates_;
 };
 
 TEST_F(UploadTls, OnlyACertificateThatVerifiesIsTrusted) {
