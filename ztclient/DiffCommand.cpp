@@ -3,6 +3,7 @@
 #include <iostream>
 #include <memory>
 #include <optional>
+#include <thread>
 
 #include "tovinCore/Exception.h"
 #include "tovinCore/Utf8.h"
@@ -12,8 +13,12 @@
 #include "ztbaseclient/tools/FileDifferences.h"
 #include "ztclient/Commands.h"
 #include "ztclient/answers/DifferencePrinter.h"
+#include "ztclient/answers/FolderPrinter.h"
+#include "ztclient/answers/JUnitReport.h"
 #include "ztclient/answers/Json.h"
+#include "ztclient/answers/OutputFile.h"
 #include "ztclient/arguments/Arguments.h"
+#include "ztclient/comparison/FolderComparison.h"
 #include "ztclient/input/GivenNames.h"
 #include "ztclient/input/InputFile.h"
 #include "ztclient/terminal/Messages.h"
@@ -32,6 +37,11 @@ struct Options {
   bool summary = false;
   std::string ignored;
   std::string delimiter;
+  bool recursive = false;
+  std::vector<std::string> include;
+  std::vector<std::string> exclude;
+  unsigned jobs = 0;
+  std::string junit;
   differences::Options how;
 };
 
@@ -84,16 +94,9 @@ int findAll(const Options& options, const InputFile& file1, const InputFile& fil
     printer.finish({});
     return commands::done;
   }
-  differences::Options how = options.how;
-  for (size_t at = 0; at < options.ignored.size();) {
-    const size_t end = std::min(options.ignored.find(',', at), options.ignored.size());
-    how.ignoredColumns.push_back(options.ignored.substr(at, end - at));
-    at = end + 1;
-  }
-  if (!options.delimiter.empty()) how.delimiter = options.delimiter == "\\t" ? '\t' : options.delimiter[0];
   const bool barShows = !tovin::platform::isOutputTerminal();  // else the differences are to be seen there
   const differences::Summary summary = differences::find(
-      file1.name(), file2.name(), how, [&](const differences::Line& line) { printer.print(line); },
+      file1.name(), file2.name(), options.how, [&](const differences::Line& line) { printer.print(line); },
       [&](int64_t done) {
         if (barShows) files.Compared(done);
       });
@@ -101,14 +104,7 @@ int findAll(const Options& options, const InputFile& file1, const InputFile& fil
   return summary.isDifferent() ? commands::negative : commands::done;
 }
 
-int run(const Options& options) {
-  if (options.file1 == "-" && options.file2 == "-") {
-    throw tovin::Exception(L"Standard input can be only one of the files");
-  }
-  const InputFile file1(options.file1), file2(options.file2);
-  const bool first = canOpen(file1), second = canOpen(file2);
-  if (!first || !second) return commands::trouble;
-  if (options.all) return findAll(options, file1, file2);
+int comparePlainly(const Options& options, const InputFile& file1, const InputFile& file2) {
   try {
     WatchedDiff files(file1);  // its bar is gone before anything is printed
     if (options.binary)
@@ -125,42 +121,128 @@ int run(const Options& options) {
   }
 }
 
-template <class Value>
-void addDistance(CLI::App& diff, CLI::Option& all, const char* name, std::optional<Value>& value,
-                 const char* help) {
-  diff.add_option(name, value, help)->type_name("E")->check(CLI::NonNegativeNumber)->needs(&all);
+JUnitReport reportOf(const Options& options, const PairComparison& comparison) {
+  return {options.file1 + " and " + options.file2, comparison.tolerance()};
 }
 
-// What goes with --all only.
-void addAllOptions(CLI::App& diff, Options& options, CLI::Option& all) {
-  arguments::addNumber(diff, "--context", options.how.context, "Show so many equal lines around a difference")
-      ->check(CLI::Range(0, 1000))
-      ->needs(&all);
-  diff.add_flag("--summary", options.summary, "Only counts, the largest, by column, the first ten lines")
-      ->needs(&all);
-  diff.add_flag("--json", options.json,
-                "One JSON object a difference, each on its own line, and one of the sums")
-      ->needs(&all);
+// The report of a pair of files stands beside what is printed of it.
+void writeJUnit(const Options& options, const InputFile& file1, const InputFile& file2) {
+  if (options.junit.empty()) return;
+  const PairComparison comparison(options.how, options.binary);
+  JUnitReport report = reportOf(options, comparison);
+  report.add(options.file2, comparison.compare(file1.name(), file2.name()));
+  outputFile::place(options.junit, report.text());
+}
+
+int compareFiles(const Options& options) {
+  if (options.file1 == "-" && options.file2 == "-") {
+    throw tovin::Exception(L"Standard input can be only one of the files");
+  }
+  const InputFile file1(options.file1), file2(options.file2);
+  writeJUnit(options, file1, file2);
+  const bool first = canOpen(file1), second = canOpen(file2);
+  if (!first || !second) return commands::trouble;
+  return options.all ? findAll(options, file1, file2) : comparePlainly(options, file1, file2);
+}
+
+std::vector<Glob> globsOf(const std::vector<std::string>& patterns) {
+  std::vector<Glob> globs;
+  for (const std::string& pattern : patterns) globs.emplace_back(arguments::fromList(pattern));
+  return globs;
+}
+
+int compareFolders(const Options& options) {
+  using Verdict = PairResult::Verdict;
+  const FileFilter filter{globsOf(options.include), globsOf(options.exclude)};
+  const FolderComparison folders(options.file1, options.file2, filter);
+  const PairComparison comparison(options.how, options.binary);
+  FolderPrinter printer(options.file1, options.file2, options.json);
+  JUnitReport report = reportOf(options, comparison);
+  const unsigned jobs = options.jobs > 0 ? options.jobs : std::max(1u, std::thread::hardware_concurrency());
+  folders.run(comparison, jobs, [&](const std::string& path, const PairResult& result) {
+    printer.print(path, result);
+    if (!options.junit.empty()) report.add(path, result);
+  });
+  printer.finish();
+  if (!options.junit.empty()) outputFile::place(options.junit, report.text());
+  if (printer.any(Verdict::unreadable)) return commands::trouble;
+  const bool differ =
+      printer.any(Verdict::different) || printer.any(Verdict::onlyFirst) || printer.any(Verdict::onlySecond);
+  return differ ? commands::negative : commands::done;
+}
+
+int run(const Options& options) {
+  if (options.junit == "-")
+    throw CLI::ValidationError("--junit", "standard output has the answer already, name a file");
+  outputFile::requireAnother("--junit", options.junit, {options.file1, options.file2});
+  return options.recursive ? compareFolders(options) : compareFiles(options);
+}
+
+// What belongs to the comparison of every field takes effect with one of the two only.
+void requireFields(const CLI::App& diff, const Options& options) {
+  if (options.all || (options.recursive && !options.binary)) return;
+  for (const char* name : {"--ignore-columns", "--absolute", "--relative", "--ignore-case",
+                           "--ignore-blank-lines", "--key", "--delimiter"}) {
+    if (diff.get_option(name)->count() == 0) continue;
+    if (options.binary) throw CLI::ExcludesError(name, "--binary");
+    throw CLI::RequiresError(name, "--all or --recursive");
+  }
+  if (options.json) throw CLI::RequiresError("--json", "--all or --recursive");
+}
+
+void completeFields(Options& options) {
+  for (size_t at = 0; at < options.ignored.size();) {
+    const size_t end = std::min(options.ignored.find(',', at), options.ignored.size());
+    options.how.ignoredColumns.push_back(options.ignored.substr(at, end - at));
+    at = end + 1;
+  }
+  if (!options.delimiter.empty())
+    options.how.delimiter = options.delimiter == "\\t" ? '\t' : options.delimiter[0];
+}
+
+template <class Value>
+void addDistance(CLI::App& diff, const char* name, std::optional<Value>& value, const char* help) {
+  diff.add_option(name, value, help)->type_name("E")->check(CLI::NonNegativeNumber);
+}
+
+// What says how fields are compared, of one pair with --all or of all in two folders.
+void addFieldOptions(CLI::App& diff, Options& options) {
   diff.add_option("--ignore-columns", options.ignored,
                   "Pass over these, by name or number, with commas between")
-      ->type_name("LIST")
-      ->needs(&all);
-  addDistance(diff, all, "--absolute", options.how.absolute, "Numbers this near are within tolerance");
-  addDistance(diff, all, "--relative", options.how.relative,
+      ->type_name("LIST");
+  addDistance(diff, "--absolute", options.how.absolute, "Numbers this near are within tolerance");
+  addDistance(diff, "--relative", options.how.relative,
               "Numbers whose distance by the smaller one is no more are within tolerance");
-  diff.add_flag("--ignore-case", options.how.ignoreCase, "Take A to Z for a to z")->needs(&all);
-  diff.add_flag("--ignore-blank-lines", options.how.ignoreBlankLines, "Pass over lines without text")
-      ->needs(&all);
+  diff.add_flag("--ignore-case", options.how.ignoreCase, "Take A to Z for a to z");
+  diff.add_flag("--ignore-blank-lines", options.how.ignoreBlankLines, "Pass over lines without text");
   diff.add_option("--key", options.how.key,
                   "Compare rows that have the same text in this column, in any order")
-      ->type_name("COLUMN")
-      ->needs(&all);
+      ->type_name("COLUMN");
   diff.add_option("--delimiter", options.delimiter, "Between fields stands this character, \\t for a tab")
       ->type_name("C")
       ->check(CLI::Validator(
           [](std::string& text) { return text.size() == 1 || text == "\\t" ? "" : "takes one character"; },
-          ""))
-      ->needs(&all);
+          ""));
+}
+
+CLI::Option* addGlobs(CLI::App& diff, const char* name, std::vector<std::string>& globs, const char* help) {
+  return arguments::requireText(diff.add_option(name, globs, help))
+      ->type_name("GLOB")
+      ->allow_extra_args(false);
+}
+
+void addFolderOptions(CLI::App& diff, Options& options, CLI::Option& all) {
+  CLI::Option* recursive =
+      diff.add_flag("--recursive", options.recursive, "Compare two folders with all that they hold")
+          ->excludes(&all);
+  addGlobs(diff, "--include", options.include, "Only files of this name, or of this path where it has a /")
+      ->needs(recursive);
+  addGlobs(diff, "--exclude", options.exclude, "No such files, and nothing in such folders")
+      ->needs(recursive);
+  arguments::addNumber(diff, "--jobs", options.jobs,
+                       "Compare so many files at once; all processors if not said")
+      ->check(CLI::Range(1, 256))
+      ->needs(recursive);
 }
 
 }  // namespace
@@ -181,11 +263,24 @@ void commands::addDiff(CLI::App& app, int& status) {
       diff->add_flag("--binary", options->binary, "Compare byte by byte")->excludes(tolerance);
   CLI::Option* all = diff->add_flag("--all", options->all, "Show every difference, of lines that are aligned")
                          ->excludes(binary);
-  addAllOptions(*diff, *options, *all);
+  arguments::addNumber(*diff, "--context", options->how.context,
+                       "Show so many equal lines around a difference")
+      ->check(CLI::Range(0, 1000))
+      ->needs(all);
+  diff->add_flag("--summary", options->summary, "Only counts, the largest, by column, the first ten lines")
+      ->needs(all);
+  diff->add_flag("--json", options->json,
+                 "One JSON object a difference or file, each on its own line, and one of the sums");
+  addFieldOptions(*diff, *options);
+  addFolderOptions(*diff, *options, *all);
+  arguments::addFile(*diff, "--junit", options->junit, "Write a report for CI servers, as JUnit does it",
+                     "OUT");
   diff->footer(
       "Example: ztclient diff expected.txt result.txt --tolerance 4\nExit status 1: the files differ, and "
       "the report is printed.");
-  diff->callback([options, tolerance, &status] {
+  diff->callback([options, diff, tolerance, &status] {
+    requireFields(*diff, *options);
+    completeFields(*options);
     if (tolerance->count() > 0) options->how.tolerance = options->tolerance;
     status = run(*options);
   });

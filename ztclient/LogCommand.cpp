@@ -1,21 +1,32 @@
 // ztclient log: the entries of a job's console log, of one that is still being written too.
+#include <algorithm>
 #include <chrono>
+#include <functional>
 #include <iostream>
+#include <limits>
+#include <map>
 #include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
 #include <thread>
+#include <vector>
 
 #include "tovinCore/Exception.h"
 #include "tovinCore/platform/Console.h"
+#include "tovinCore/platform/Environment.h"
 #include "tovinCore/platform/Paths.h"
 #include "ztbaseclient/tools/CConsoleReader.h"
 #include "ztclient/Commands.h"
 #include "ztclient/answers/Json.h"
 #include "ztclient/arguments/Arguments.h"
 #include "ztclient/input/InputFile.h"
+#include "ztclient/log/EntryFilter.h"
+#include "ztclient/log/EntryTime.h"
+#include "ztclient/log/LogTable.h"
+#include "ztclient/terminal/Messages.h"
 #include "ztclient/terminal/ProgressBar.h"
+#include "ztclient/terminal/Terminal.h"
 #include "ztcore/ztFile.h"
 
 namespace {
@@ -27,21 +38,34 @@ struct Options {
   int64_t position = 0;
   bool json = false;
   bool follow = false;
+  bool csv = false;
+  bool tsv = false;
+  bool table = false;
+  std::string columns;
+  std::vector<std::string> where;
+  std::string since;
+  std::string until;
+  std::string countBy;
+
+  bool isTable() const { return csv || tsv || table; }
 };
 
 // What is printed goes out in large pieces, and all of it before the printer does.
 class Printer {
  public:
-  explicit Printer(bool json) : json_(json) {}
+  Printer(bool json, EntryFilter& filter) : json_(json), filter_(filter) {}
   ~Printer() { flush(); }
 
-  /// False, and nothing is printed, when there is no entry, or none that is `wanted`.
+  /// False, and nothing is printed, when there is no entry, or none that is `wanted`. Nothing is printed of
+  /// one that the filter leaves out either.
   template <class Wanted>
   bool printNext(CConsoleReader& reader, Wanted&& wanted) {
     const size_t before = text_.size();
-    if (!(json_ ? addJson(reader) : addText(reader)) || !wanted()) {
+    filter_.begin();
+    const bool goesOn = (json_ ? addJson(reader) : addText(reader)) && wanted();
+    if (!goesOn || !filter_.holds()) {
       text_.resize(before);
-      return false;
+      return goesOn;
     }
     if (text_.size() >= pieceSize) flush();
     return true;
@@ -52,7 +76,10 @@ class Printer {
 
   bool addJson(CConsoleReader& reader) {
     Json values = Json::array();
-    const auto add = [&](std::string_view name, std::string_view value) { values.push_back({name, value}); };
+    const auto add = [&](std::string_view name, std::string_view value) {
+      filter_.see(name, value);
+      values.push_back({name, value});
+    };
     if (!reader.VisitNextEntry(add)) return false;
     text_ += toText({{"values", std::move(values)}, {"position", reader.GetPosition()}}) + '\n';
     return true;
@@ -60,6 +87,7 @@ class Printer {
 
   bool addText(CConsoleReader& reader) {
     const auto add = [&](std::string_view name, std::string_view value) {
+      filter_.see(name, value);
       text_.append(name).append(": ").append(value).append("\n");
     };
     if (!reader.VisitNextEntry(add)) return false;
@@ -73,6 +101,7 @@ class Printer {
   }
 
   bool json_;
+  EntryFilter& filter_;
   std::string text_;
 };
 
@@ -88,27 +117,171 @@ std::unique_ptr<CConsoleReader> open(const wchar_t* name, int64_t position) {
   return reader;
 }
 
-void show(const Options& options) {
+// Not where the entries themselves are to be seen.
+class Bar {
+ public:
+  explicit Bar(uint64_t length) : length_(length) {
+    if (!tovin::platform::isOutputTerminal()) bar_.emplace();
+  }
+  void show(int64_t done) {
+    if (bar_) bar_->show(static_cast<uint64_t>(done), length_);
+  }
+
+ private:
+  uint64_t length_;
+  std::optional<ProgressBar> bar_;
+};
+
+void show(const Options& options, EntryFilter& filter) {
   const InputFile file(options.file);
   const auto reader = open(file.name(), options.position);
-  const uint64_t length = file.length();
-  std::optional<ProgressBar> bar;
-  if (!tovin::platform::isOutputTerminal())
-    bar.emplace();  // else the entries themselves are to be seen there
-  Printer printer(options.json);
-  while (printer.printNext(*reader, [] { return true; })) {
-    if (bar) bar->show(static_cast<uint64_t>(reader->GetPosition()), length);
-  }
+  Bar bar(file.length());
+  Printer printer(options.json, filter);
+  while (printer.printNext(*reader, [] { return true; })) bar.show(reader->GetPosition());
 }
 
-void printComplete(CConsoleReader& reader, bool json) {
-  Printer printer(json);
+// Visits at most `most` wanted entries. \return how many there were.
+template <class Visit>
+size_t forEntries(const InputFile& file, const Options& options, EntryFilter& filter, size_t most,
+                  Visit&& visit) {
+  const auto reader = open(file.name(), options.position);
+  Bar bar(file.length());
+  EntryPairs pairs;
+  const auto add = [&](std::string_view name, std::string_view value) {
+    filter.see(name, value);
+    pairs.emplace_back(name, value);
+  };
+  size_t count = 0;
+  while (count < most) {
+    pairs.clear();
+    filter.begin();
+    if (!reader->VisitNextEntry(add)) break;
+    bar.show(reader->GetPosition());
+    if (!filter.holds()) continue;
+    ++count;
+    visit(pairs);
+  }
+  return count;
+}
+
+constexpr size_t all = std::numeric_limits<size_t>::max();
+
+// Rows in the form that was asked for, below the columns' names.
+class RowPrinter {
+ public:
+  explicit RowPrinter(const Options& options) : csv_(options.csv), tsv_(options.tsv) {}
+
+  bool isAligned() const { return !csv_ && !tsv_; }
+  // For aligned rows, of each row before the first is printed.
+  void see(const TableRow& row) { aligned_.see(row); }
+
+  void begin(const std::vector<std::string>& names) {
+    const TableRow heading = tableText::headingOf(names);
+    if (!isAligned()) return print(heading);
+    aligned_.see(heading);
+    const bool fits =
+        tovin::platform::isOutputTerminal() || !tovin::platform::environmentVariable("COLUMNS").empty();
+    const size_t leftOut = fits ? aligned_.fit(terminal::width()) : 0;
+    if (leftOut > 0) messages::warn("columns without room at the end: " + std::to_string(leftOut));
+    print(heading);
+    aligned_.writeRule(std::cout);
+  }
+
+  void print(const TableRow& row) const {
+    if (csv_)
+      tableText::writeCsv(std::cout, row);
+    else if (tsv_)
+      tableText::writeTsv(std::cout, row);
+    else
+      aligned_.write(std::cout, row);
+  }
+
+ private:
+  bool csv_, tsv_;
+  tableText::Aligned aligned_;
+};
+
+void sayWhatIsUnused(const LogColumns& columns) {
+  for (const std::string& name : columns.unused()) messages::warn("no entry has a " + name);
+}
+
+std::vector<std::string> splitAtCommas(const std::string& list) {
+  std::vector<std::string> names;
+  for (size_t at = 0; at <= list.size();) {
+    const size_t end = std::min(list.find(',', at), list.size());
+    names.push_back(list.substr(at, end - at));
+    at = end + 1;
+  }
+  return names;
+}
+
+// The log is read once where the columns are given and their widths do not count, else twice.
+void showTable(const Options& options, EntryFilter& filter) {
+  const InputFile file(options.file);
+  const bool given = !options.columns.empty();
+  LogColumns columns = given ? LogColumns(splitAtCommas(options.columns)) : LogColumns();
+  RowPrinter printer(options);
+  size_t count = all;
+  if (!given || printer.isAligned()) {
+    count = forEntries(file, options, filter, all, [&](const EntryPairs& entry) {
+      if (!given) columns.see(entry);
+      if (printer.isAligned()) printer.see(columns.rowOf(entry));
+    });
+  }
+  printer.begin(columns.names());
+  count = forEntries(file, options, filter, count,
+                     [&](const EntryPairs& entry) { printer.print(columns.rowOf(entry)); });
+  if (count > 0) sayWhatIsUnused(columns);
+}
+
+struct ValueCount {
+  std::optional<std::string> value;
+  size_t count = 0;
+};
+
+// By the value of a name, the most frequent first; without one for the entries that have no such pair.
+std::vector<ValueCount> countValues(const Options& options, EntryFilter& filter) {
+  const InputFile file(options.file);
+  LogColumns column({options.countBy});
+  std::map<std::optional<std::string>, size_t> places;
+  std::vector<ValueCount> counts;
+  forEntries(file, options, filter, all, [&](const EntryPairs& entry) {
+    const std::optional<std::string> value = column.rowOf(entry).front();
+    const auto [place, isNew] = places.emplace(value, counts.size());
+    if (isNew) counts.push_back({value});
+    ++counts[place->second].count;
+  });
+  if (!counts.empty()) sayWhatIsUnused(column);
+  std::ranges::stable_sort(counts, std::greater(), &ValueCount::count);
+  return counts;
+}
+
+void showCounts(const Options& options, EntryFilter& filter) {
+  const std::vector<ValueCount> counts = countValues(options, filter);
+  if (options.json) {
+    for (const ValueCount& each : counts)
+      std::cout << toText({{"value", each.value ? Json(*each.value) : Json()}, {"count", each.count}})
+                << '\n';
+    return;
+  }
+  RowPrinter printer(options);
+  std::vector<TableRow> rows;
+  for (const ValueCount& each : counts) rows.push_back({std::to_string(each.count), each.value});
+  if (printer.isAligned()) {
+    for (const TableRow& row : rows) printer.see(row);
+  }
+  printer.begin({"count", options.countBy});
+  for (const TableRow& row : rows) printer.print(row);
+}
+
+void printComplete(CConsoleReader& reader, bool json, EntryFilter& filter) {
+  Printer printer(json, filter);
   while (printer.printNext(reader, [&] { return reader.WasEntryComplete(); })) continue;
   reader.Resume();
 }
 
 // Until the program is stopped. A log that has become shorter, or is not there for a while, has begun anew.
-void follow(const Options& options) {
+void follow(const Options& options, EntryFilter& filter) {
   if (options.file == "-") throw tovin::Exception(L"Standard input cannot be followed");
   const std::wstring name = tovin::platform::fileName(options.file);
   auto reader = open(name.c_str(), options.position);
@@ -118,8 +291,65 @@ void follow(const Options& options) {
     if (length < seen) reader.reset();
     seen = length;
     if (!reader && length > 0) reader = open(name.c_str(), 0);
-    if (reader) printComplete(*reader, options.json);
+    if (reader) printComplete(*reader, options.json, filter);
   }
+}
+
+int64_t timeOf(const char* option, const std::string& text) {
+  const std::optional<int64_t> time = entryTime::parse(text);
+  if (!time) throw CLI::ValidationError(option, "takes a time as 2026-11-26T14:03:00Z, not \"" + text + '"');
+  return *time;
+}
+
+EntryFilter filterOf(const Options& options) {
+  EntryFilter filter;
+  for (const std::string& condition : options.where) filter.add(arguments::fromList(condition));
+  if (!options.since.empty()) filter.since(timeOf("--since", options.since));
+  if (!options.until.empty()) filter.until(timeOf("--until", options.until));
+  return filter;
+}
+
+void run(const Options& options) {
+  if (!options.columns.empty() && !options.isTable())
+    throw CLI::RequiresError("--columns", "--csv, --tsv or --table");
+  EntryFilter filter = filterOf(options);
+  if (options.follow)
+    follow(options, filter);
+  else if (!options.countBy.empty())
+    showCounts(options, filter);
+  else
+    options.isTable() ? showTable(options, filter) : show(options, filter);
+  if (filter.asksForTimes() && !filter.sawTime()) messages::warn("no entry says a time");
+}
+
+void addTableOptions(CLI::App& log, Options& options, CLI::Option& json, CLI::Option& follow) {
+  CLI::Option* csv = log.add_flag("--csv", options.csv, "A table with commas between the values");
+  CLI::Option* tsv = log.add_flag("--tsv", options.tsv, "A table with tabs between the values");
+  CLI::Option* table = log.add_flag("--table", options.table, "A table for the eye");
+  csv->excludes(tsv);
+  table->excludes(csv)->excludes(tsv);
+  for (CLI::Option* form : {csv, tsv, table}) form->excludes(&json)->excludes(&follow);
+  CLI::Option* columns =
+      arguments::requireText(log.add_option("--columns", options.columns,
+                                            "Names of the columns, with commas between; else all there are"))
+          ->type_name("LIST");
+  arguments::requireText(
+      log.add_option("--count-by", options.countBy, "How many entries have each value of this name"))
+      ->type_name("NAME")
+      ->excludes(columns)
+      ->excludes(&follow);
+}
+
+void addFilterOptions(CLI::App& log, Options& options) {
+  arguments::requireText(log.add_option("--where", options.where,
+                                        "Only entries with this value, or with one that the expression "
+                                        "matches; all conditions must hold"))
+      ->type_name("NAME=VALUE|NAME~REGEX")
+      ->allow_extra_args(false);
+  arguments::requireText(log.add_option("--since", options.since, "Only entries of this time or later"))
+      ->type_name("T");
+  arguments::requireText(log.add_option("--until", options.until, "Only entries of this time or before"))
+      ->type_name("T");
 }
 
 }  // namespace
@@ -129,11 +359,15 @@ void commands::addLog(CLI::App& app, int& status) {
   CLI::App* log = app.add_subcommand("log", "Show the entries of a job's console log");
   arguments::addFile(*log, "FILE", options->file, "The log; - for standard input")->required();
   arguments::addNumber(*log, "--position", options->position, "Begin at this byte")->capture_default_str();
-  log->add_flag("--json", options->json, "One JSON object an entry, each on its own line");
-  log->add_flag("--follow", options->follow, "Go on with what is still written; only complete entries");
+  CLI::Option* json =
+      log->add_flag("--json", options->json, "One JSON object an entry, each on its own line");
+  CLI::Option* follow =
+      log->add_flag("--follow", options->follow, "Go on with what is still written; only complete entries");
+  addTableOptions(*log, *options, *json, *follow);
+  addFilterOptions(*log, *options);
   log->footer("Example: ztclient log job.log --json --follow");
   log->callback([options, &status] {
-    options->follow ? follow(*options) : show(*options);
+    run(*options);
     status = done;
   });
 }

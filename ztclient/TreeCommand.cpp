@@ -11,15 +11,12 @@
 #include "tovin/values/StringArrayValue.h"
 #include "tovin/values/StringValue.h"
 #include "tovinCore/Utf8.h"
-#include "tovinCore/platform/Files.h"
-#include "tovinCore/platform/Paths.h"
-#include "tovinCore/platform/WholeFile.h"
 #include "ztbaseclient/node/CObjectTransportNode.h"
 #include "ztclient/Commands.h"
 #include "ztclient/answers/Json.h"
+#include "ztclient/answers/OutputFile.h"
 #include "ztclient/arguments/Arguments.h"
 #include "ztclient/input/Document.h"
-#include "ztcore/ztFile.h"
 #include "ztcore/ztMemoryStreams.h"
 
 namespace {
@@ -43,15 +40,6 @@ Json textOrNull(const wchar_t* text) { return text ? Json(tovin::wideToUtf8(text
 // With the characters behind a U+0000 too.
 Json textOrNull(const tovin::WideString& text) {
   return text.isNull() ? Json() : Json(tovin::wideToUtf8(text.view()));
-}
-
-// A name with control characters in it is escaped like a text, so that a node stays one line.
-std::string onOneLine(std::string name) {
-  const bool plain =
-      std::none_of(name.begin(), name.end(), [](unsigned char c) { return c < 0x20 || c == 0x7F; });
-  if (plain) return name;
-  const std::string escaped = toText(Json(name));
-  return escaped.substr(1, escaped.size() - 2);
 }
 
 Json valueOf(const tovin::Value& value) {
@@ -129,26 +117,11 @@ void writeRecord(const tovin::iNode& root, const std::string& file) {
   ztMemoryByteOutputStream record;
   root.serialize(record);
   const std::string_view bytes(reinterpret_cast<const char*>(record.GetBytes()), record.GetSize());
-  if (file == "-") {
-    std::cout << bytes;
-    return;
-  }
-  const std::wstring name = tovin::platform::fileName(file);
-  if (!tovin::platform::placeFile(name.c_str(), bytes))
-    throw ztFile::OpenFailure(L"Unable to write file %ls", name.c_str());
-}
-
-void requireAnother(const Options& options) {
-  if (options.file == "-" || options.record.empty() || options.record == "-") return;
-  const std::wstring file = tovin::platform::fileName(options.file);
-  const std::wstring record = tovin::platform::fileName(options.record);
-  if (tovin::platform::isRegularFile(file.c_str()) &&
-      tovin::platform::isSameFile(file.c_str(), record.c_str()))
-    throw CLI::ValidationError("--record", options.record + " is the document itself");
+  outputFile::place(file, bytes);
 }
 
 void run(const Options& options) {
-  requireAnother(options);
+  outputFile::requireAnother("--record", options.record, {options.file});
   const tovin::Ptr<tovin::iNode> root = readDocument(options.file);
   if (options.record.empty())
     print(*root, options.json);

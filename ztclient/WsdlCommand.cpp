@@ -9,11 +9,9 @@
 #include "tovinCore/Exception.h"
 #include "tovinCore/Units.h"
 #include "tovinCore/Utf8.h"
-#include "tovinCore/platform/Files.h"
-#include "tovinCore/platform/Paths.h"
-#include "tovinCore/platform/WholeFile.h"
 #include "ztclient/Commands.h"
 #include "ztclient/answers/ByteText.h"
+#include "ztclient/answers/OutputFile.h"
 #include "ztclient/answers/ServiceChanges.h"
 #include "ztclient/answers/ServiceJson.h"
 #include "ztclient/answers/ServiceText.h"
@@ -182,16 +180,7 @@ int showChanges(const Options& options) {
 }
 
 int writeFlat(const Options& options) {
-  const std::string flat = flattenService(options.file, options.sources);
-  if (options.flat == "-") {
-    std::cout << flat;
-    return commands::done;
-  }
-  const std::wstring name = tovin::platform::fileName(options.flat);
-  if (!tovin::platform::placeFile(name.c_str(), flat)) {
-    const std::wstring reason = tovin::platform::lastFailure();
-    throw tovin::Exception(L"Unable to write file %ls", name).setFile(name).setReason(reason);
-  }
+  outputFile::place(options.flat, flattenService(options.file, options.sources));
   return commands::done;
 }
 

@@ -3,29 +3,21 @@
 #include <iostream>
 #include <string_view>
 
-#include "tovinCore/Format.h"
-#include "tovinCore/Utf8.h"
+#include "ztclient/answers/DifferenceText.h"
 #include "ztclient/answers/Json.h"
 #include "ztclient/terminal/Terminal.h"
 
 using differences::Field;
 using differences::Line;
+using differenceText::columnOf;
+using differenceText::counted;
+using differenceText::measuresOf;
+using differenceText::nameOf;
+using differenceText::rounded;
 
 namespace {
 
 constexpr int64_t firstLines = 10;
-
-std::string rounded(double number) { return tovin::wideToUtf8(tovin::format(L"%.4g", number)); }
-
-std::string counted(int64_t count, const char* one, const char* many) {
-  return std::to_string(count) + ' ' + (count == 1 ? one : many);
-}
-
-int64_t columnOf(const Field& field) { return field.field1 ? field.field1 : field.field2; }
-
-std::string nameOf(const Field& field) {
-  return field.column ? std::string(*field.column) : "field " + std::to_string(columnOf(field));
-}
 
 Json toJson(const Line& line, const Field& field) {
   Json json = {{"kind", field.kind == Field::Kind::Number ? "number" : "text"},
@@ -53,17 +45,6 @@ void printJson(const Line& line) {
     for (const Field& field : line.fields) std::cout << toText(toJson(line, field)) << '\n';
 }
 
-void printJson(const differences::Summary& summary) {
-  Json sums = {{"within", summary.within},
-               {"different", summary.different},
-               {"added", summary.added},
-               {"removed", summary.removed},
-               {"largestAbsolute", numberOf(summary.largestAbsolute)},
-               {"largestRelative", numberOf(summary.largestRelative)}};
-  if (summary.alignedByBlocks) sums["alignedByBlocks"] = true;
-  std::cout << toText({{"summary", std::move(sums)}}) << '\n';
-}
-
 // A line with the fields that differ in colour.
 template <class TextOf, class PlaceOf>
 void printMarked(std::string_view text, std::span<const Field> fields, terminal::Colour colour,
@@ -79,9 +60,7 @@ void printMarked(std::string_view text, std::span<const Field> fields, terminal:
 }
 
 void printNumber(const Field& field) {
-  std::cout << "    " << nameOf(field) << ": absolute " << rounded(field.absolute) << ", relative "
-            << rounded(field.relative) << ", " << counted(field.digits, "digit agrees", "digits agree")
-            << (field.within ? ", within tolerance" : "") << '\n';
+  std::cout << "    " << nameOf(field) << ": " << measuresOf(field) << '\n';
 }
 
 void printChanged(const Line& line) {
@@ -111,7 +90,10 @@ void DifferencePrinter::print(const Line& line) {
 }
 
 void DifferencePrinter::finish(const differences::Summary& summary) {
-  form_ == Form::json || form_ == Form::jsonSummary ? printJson(summary) : printSums(summary);
+  if (form_ == Form::json || form_ == Form::jsonSummary)
+    std::cout << toText({{"summary", differenceText::toJson(summary)}}) << '\n';
+  else
+    printSums(summary);
 }
 
 // Lines of context that do not follow each other are divided.
@@ -154,9 +136,6 @@ void DifferencePrinter::printSums(const differences::Summary& summary) const {
               << ", largest relative " << rounded(column.largestRelative) << '\n';
   }
   if (summary.within == 0 && !summary.isDifferent()) return;
-  std::cout << counted(summary.different, "field differs", "fields differ") << ", " << summary.within
-            << " within tolerance; " << counted(summary.added, "line added", "lines added") << ", "
-            << summary.removed << " removed; largest absolute " << rounded(summary.largestAbsolute)
-            << ", largest relative " << rounded(summary.largestRelative) << '\n';
+  std::cout << differenceText::of(summary) << '\n';
   if (summary.alignedByBlocks) std::cout << "Some lines were taken in pairs as they came\n";
 }

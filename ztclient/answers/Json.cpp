@@ -1,5 +1,6 @@
 #include "ztclient/answers/Json.h"
 
+#include <algorithm>
 #include <cmath>
 
 #include "tovinCore/Format.h"
@@ -78,6 +79,14 @@ std::string toText(const Json& json, int indent) {
   Json prepared = json;
   replaceSurrogates(prepared);
   return withEscapes(prepared.dump(indent, ' ', false, Json::error_handler_t::replace));
+}
+
+std::string onOneLine(std::string name) {
+  const bool plain =
+      std::none_of(name.begin(), name.end(), [](unsigned char c) { return c < 0x20 || c == 0x7F; });
+  if (plain) return name;
+  const std::string escaped = toText(Json(name));
+  return escaped.substr(1, escaped.size() - 2);
 }
 
 Json numberOf(double number) {

@@ -12,6 +12,9 @@ using Json = nlohmann::ordered_json;
 /// bytes, is written as an escape.
 std::string toText(const Json& json, int indent = -1);
 
+/// A name with control characters in it is escaped like a text, so that what is printed stays one line.
+std::string onOneLine(std::string name);
+
 /// "NaN", "Infinity" and "-Infinity" are texts.
 Json numberOf(double number);
 
