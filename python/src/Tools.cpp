@@ -95,14 +95,21 @@ Found kept(const differences::Line& line) {
   return found;
 }
 
+// Texts are at no distance from each other.
+template <class Value>
+py::object ofNumber(const Found::Field& field, Value value) {
+  return field.isNumber ? py::cast(value) : py::object(py::none());
+}
+
 py::tuple toTuple(const Found& found) {
   static constexpr const char* kinds[] = {"changed", "added", "removed", "equal"};
   py::list fields;
   for (const Found::Field& field : found.fields)
     fields.append(py::make_tuple(field.isNumber ? "number" : "text", field.field1, field.field2,
                                  field.column ? py::object(text(*field.column)) : py::object(py::none()),
-                                 text(field.text1), text(field.text2), field.absolute, field.relative,
-                                 field.digits, field.within));
+                                 text(field.text1), text(field.text2),
+                                 ofNumber(field, field.absolute), ofNumber(field, field.relative),
+                                 ofNumber(field, field.digits), field.within));
   return py::make_tuple(kinds[static_cast<size_t>(found.kind)], found.line1, found.line2, text(found.text1),
                         text(found.text2), fields);
 }

@@ -29,6 +29,7 @@ def write(path, text):
         ("a\nb\n", "a\nc\nb\n", {}, False, False),
         ("k,v\n1,2\n3,4\n", "k,v\n3,4\n1,2\n", {"key": "k", "delimiter": ","}, True, True),
         ("A\n", "a\n", {"ignore_case": True}, True, True),
+        ("x a 1\n", "x b 2\n", {}, False, False),
     ],
 )
 def test_comparisons_say_what_differs(tmp_path, a, b, how, equal, within):
@@ -37,6 +38,8 @@ def test_comparisons_say_what_differs(tmp_path, a, b, how, equal, within):
     assert (found.equal, found.within_tolerance) == (equal, within)
     assert pickle.loads(pickle.dumps(found)) == found
     assert len(found.to_pandas()) == sum(max(1, len(line.fields)) for line in found)
+    for line in found:
+        assert all((f.kind == "text") == (f.absolute is None) == (f.digits is None) for f in line.fields)
     if not how and not (within and not equal):
         printed = [line for line in json_lines(command("diff", one, two, "--all", "--json")) if "kind" in line]
         lines = [line for line in printed if line["kind"] in ("changed", "added", "removed")]

@@ -14,7 +14,10 @@ _Path = Union[str, bytes, "_os.PathLike[str]"]
 
 
 class FieldDifference(NamedTuple):
-    """What differs in a field; `kind` is "number" or "text", `field1` and `field2` count from 1, 0 for none."""
+    """What differs in a field; `kind` is "number" or "text", `field1` and `field2` count from 1, 0 for none.
+
+    Texts have neither distances nor digits that agree.
+    """
 
     kind: str
     field1: int
@@ -22,9 +25,9 @@ class FieldDifference(NamedTuple):
     column: Optional[str]
     text1: str
     text2: str
-    absolute: float
-    relative: float
-    digits: int
+    absolute: Optional[float]
+    relative: Optional[float]
+    digits: Optional[int]
     within: bool
 
 
@@ -93,7 +96,7 @@ class Comparison:
             if not line.fields:
                 rows.append(
                     (line.kind, line.line1, line.line2, 0, 0, None, line.text1, line.text2)
-                    + (float("nan"), float("nan"), 0, False)
+                    + (None, None, None, False)
                 )
         return pandas.DataFrame(rows, columns=names)
 
