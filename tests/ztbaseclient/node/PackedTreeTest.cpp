@@ -107,8 +107,9 @@ class TwoTrees {
       case 2:
         return OwnedValue(tovin::NullValue::shared().cloneValue());
       case 3:
-        return OwnedValue(
-            tovin::StringValue(L"\x7F\x80\x7FF\x800\xD800\xDBFF\xDC00\xDFFF\xFFFF").cloneValue());
+        return OwnedValue(tovin::StringValue(kind % 20 == 3 ? L"\x7F\x80\x17F"
+                                                            : L"\x7FF\x800\xD800\xDBFF\xDC00\xDFFF\xFFFF")
+                              .cloneValue());
       case 4:
         return listOf<tovin::IntegerArrayValue>(kind % 3, kind);
       case 5:
