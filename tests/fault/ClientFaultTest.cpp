@@ -65,29 +65,25 @@ TEST(FailingAllocation, LeavesServices) {
   ASSERT_GT(bytes.getSize(), 0u);
   const auto look = [](const Service& service) { return service.text; };
   sweep(
-      {"Parse", After::whole}, [] { return Service(); },
+      {"Parse", After::whole}, [] { return Service(); }, look,
       [&](Service& service) {
         service.parser->Parse(bytes);
         service.text = service.parser->HasParsedWsdl() ? "parsed" : "empty";
-      },
-      look);
-  sweep(
-      {"GetZippedWsdl"}, parsedService,
-      [](Service& service) {
-        tovin::Array<unsigned char> zipped;
-        service.parser->GetZippedWsdl(zipped);
-        CWsdlParser again;
-        again.ParseZippedWsdl(zipped);
-        service.text = std::to_string(zipped.getSize());
-      },
-      look);
+      });
+  sweep({"GetZippedWsdl"}, parsedService, look, [](Service& service) {
+    tovin::Array<unsigned char> zipped;
+    service.parser->GetZippedWsdl(zipped);
+    CWsdlParser again;
+    again.ParseZippedWsdl(zipped);
+    service.text = std::to_string(zipped.getSize());
+  });
 }
 
 // Off until questions about schemas are no longer remembered as asked when they failed.
 TEST(FailingAllocation, LeavesQuestionsToServices) {
   sweep(
-      {"all questions"}, parsedService, [](Service& service) { service.text = describe(*service.parser); },
-      [](const Service& service) { return service.text; });
+      {"all questions"}, parsedService, [](const Service& service) { return service.text; },
+      [](Service& service) { service.text = describe(*service.parser); });
 }
 
 TEST(FailingAllocation, LeavesCredentialsAndRoles) {
@@ -107,25 +103,20 @@ TEST(FailingAllocation, LeavesCredentialsAndRoles) {
            wideToUtf8(holder.credentials->GetPassword()) + ' ' + wideToUtf8(holder.credentials->GetDomain()) +
            ' ' + holder.text;
   };
+  sweep({"SetUsername"}, filled, look,
+        [](Holder& h) { h.credentials->SetUsername(std::wstring(200, L'u').c_str()); });
   sweep(
-      {"SetUsername"}, filled, [](Holder& h) { h.credentials->SetUsername(std::wstring(200, L'u').c_str()); },
-      look);
-  sweep(
-      {"operator="}, [] { return Holder(); }, [&](Holder& h) { *h.credentials = *filled().credentials; },
-      look);
-  sweep(
-      {"copy constructor"}, filled, [](Holder& h) { const CCredentials copy(*h.credentials); }, look);
-  sweep(
-      {"GenerateCredentialsString"}, filled,
-      [](Holder& h) {
-        tovin::WideString text;
-        h.credentials->GenerateCredentialsString(text);
-        CCredentials received(text);
-        const bool intact = received.VerifyChecksum();
-        received.DecryptBody();
-        h.text = wideToUtf8(received.GetUsername()) + (intact ? " intact" : " damaged");
-      },
-      look);
+      {"operator="}, [] { return Holder(); }, look,
+      [&](Holder& h) { *h.credentials = *filled().credentials; });
+  sweep({"copy constructor"}, filled, look, [](Holder& h) { const CCredentials copy(*h.credentials); });
+  sweep({"GenerateCredentialsString"}, filled, look, [](Holder& h) {
+    tovin::WideString text;
+    h.credentials->GenerateCredentialsString(text);
+    CCredentials received(text);
+    const bool intact = received.VerifyChecksum();
+    received.DecryptBody();
+    h.text = wideToUtf8(received.GetUsername()) + (intact ? " intact" : " damaged");
+  });
   sweepResult({"roles"}, [] {
     const tovin::Ptr<CAuthRolesCache> cache(CAuthRolesCache::allocate());
     for (unsigned i = 0; i < 40; ++i) cache->SetRole(i, (L"role" + std::to_wstring(i)).c_str());

@@ -17,6 +17,7 @@ namespace {
 using namespace faults;
 using testsupport::bytesOf;
 using testsupport::Reader;
+using testsupport::readFrom;
 using testsupport::Writer;
 using tovin::iNode;
 using tovin::Object;
@@ -77,25 +78,21 @@ TEST(FailingAllocation, LeavesPropertiesAndValues) {
   };
   for (const auto& row : rows) {
     for (Property (*make)() : {property, listProperty})
-      sweep(
-          {row.name}, make, [&row](Property& p) { row.act(*p); }, lookAtProperty);
+      sweep({row.name}, make, lookAtProperty, [&row](Property& p) { row.act(*p); });
   }
   sweep(
       {"serialize"}, [] { return std::pair(property(), std::string()); },
-      [](auto& state) { state.second = recordOf(*state.first); }, [](auto& state) { return state.second; });
+      [](auto& state) { return state.second; }, [](auto& state) { state.second = recordOf(*state.first); });
   Property fresh(CProperty::allocate());
-  sweep(
-      {"deserialize", After::asBeforeOr, lookAtProperty(fresh)}, property,
-      [](Property& p) {
-        static const std::string record = [] {
-          Writer out;
-          listProperty()->serialize(out);
-          return bytesOf(out);
-        }();
-        Reader in(record, tovin::currentSerializationVersion);
-        p->deserialize(in);
-      },
-      lookAtProperty);
+  sweep({"deserialize", After::asBeforeOr, lookAtProperty(fresh)}, property, lookAtProperty, [](Property& p) {
+    static const std::string record = [] {
+      Writer out;
+      listProperty()->serialize(out);
+      return bytesOf(out);
+    }();
+    Reader in(record, tovin::currentSerializationVersion);
+    p->deserialize(in);
+  });
 }
 
 TEST(FailingAllocation, LeavesEveryKindOfValue) {
@@ -131,37 +128,20 @@ TEST(FailingAllocation, LeavesEveryKindOfValue) {
       slot.value.reset(value);
     };
     for (const tovin::Value* other : kinds) {
-      sweep(
-          {"AppendToValue"}, make,
-          [=](Slot& slot) {
-            inSlot(slot, [&](tovin::Value*& value) {
-              tovin::util::AppendToValue(value, *other, false, L"a", L",");
-            });
-          },
-          look);
-      if (other == kind)
-        sweep(
-            {"copyFrom"}, make, [=](Slot& slot) { slot.value->copyFrom(*other); }, look);
+      sweep({"AppendToValue"}, make, look, [=](Slot& slot) {
+        inSlot(slot,
+               [&](tovin::Value*& value) { tovin::util::AppendToValue(value, *other, false, L"a", L","); });
+      });
+      if (other == kind) sweep({"copyFrom"}, make, look, [=](Slot& slot) { slot.value->copyFrom(*other); });
     }
     for (const tovin::ClassTag& tag :
          {tovin::ClassTag(tovin::StringValue::Tag), tovin::ClassTag(tovin::StringArrayValue::Tag)}) {
-      sweep(
-          {"CoerceToType"}, make,
-          [=](Slot& slot) {
-            inSlot(slot, [&](tovin::Value*& value) { tovin::util::CoerceToType(value, tag); });
-          },
-          look);
+      sweep({"CoerceToType"}, make, look, [=](Slot& slot) {
+        inSlot(slot, [&](tovin::Value*& value) { tovin::util::CoerceToType(value, tag); });
+      });
     }
     sweepResult({"getText"}, [=] { return tovin::wideToUtf8(kind->getText().view()); });
-    sweep(
-        {"deserialize", After::whole}, make,
-        [=](Slot& slot) {
-          Writer out;
-          kind->serialize(out);
-          Reader in(out);
-          slot.value->deserialize(in);
-        },
-        look);
+    sweep({"deserialize", After::whole}, make, look, [=](Slot& slot) { readFrom(*kind, *slot.value); });
   }
 }
 
@@ -169,9 +149,9 @@ TEST(FailingAllocation, LeavesEveryKindOfValue) {
 
 using Collection = Ptr<CPropertyCollection>;
 
-Collection collectionOf(int size) {
+Collection collectionOf(int size, const std::wstring& name = L"name") {
   Collection made(CPropertyCollection::allocate());
-  for (int i = 0; i < size; ++i) made->define((L"name" + std::to_wstring(i)).c_str(), L"value", 0);
+  for (int i = 0; i < size; ++i) made->define((name + std::to_wstring(i)).c_str(), L"value", 0);
   return made;
 }
 
@@ -189,7 +169,7 @@ std::string lookAtCollection(const Collection& collection) {
 }
 
 TEST(FailingAllocation, LeavesCollections) {
-  using Names = tovin::Array<tovin::WideString>;
+  const tovin::Array<tovin::WideString> order{L"name3", L"new", L"name1", L"newer"};
   const struct {
     const char* name;
     std::function<void(CPropertyCollection&)> act;
@@ -200,37 +180,14 @@ TEST(FailingAllocation, LeavesCollections) {
       {"define, number", [](auto& c) { c.define(L"new", 1.5, 0); }},
       {"find", [](auto& c) { c.find(L"NAME3"); }},
       {"get", [](auto& c) { c.get(L"NAME3"); }},
-      {"remove, name",
-       [](auto& c) {
-         if (c.isDefined(L"name1")) c.remove(L"name1");
-       }},
-      {"remove, index",
-       [](auto& c) {
-         if (c.isDefined(L"name2")) c.remove(c.getIndex(L"name2"));
-       }},
+      {"remove, name", [](auto& c) { c.remove(L"name1"); }},
+      {"remove, index", [](auto& c) { c.remove(c.getIndex(L"name2")); }},
       {"removeAll", [](auto& c) { c.removeAll(); }},
-      {"rename",
-       [](auto& c) {
-         if (c.isDefined(L"name2")) c.rename(L"name2", L"renamed");
-       }},
-      {"reorderProperty",
-       [](auto& c) {
-         if (c.getIndex(L"name0") == 0) c.reorderProperty(0, 3);
-       }},
-      {"reorder",
-       [](auto& c) {
-         c.reorder(Names{L"name3", L"new", L"name1", L"newer"}, true);
-       }},
-      {"keep",
-       [](auto& c) {
-         c.keep(Names{L"name3", L"new"}, true);
-       }},
-      {"appendFrom",
-       [](auto& c) {
-         Collection other(CPropertyCollection::allocate());
-         for (const wchar_t* name : {L"a", L"b", L"c"}) other->define(name, L"value", 0);
-         c.appendFrom(other.get());
-       }},
+      {"rename", [](auto& c) { c.rename(L"name2", L"renamed"); }},
+      {"reorderProperty", [](auto& c) { c.reorderProperty(0, 3); }},
+      {"reorder", [&](auto& c) { c.reorder(order, true); }},
+      {"keep", [&](auto& c) { c.keep(order, true); }},
+      {"appendFrom", [](auto& c) { c.appendFrom(collectionOf(3, L"other").get()); }},
       {"assignFrom, whole", [](auto& c) { c.assignFrom(collectionOf(11).get(), true); }},
       {"assignFrom", [](auto& c) { c.assignFrom(collectionOf(3).get(), false); }},
       {"operator=", [](auto& c) { c = *collectionOf(12); }},
@@ -239,16 +196,11 @@ TEST(FailingAllocation, LeavesCollections) {
   for (int size : {4, 9, 10, 24}) {
     for (const auto& row : rows)
       sweep(
-          {row.name}, [=] { return collectionOf(size); }, [&row](Collection& c) { row.act(*c); },
-          lookAtCollection);
-    const auto read = [](Collection& c) {
-      Writer out;
-      collectionOf(12)->serialize(out);
-      Reader in(out);
-      c->deserialize(in);
-    };
+          {row.name}, [=] { return collectionOf(size); }, lookAtCollection,
+          [&row](Collection& c) { row.act(*c); });
+    const auto read = [](Collection& c) { readFrom(*collectionOf(12), *c); };
     sweep(
-        {"deserialize", After::whole}, [=] { return collectionOf(size); }, read, lookAtCollection);
+        {"deserialize", After::whole}, [=] { return collectionOf(size); }, lookAtCollection, read);
   }
 }
 
@@ -273,17 +225,16 @@ TEST(FailingAllocation, LeavesTheStorageOfProperties) {
     return text;
   };
   const auto on = [](auto&& act) { return [act](std::unique_ptr<Storage>& storage) { act(storage->data); }; };
-  sweep({"RebuildHash"}, make, on([](auto& data) {
+  sweep({"RebuildHash"}, make, look, on([](auto& data) {
           data.SetHashNeedsRebuild();
           data.RebuildHash();
-        }),
-        look);
-  sweep({"AddToHash"}, make, on([](auto& data) { data.AddToHash(L"name3", 3); }), look);
-  sweep({"NewProperty"}, make,
-        on([](auto& data) { data.NewProperty(&CProperty::m_class)->deleteInstance(); }), look);
-  sweep({"NewValue"}, make, on([](auto& data) { data.NewValue(nullptr)->deleteInstance(); }), look);
-  sweep({"SetName"}, make, on([](auto& data) { data.SetName(3, L"another"); }), look);
-  sweep({"its own SetName"}, make, on([](auto& data) { data.GetProperty(4)->SetName(L"another"); }), look);
+        }));
+  sweep({"AddToHash"}, make, look, on([](auto& data) { data.AddToHash(L"name3", 3); }));
+  sweep({"NewProperty"}, make, look,
+        on([](auto& data) { data.NewProperty(&CProperty::m_class)->deleteInstance(); }));
+  sweep({"NewValue"}, make, look, on([](auto& data) { data.NewValue(nullptr)->deleteInstance(); }));
+  sweep({"SetName"}, make, look, on([](auto& data) { data.SetName(3, L"another"); }));
+  sweep({"its own SetName"}, make, look, on([](auto& data) { data.GetProperty(4)->SetName(L"another"); }));
 }
 
 // ---- nodes
@@ -356,41 +307,19 @@ TEST(FailingAllocation, LeavesNodes) {
            n.insertChildBefore(n.getChildAt(1)->getChildAt(0), n.getChildAt(0));
        },
        After::whole},
-      {"removeChildAt",
-       [](auto& n) {
-         if (n.getNumberOfChildren() == 4) n.removeChildAt(0);
-       }},
+      {"removeChildAt", [](auto& n) { n.removeChildAt(0); }},
       {"removeAllChildren", [](auto& n) { n.removeAllChildren(); }},
       {"clear", [](auto& n) { n.clear(); }},
       {"assignFromNode", [](auto& n) { n.assignFromNode(tree()->getChildAt(1), true); }},
       {"assignFromNode, shallow", [](auto& n) { n.assignFromNode(tree()->getChildAt(1), false); }},
-      {"assignFromNode, own child",
-       [](auto& n) {
-         if (n.getNumberOfChildren() == 4) n.assignFromNode(n.getChildAt(1), true);
-       }},
-      {"operator=",
-       [](auto& n) {
-         CBaseNode other;
-         other = n;
-       }},
+      {"assignFromNode, own child", [](auto& n) { n.assignFromNode(n.getChildAt(1), true); }},
+      {"operator=", [](auto& n) { CBaseNode() = n; }},
       {"copy constructor", [](auto& n) { const CBaseNode copy(n); }},
       {"clone", [](auto& n) { n.clone()->deleteInstance(); }},
       {"cloneNode", [](auto& n) { n.cloneNode(false)->deleteInstance(); }},
-      {"clone of a carrier",
-       [](auto& n) {
-         if (n.getNumberOfChildren() == 4) n.getChildAt(3)->clone()->deleteInstance();
-       }},
-      {"allocate",
-       [](auto&) {
-         CBaseNode* made = CBaseNode::allocate();
-         CBaseNode::deallocate(made);
-       }},
-      {"allocateCopy",
-       [](auto& n) {
-         CBaseNode* made = CBaseNode::allocateCopy(n);
-         CBaseNode::deallocate(made);
-       },
-       After::whole},
+      {"clone of a carrier", [](auto& n) { n.getChildAt(3)->clone()->deleteInstance(); }},
+      {"allocate", [](auto&) { CBaseNode::allocate()->deleteInstance(); }},
+      {"allocateCopy", [](auto& n) { CBaseNode::allocateCopy(n)->deleteInstance(); }, After::whole},
       {"getIndexPath",
        [](auto& n) {
          tovin::IntegerArrayValue path;
@@ -408,17 +337,8 @@ TEST(FailingAllocation, LeavesNodes) {
        }},
   };
   for (const auto& row : rows)
-    sweep(
-        {row.name, row.after}, tree, [&row](Node& node) { row.act(*node); }, lookAtNode);
-  sweep(
-      {"deserialize", After::whole}, tree,
-      [](Node& node) {
-        Writer out;
-        tree()->serialize(out);
-        Reader in(out);
-        node->deserialize(in);
-      },
-      lookAtNode);
+    sweep({row.name, row.after}, tree, lookAtNode, [&row](Node& node) { row.act(*node); });
+  sweep({"deserialize", After::whole}, tree, lookAtNode, [](Node& node) { readFrom(*tree(), *node); });
   sweepResult({"operator= shares"}, [] {
     const Node a = tree(), b = tree();
     *b = *a;
@@ -444,15 +364,9 @@ TEST(FailingAllocation, LeavesQueries) {
       result += root->query(fresh, 0, text) ? tovin::wideToUtf8(text.view()) : "-";
       root->query(fresh, 0, truth);
       root->query(fresh, 0, number);
-      try {
+      if (*expression == L'/') {  // the others select nothing
         root->query(fresh, 0, nodes);
         root->query(fresh, 0, properties);
-      } catch (const std::bad_alloc&) {
-        throw;
-      } catch (const tovin::Exception& e) {
-        if (e.getTrail().empty()) throw;
-        if (tovin::wideToUtf8(e.getMessage()).find("alloc") != std::string::npos) throw;
-        if (tovin::wideToUtf8(e.getMessage()).find("emory") != std::string::npos) throw;
       }
       return result + (truth ? " true " : " false ") + std::to_string(number) + ' ' +
              std::to_string(nodes.getSize()) + ' ' + std::to_string(properties.getSize());

@@ -36,9 +36,9 @@ struct Scene {
 /// \param scene makes everything anew, and keeps it in what its functions hold.
 void sweepScenes(const Row& row, const std::function<Scene()>& scene);
 
-/// Objects from make(), which act() changes and look() shows.
-template <class Make, class Act, class Look>
-void sweep(const Row& row, Make make, Act act, Look look) {
+/// Objects from make(), which look() shows and act() changes.
+template <class Make, class Look, class Act>
+void sweep(const Row& row, Make make, Look look, Act act) {
   sweepScenes(row, [=] {
     auto objects = std::make_shared<decltype(make())>(make());
     return Scene{[=] { act(*objects); }, [=] { return look(*objects); }};
@@ -48,9 +48,9 @@ void sweep(const Row& row, Make make, Act act, Look look) {
 /// An operation with nothing but a result, whose text act() returns.
 template <class Act>
 void sweepResult(const Row& row, Act act) {
+  const auto look = [](const std::string& result) { return result; };
   sweep(
-      row, [] { return std::string(); }, [=](std::string& result) { result = act(); },
-      [](const std::string& result) { return result; });
+      row, [] { return std::string(); }, look, [=](std::string& result) { result = act(); });
 }
 
 }  // namespace faults

@@ -42,6 +42,15 @@ class Reader : private std::string, public ztMemoryByteInputStream {
   explicit Reader(const Writer& out) : Reader(bytesOf(out), out.getSerializationVersion()) {}
 };
 
+/// Reads an object from the record of another.
+template <class From, class To>
+void readFrom(const From& from, To& to, int version = tovin::currentSerializationVersion) {
+  Writer out(version);
+  from.serialize(out);
+  Reader in(out);
+  to.deserialize(in);
+}
+
 /// The message of the framework exception that the body raises.
 template <class Body>
 std::string messageOf(Body&& body) {

@@ -14,9 +14,9 @@ using tovin::ClassTag;
 class Plain : public tovin::FrameworkClass<Plain, tovin::CountedObject> {
  public:
   static constexpr const char* ClassName = "Plain";
-  static const tovin::ClassTagDecl Tag;
-  static tovin::LeakDetector m_leakDetector;
-  static tovin::ClassImp<Plain> m_class;
+  static inline const tovin::ClassTagDecl Tag{"test.Plain"};
+  static inline tovin::LeakDetector m_leakDetector{ClassName};
+  static inline tovin::ClassImp<Plain> m_class{Tag, m_leakDetector};
   static bool fails;
 
   Plain() {
@@ -24,9 +24,6 @@ class Plain : public tovin::FrameworkClass<Plain, tovin::CountedObject> {
   }
   Plain(const Plain& other) = default;
 };
-const tovin::ClassTagDecl Plain::Tag("test.Plain");
-tovin::LeakDetector Plain::m_leakDetector(Plain::ClassName);
-tovin::ClassImp<Plain> Plain::m_class(Plain::Tag, Plain::m_leakDetector);
 bool Plain::fails = false;
 
 TEST(ClassRegistry, FindsAClassByNameAndByEitherHash) {

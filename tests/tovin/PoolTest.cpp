@@ -25,23 +25,19 @@ class Recycled : public tovin::FrameworkClass<T, tovin::PooledObject> {
 class Unlimited : public Recycled<Unlimited> {
  public:
   static constexpr const char* ClassName = "Unlimited";
-  static const tovin::ClassTagDecl Tag;
-  static tovin::LeakDetector m_leakDetector;
+  static inline const tovin::ClassTagDecl Tag{"test.Unlimited"};
+  static inline tovin::LeakDetector m_leakDetector{ClassName};
   static tovin::PooledClassImp<Unlimited> m_class;
 };
-const tovin::ClassTagDecl Unlimited::Tag("test.Unlimited");
-tovin::LeakDetector Unlimited::m_leakDetector(Unlimited::ClassName);
 tovin::PooledClassImp<Unlimited> Unlimited::m_class(Unlimited::Tag, Unlimited::m_leakDetector);
 
 class Limited : public Recycled<Limited> {
  public:
   static constexpr const char* ClassName = "Limited";
-  static const tovin::ClassTagDecl Tag;
-  static tovin::LeakDetector m_leakDetector;
+  static inline const tovin::ClassTagDecl Tag{"test.Limited"};
+  static inline tovin::LeakDetector m_leakDetector{ClassName};
   static tovin::PooledClassImp<Limited, 2> m_class;
 };
-const tovin::ClassTagDecl Limited::Tag("test.Limited");
-tovin::LeakDetector Limited::m_leakDetector(Limited::ClassName);
 tovin::PooledClassImp<Limited, 2> Limited::m_class(Limited::Tag, Limited::m_leakDetector);
 
 class Pools : public testing::Test {

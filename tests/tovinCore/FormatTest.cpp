@@ -14,7 +14,8 @@ TEST(Format, PrintsEveryConversionWithoutALocale) {
             L"wide|n\xE9|(null)");
   EXPECT_EQ(format(L"%.1f %.1f %.0f %e %g", 4.69897, -0.25, 2.5, 12345.0, 0.0001),
             L"4.7 -0.2 2 1.234500e+04 0.0001");
-  EXPECT_EQ(format(L"[%5d|%-5d|%05d|%5ls]", 42, 42, -42, L"ab"), L"[   42|42   |-0042|   ab]");
+  EXPECT_EQ(format(L"[%5d|%-5d|%05d|%06.3d|%5ls]", 42, 42, -42, 42, L"ab"),
+            L"[   42|42   |-0042|   042|   ab]");
   EXPECT_EQ(format(L"100%% %c", L'x'), L"100% x");
 }
 

@@ -108,26 +108,18 @@ TEST_F(Http, ConsentIsWaitedForWhenAskedFor) {
   EXPECT_THAT(body, HasSubstr("text"));
 }
 
-TEST_F(Http, RefusalBeforeTheBodyIsToldAsAnswered) {
-  SocketServer server({[&](Connection& connection) {
-    connection.readHead();
-    connection.send(answer("403 Forbidden", "no"));
-  }});
-  EXPECT_EQ(messageOf([&] { attempt(http_, server.url(), "text", 5000, CHttp::ChunkedAfterContinue); }),
-            "The server answered 403 Forbidden");
-  EXPECT_EQ(bodyOf(http_), "no");
-}
-
-TEST_F(Http, RefusalInTheMiddleOfTheBodyIsToldAsAnswered) {
-  SocketServer server({[&](Connection& connection) {
-    connection.readHead();
-    connection.send(answer("413 Payload Too Large", "big"));
-    connection.readBody();
-  }});
-  const std::string content(50'000'000, 'x');
-  EXPECT_EQ(messageOf([&] { post(http_, server.url(), content); }),
-            "The server answered 413 Payload Too Large");
-  EXPECT_EQ(bodyOf(http_), "big");
+TEST_F(Http, RefusalBeforeOrInTheBodyIsToldAsAnswered) {
+  for (const int64_t size : {CHttp::ChunkedAfterContinue, CHttp::Chunked}) {
+    SocketServer server({[&](Connection& connection) {
+      connection.readHead();
+      connection.send(answer("413 Payload Too Large", "big"));
+      if (size == CHttp::Chunked) connection.readBody();
+    }});
+    const std::string content(50'000'000, 'x');
+    EXPECT_EQ(messageOf([&] { attempt(http_, server.url(), content, 5000, size); }),
+              "The server answered 413 Payload Too Large");
+    EXPECT_EQ(bodyOf(http_), "big");
+  }
 }
 
 TEST_F(Http, AnswersThatAreNoSuccessAreRaised) {

@@ -118,6 +118,7 @@ TEST_F(HierarchicalName, RemovesOwnPropertiesFirst) {
 
 TEST_F(HierarchicalName, RenamesWithinAndBetweenCollections) {
   own_.rename(L"a", L"a");
+  own_.rename(L"none", L"none");  // equal names: nothing is looked up
   own_.rename(L"a", L"A");
   EXPECT_EQ(names(own_), "A b");
   own_.rename(L"/r/x/p", L"/r/x/P");
@@ -162,7 +163,9 @@ TEST_F(HierarchicalName, IsNotRenamedOntoAnotherOrToNothing) {
   } rows[] = {
       {L"none", L"c", L"Source property none not found to rename"},
       {L"a", L"/r/x/q", L"Destination property /r/x/q already exists, cannot rename source property a"},
+      {L"a", L"B", L"Destination property B already exists, cannot rename source property a"},
       {L"a", L"", L"Source property a cannot be renamed to empty text"},
+      {L"a", nullptr, L"Source property a cannot be renamed to empty text"},
       {L"a", L"/none/", L"Source property a cannot be renamed to empty text"},
       {L"a", L"/r/x/", L"Source property a cannot be renamed to empty text"},
       {L"a", L"/none/c", L"Failed to find hierarchical location \"/none\"\n"}};

@@ -194,10 +194,7 @@ TEST(PropertyRecord, LongNamesTakeTheHeapAndStayTheSame) {
     for (int version : {1, 2, 3}) {
       CProperty property, back;
       property.SetName(name.c_str());
-      Writer out(version);
-      property.serialize(out);
-      Reader in(out);
-      back.deserialize(in);
+      readFrom(property, back, version);
       EXPECT_EQ(std::wstring(back.getName()), name);
     }
   }
@@ -208,10 +205,7 @@ TEST(PropertyRecord, AValueOfTheSameClassIsKept) {
   source.setValue(L"new");
   target.setValue(L"old");
   const tovin::Value* value = &target.getValue();
-  Writer out;
-  source.serialize(out);
-  Reader in(out);
-  target.deserialize(in);
+  readFrom(source, target);
   EXPECT_EQ(&target.getValue(), value);
   EXPECT_TRUE(target.getValue().equals(source.getValue()));
 }
