@@ -107,9 +107,9 @@ py::tuple toTuple(const Found& found) {
   for (const Found::Field& field : found.fields)
     fields.append(py::make_tuple(field.isNumber ? "number" : "text", field.field1, field.field2,
                                  field.column ? py::object(text(*field.column)) : py::object(py::none()),
-                                 text(field.text1), text(field.text2),
-                                 ofNumber(field, field.absolute), ofNumber(field, field.relative),
-                                 ofNumber(field, field.digits), field.within));
+                                 text(field.text1), text(field.text2), ofNumber(field, field.absolute),
+                                 ofNumber(field, field.relative), ofNumber(field, field.digits),
+                                 field.within));
   return py::make_tuple(kinds[static_cast<size_t>(found.kind)], found.line1, found.line2, text(found.text1),
                         text(found.text2), fields);
 }

@@ -79,7 +79,6 @@ TEST(FailingAllocation, LeavesServices) {
   });
 }
 
-// Off until questions about schemas are no longer remembered as asked when they failed.
 TEST(FailingAllocation, LeavesQuestionsToServices) {
   sweep(
       {"all questions"}, parsedService, [](const Service& service) { return service.text; },

@@ -113,6 +113,9 @@ TEST_F(Lines, WhatIsWrittenLaterIsFound) {
   EXPECT_EQ(rest(text), L"[c\n]");
   text.Seek(3);
   EXPECT_EQ(rest(text), L"[bc\n]");
+  ztMemoryStringFile cut(L"a\r");
+  ztStringReader last(cut);
+  EXPECT_EQ(rest(last), L"[a\r\n]");
 }
 
 TEST_F(Lines, ALineWithoutEndIsRefusedWhenItGrowsTooLong) {

@@ -139,7 +139,8 @@ bool operator==(const Value& left, const Value& right) {
     open.pop_back();
     if (one->kind() != other->kind()) return false;
     switch (one->kind()) {
-      case Value::Kind::null: break;
+      case Value::Kind::null:
+        break;
       case Value::Kind::boolean:
         if (one->boolean() != other->boolean()) return false;
         break;

@@ -169,6 +169,7 @@ TEST(QueryResults, TakeElementsOrOwnersOfAttributesByTheSelector) {
   EXPECT_EQ(select(*root, L"//@* | //c", 0), Places{"/*[1]/*[2]/"});
   EXPECT_EQ(select(*root, L"//@* | //c | /a", 2), (Places{"/*[1]/", "/*[1]/*[1]/"}));
   EXPECT_EQ(select(*root, L"//@* | //c | /a", 3), (Places{"/*[1]/", "/*[1]/*[1]/", "/*[1]/*[2]/"}));
+  EXPECT_EQ(select(*root, L"@x/following::*", 1), (Places{"/*[1]/*[1]/", "/*[1]/*[2]/"}));
   EXPECT_EQ(selectProperties(*root, L"//b/@x | //c | /a/@*"), (Places{"x=1", "y=2", "x=3"}));
 }
 

@@ -82,6 +82,21 @@ TEST_F(Upload, ServerReceivesTheFormInItsOrder) {
   }
 }
 
+TEST_F(Upload, ConsentIsAskedForWithoutTheFlag) {
+  const std::string file = folder_.write("a", "x");
+  for (bool flag : {true, false}) {
+    std::string head;
+    SocketServer server({[&](Connection& connection) {
+      head = connection.readHead();
+      if (!flag) connection.send("HTTP/1.1 100 Continue\r\n\r\n");
+      connection.readBody();
+      connection.send("HTTP/1.1 200 OK\r\nContent-Length: 0\r\n\r\n");
+    }});
+    EXPECT_EQ(upload(file, server.url(), {}, flag), "");
+    EXPECT_EQ(head.find("Expect: 100-continue") == head.npos, flag) << head;
+  }
+}
+
 TEST_F(Upload, JobIsLeftOutOrEmpty) {
   const WebServer server;
   const std::string file = folder_.write("empty", "");
@@ -240,9 +255,9 @@ TEST_F(Upload, FailuresHaveAKind) {
 class UploadTls : public Upload {
  protected:
   // An upload to a server of that certificate, by a client that trusts the authority.
-  std::string uploadTo(const std::string& certificate) const {
+  std::string uploadTo(const std::string& certificate, const std::string& configuration = {}) const {
     const ScopedVariable trusted("SSL_CERT_FILE", certificates_.authority());
-    const WebServer server(certificates_.serverOf(certificate), "localhost");
+    const WebServer server(certificates_.serverOf(certificate) + configuration, "localhost");
     const std::string result = upload(folder_.write("a", "x"), server);
     EXPECT_EQ(result.empty(), !server.report().empty());
     return result;
@@ -259,6 +274,10 @@ TEST_F(UploadTls, OnlyACertificateThatVerifiesIsTrusted) {
   EXPECT_THAT(uploadTo("wrong"),
               AnyOf(HasSubstr("failed: SSL: no alternative certificate subject name matches"),
                     HasSubstr("failed: schannel: CertGetNameString() failed to match connection hostname")));
+  EXPECT_EQ(uploadTo("good",
+                     "server.modules += (\"mod_redirect\")\nurl.redirect-code = 307\n"
+                     "url.redirect = (\"\" => \"http://127.0.0.1:1/\")\n"),
+            std::string("The server redirects from HTTPS to http://127.0.0.1:1/") + wrapped);
 }
 
 TEST(ErrorPage, ReasonIsTheFirstParagraph) {

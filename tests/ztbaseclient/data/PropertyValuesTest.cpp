@@ -10,6 +10,7 @@
 #include "tovin/values/NullValue.h"
 #include "tovin/values/StringArrayValue.h"
 #include "tovin/values/StringValue.h"
+#include "tovin/values/ValueUtil.h"
 #include "ztbaseclient/data/CProperty.h"
 
 namespace {
@@ -94,6 +95,16 @@ TEST(PropertyValue, AppendingKeepsEverything) {
   EXPECT_EQ(appended(L"ab", tovin::StringValue(L"cd")), "DraVolin.value.String: abcd");
   EXPECT_EQ(appended(bits, bits), "DraVolin.value.Bitset: 1 4");
   EXPECT_EQ(appended(1.5, tovin::StringValue(L"x")), "DraVolin.value.StringArray: 1.5 x");
+  CProperty property;
+  property.setValue(bits);
+  property.appendValue(bits);
+  EXPECT_EQ(as<tovin::BitsetValue>(property)->getNumBits(), 6u);
+  for (const auto& [first, text] : {std::pair(L"", "cd"), std::pair(L"ab", "ab, cd")}) {
+    tovin::Value* value = tovin::StringValue(first).cloneValue();
+    tovin::util::AppendToValue(value, tovin::StringValue(L"cd"), false, L"n", L", ");
+    EXPECT_EQ(tovin::wideToUtf8(value->getText()), text);
+    value->deleteInstance();
+  }
 }
 
 TEST(PropertyValue, IsCoercedByItsText) {

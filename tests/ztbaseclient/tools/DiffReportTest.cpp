@@ -54,6 +54,7 @@ TEST_F(DiffReport, HeadlinesOfEveryOutcome) {
        "warning: Difference within acceptable tolerance level (120.0 vs 119) detected"},
       {"1.0 2.5\n1.001", "1.0 2.500001\n1.002", 3,
        "warning: Difference within acceptable tolerance level (3.0 vs 3) detected"},
+      {"10\n", "11.0\n", 1, "warning: Difference within acceptable tolerance level (1.0 vs 1) detected"},
       {"1.5\n", "1.6\n", -9, "warning: Difference within acceptable tolerance level (1.2 vs -9) detected"},
       {"1.0\n", "100.0\n", 5, "error: Tolerance exceeded (-2.0 < 5) at line 1\n"},
       {"1.0\n", "inf\n", 5, "error: Tolerance exceeded (-inf < 5) at line 1\n"},
