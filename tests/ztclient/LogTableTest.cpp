@@ -81,8 +81,8 @@ TEST(LogFilter, LeavesOutEntriesInEveryForm) {
        {"printf '<<<ConsoleEntry\\nv\\t%050000d\\nConsoleEntry>>>\\n' 0 >long; ztclient log long --where "
         "'v~(0*)*1' --where 'v~(0|00)+$'",
         0, "", ""},
-       {"(" ZTB_COMMAND " log log --follow --where code=7 & sleep .5; kill $!)", 0, "state: failed\ncode: 7\n\n",
-        ""}});
+       {"(" ZTB_COMMAND " log log --follow --where code=7 & sleep .5; kill $!)", 0,
+        "state: failed\ncode: 7\n\n", ""}});
 }
 
 TEST(LogCounts, AreByValueTheMostFrequentFirst) {
