@@ -1,0 +1,47 @@
+#pragma once
+
+#include <map>
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "ztservice/Service.h"
+#include "ztservice/call/Pattern.h"
+
+namespace ztservice::call {
+
+// Texts as values of simple types: what their facets say, those of all bases.
+//
+// - Shape: what cannot be judged is no fault: a type that is not resolved, an expression that is none.
+// - Threads: one at a time.
+class SimpleValues {
+ public:
+  explicit SimpleValues(const Service& service) : service_(service) {}
+
+  // The type of a reference; null for one that is not resolved.
+  const Type* typeOf(const TypeReference& reference) const;
+  static bool isSimple(const Type& type);
+
+  // What is wrong with a text, as a sentence that begins with it; empty if nothing.
+  std::string faultOf(const Type& type, std::string_view text);
+  // A text that has no fault, where one can be found.
+  std::string sampleOf(const Type& type);
+
+ private:
+  // The type and what it restricts, up to the built-in one.
+  std::vector<const Type*> lineOf(const Type& type) const;
+  std::string whiteSpaceOf(const std::vector<const Type*>& line) const;
+  std::string faultOf(const Type& type, std::string_view text, size_t depth);
+  std::string faultInUnion(const Type& type, std::string_view text, size_t depth);
+  std::string faultOfFacets(const Type& step, const Type& type, const std::string& text);
+  std::string faultOfFacet(const Facet& facet, const Type& type, const std::string& text) const;
+  bool isOneOf(const Type& step, const Type& type, const std::string& text) const;
+  const Pattern* pattern(std::string_view expression);
+  std::string sampleOf(const Type& type, size_t depth);
+  std::vector<std::string> candidatesFor(const Type& type, const std::vector<const Type*>& line);
+
+  const Service& service_;
+  std::map<std::string_view, std::optional<Pattern>> patterns_;
+};
+
+}  // namespace ztservice::call
