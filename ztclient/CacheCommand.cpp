@@ -11,8 +11,8 @@
 #include "ztclient/Commands.h"
 #include "ztclient/arguments/Arguments.h"
 #include "ztclient/arguments/NameValue.h"
-#include "ztclient/arguments/Suggestion.h"
 #include "ztclient/terminal/Messages.h"
+#include "ztservice/call/Nearest.h"
 
 namespace {
 
@@ -74,9 +74,7 @@ CCacheRequest::Arguments toArguments(const std::vector<NameValue>& arguments) {
 unsigned bitOf(const std::string& name) {
   const Argument* argument = find(name);
   if (argument && argument->bit != 0) return argument->bit;
-  const std::string meant = nearest(name, names(true));
-  throw CLI::ValidationError("no argument \"" + name + '"' +
-                             (meant.empty() ? std::string() : "; did you mean \"" + meant + "\"?"));
+  throw CLI::ValidationError("no argument \"" + name + '"' + ztservice::call::suggestion(name, names(true)));
 }
 
 // "0x3", "3", or names between commas.

@@ -17,10 +17,10 @@
 #include "ztclient/answers/ServiceText.h"
 #include "ztclient/answers/WsdlJson.h"
 #include "ztclient/arguments/Arguments.h"
-#include "ztclient/arguments/Suggestion.h"
 #include "ztclient/input/Document.h"
 #include "ztclient/input/ServiceFile.h"
 #include "ztclient/terminal/Messages.h"
+#include "ztservice/call/Nearest.h"
 
 namespace {
 
@@ -143,9 +143,8 @@ ztservice::Service narrowed(const ztservice::Service& service, const std::string
     for (const ztservice::Operation& one : port.operations()) names.emplace_back(one.name());
   }
   if (std::find(names.begin(), names.end(), operation) != names.end()) return service.narrowedTo(operation);
-  const std::string meant = nearest(operation, names);
   const std::string text =
-      "no operation \"" + operation + '"' + (meant.empty() ? "" : "; did you mean \"" + meant + "\"?");
+      "no operation \"" + operation + '"' + ztservice::call::suggestion(operation, names);
   throw tovin::Exception(tovin::utf8ToWide(text).c_str());
 }
 

@@ -4,7 +4,7 @@
 #include <charconv>
 
 #include "tovinCore/Utf8.h"
-#include "ztclient/arguments/Suggestion.h"
+#include "ztservice/call/Nearest.h"
 
 namespace {
 
@@ -135,7 +135,7 @@ CLI::Option* arguments::addFile(CLI::App& app, const std::string& name, std::str
 CLI::Option* arguments::restrictTo(CLI::Option* option, const std::vector<std::string>& words) {
   return addWords(option, words, [words](std::string& text) -> std::string {
     if (std::ranges::count(words, text)) return {};
-    const std::string meant = nearest(text, words);
+    const std::string meant = ztservice::call::nearest(text, words);
     return "no value \"" + text + '"' +
            (meant.empty() ? "; there are " : "; did you mean \"" + meant + "\"? There are ") +
            joined(words, ", ");

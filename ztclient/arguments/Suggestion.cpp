@@ -1,7 +1,8 @@
 #include "ztclient/arguments/Suggestion.h"
 
-#include <algorithm>
 #include <vector>
+
+#include "ztservice/call/Nearest.h"
 
 namespace {
 
@@ -19,24 +20,6 @@ std::string pathOf(const CLI::App& app) {
     path += ' ' + command->get_name();
   }
   return path;
-}
-
-// How many letters have to be put in, taken out, exchanged, or swapped with their neighbour.
-size_t distance(const std::string& a, const std::string& b) {
-  std::vector<std::vector<size_t>> rows(a.size() + 1, std::vector<size_t>(b.size() + 1));
-  for (size_t i = 0; i <= a.size(); ++i) {
-    for (size_t j = 0; j <= b.size(); ++j) {
-      if (i == 0 || j == 0) {
-        rows[i][j] = i + j;
-        continue;
-      }
-      const size_t exchanged = rows[i - 1][j - 1] + (a[i - 1] == b[j - 1] ? 0 : 1);
-      rows[i][j] = std::min({rows[i - 1][j] + 1, rows[i][j - 1] + 1, exchanged});
-      const bool swapped = i > 1 && j > 1 && a[i - 1] == b[j - 2] && a[i - 2] == b[j - 1];
-      if (swapped) rows[i][j] = std::min(rows[i][j], rows[i - 2][j - 2] + 1);
-    }
-  }
-  return rows[a.size()][b.size()];
 }
 
 std::vector<std::string> commandsOf(const CLI::App& app) {
@@ -57,8 +40,7 @@ std::vector<std::string> optionsOf(const CLI::App& app) {
 std::string quoted(const std::string& text) { return '"' + text + '"'; }
 
 std::string unknown(const std::string& kind, const std::string& word, const std::vector<std::string>& words) {
-  const std::string meant = nearest(word, words);
-  return "no " + kind + ' ' + quoted(word) + (meant.empty() ? "" : "; did you mean " + quoted(meant) + "?");
+  return "no " + kind + ' ' + quoted(word) + ztservice::call::suggestion(word, words);
 }
 
 // "only FILE1 FILE2 can be given".
@@ -71,16 +53,6 @@ std::string taken(const CLI::App& command) {
 }
 
 }  // namespace
-
-std::string nearest(const std::string& word, const std::vector<std::string>& words) {
-  constexpr size_t longest = 64;  // a longer word is no mistyped one
-  if (words.empty() || word.size() > longest) return {};
-  const auto best = std::min_element(words.begin(), words.end(), [&](const auto& a, const auto& b) {
-    return distance(word, a) < distance(word, b);
-  });
-  const size_t letters = best->size() - std::min(best->find_first_not_of('-'), best->size());
-  return distance(word, *best) <= std::max<size_t>(1, letters / 3) ? *best : std::string();
-}
 
 std::string explain(const CLI::App& app, const CLI::ParseError& error) {
   const CLI::App& command = deepest(app);

@@ -13,6 +13,3 @@ std::string explain(const CLI::App& app, const CLI::ParseError& error);
 
 /// "no command \"quary\"; did you mean \"query\"?"
 std::string noCommand(const std::string& word, const std::vector<std::string>& words);
-
-/// Of several words the one nearest to a mistyped one; empty when none is near.
-std::string nearest(const std::string& word, const std::vector<std::string>& words);

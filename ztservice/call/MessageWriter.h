@@ -1,0 +1,88 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "ztservice/Service.h"
+#include "ztservice/call/Content.h"
+#include "ztservice/call/SimpleValue.h"
+#include "ztservice/call/XmlText.h"
+
+namespace ztservice::call {
+
+// Something that is written as an element.
+struct Declared {
+  Name name;
+  TypeReference type;
+  bool nillable = false;
+  bool isAbstract = false;
+  std::optional<std::string_view> defaultValue;
+  std::optional<std::string_view> fixedValue;
+  std::vector<Name> substitutes;
+  std::string_view error;
+
+  static Declared of(const Element& element);
+};
+
+// Values as XML, checked against their types on the way: one pass does both.
+class MessageWriter {
+ public:
+  // The service outlives it.
+  explicit MessageWriter(const Service& service) : service_(service), simple_(service) {}
+
+  // With types and arrays as a SOAP encoding has them from now on; as schemas say for an empty one.
+  void encode(std::string_view encoding) { encoding_ = encoding; }
+
+  // \param step how findings call it: "order".
+  void element(const Declared& what, const Value& value, const std::string& step);
+  // What is inside an element of a type, without the element. Nothing is written for attributes.
+  void content(const TypeReference& type, const Value& value);
+  // A value of a simple type, as text; empty for what is none.
+  std::string simpleText(const TypeReference& type, const Value& value, const std::string& step);
+
+  XmlText& xml() noexcept { return xml_; }
+  Findings& findings() noexcept { return findings_; }
+
+ private:
+  class Step;
+
+  Declared declared(const Placed& placed) const;
+  bool standIn(Declared& what, const Value& value);
+  const Type* typeOf(const Declared& what, const Value& value, bool& isOther);
+  const Type* otherType(const Type* declared, std::string_view name);
+  bool isDerived(const Type* type, const Type& base) const;
+  std::vector<std::string> standInsOf(const Type& type) const;
+  void filledIn(const Declared& what);
+  void nil(const Declared& what, const Type* type, const Value& value);
+  void filled(const Declared& what, const Type* type, bool isOther, const Value& value);
+  void typeAttribute(const Type& type);
+  void attributes(const Type& type, const Value& value);
+  void leftOver(const Type& type, const Value& value);
+  void inside(const Declared& what, const Type* type, const Value& value);
+  void complex(const Type& type, const Value& value);
+  void simpleContent(const Type& type, const Value& value);
+  void mixed(const Type& type, const Value& value);
+  void place(const Placed& placed);
+  void wildcard(const Placed& placed);
+  void untyped(const Value& value);
+  void untypedAttributes(const Value& value);
+  void items(const Type& type, const Value& value);
+  void itemsOf(const TypeReference& item, std::string_view itemName, std::string_view dimensions,
+               const Value& value, bool isEncoded);
+  std::string textOf(const Type& type, const Value& value);
+  std::string plainText(const Value& value);
+  void checkText(std::string_view text);
+  void checkFixed(const Declared& what, const Type& type, const std::string& text);
+  void complain(std::string text) { findings_.add(path_, std::move(text)); }
+
+  const Service& service_;
+  SimpleValues simple_;
+  XmlText xml_;
+  Findings findings_;
+  std::string_view encoding_;
+  std::string path_;
+  size_t depth_ = 0;
+};
+
+}  // namespace ztservice::call

@@ -1,0 +1,355 @@
+#include "ztservice/call/Request.h"
+
+#include <algorithm>
+
+#include "ztservice/call/MessageWriter.h"
+#include "ztservice/call/Nearest.h"
+#include "ztservice/load/Location.h"
+
+namespace ztservice::call {
+
+namespace {
+
+[[noreturn]] void refuse(std::string_view text) { throw Error({}, text); }
+
+// Every byte but the unreserved ones of RFC 3986, section 2.3.
+std::string percentEncoded(std::string_view text) {
+  constexpr char digits[] = "0123456789ABCDEF";
+  std::string out;
+  for (const char c : text) {
+    const auto byte = static_cast<unsigned char>(c);
+    const bool isPlain = (c >= '0' && c <= '9') || (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z') ||
+                         c == '-' || c == '.' || c == '_' || c == '~';
+    if (isPlain)
+      out += c;
+    else
+      out += {'%', digits[byte >> 4], digits[byte & 15]};
+  }
+  return out;
+}
+
+bool hasControls(std::string_view text) {
+  return std::any_of(text.begin(), text.end(),
+                     [](char c) { return static_cast<unsigned char>(c) < 0x20 || c == 0x7F; });
+}
+
+// One request on its way.
+class RequestMaker {
+ public:
+  RequestMaker(const Service& service, const Port& port, const Operation& operation, const Value& values,
+               const RequestOptions& options)
+      : service_(service),
+        port_(port),
+        operation_(operation),
+        // Nothing at all is an object without members.
+        values_(values.isNull() ? nothing() : values),
+        options_(options),
+        writer_(service) {}
+
+  Request make() {
+    if (!operation_.error().empty()) refuse(operation_.error());
+    request_.address = options_.address.empty() ? std::string(port_.address()) : options_.address;
+    if (port_.protocol() == Protocol::other)
+      refuse("the port " + std::string(port_.name()) + " is neither of SOAP nor of HTTP");
+    if (operation_.input()) checkMessage(*operation_.input());
+    if (port_.protocol() == Protocol::http)
+      http();
+    else
+      soap();
+    const Findings& findings = writer_.findings();
+    if (findings.isFatal() || (options_.check && !findings.list().empty()))
+      throw RequestError(findings.list());
+    if (request_.address.empty())
+      refuse("the port " + std::string(port_.name()) + " has no address: give one");
+    if (!parse::location::isWeb(request_.address))
+      refuse(request_.address + " is no address of HTTP or HTTPS");
+    if (hasControls(request_.address)) refuse("the address has control characters");
+    return std::move(request_);
+  }
+
+ private:
+  static const Value& nothing() {
+    static const Value none{Value::Object{}};
+    return none;
+  }
+
+  void checkMessage(const Message& message) {
+    if (!message.error.empty()) refuse(message.error);
+    for (const Part& part : message.parts) {
+      if (!part.error.empty()) refuse("the part " + std::string(part.name) + ": " + std::string(part.error));
+    }
+  }
+
+  // What a part is, as an element.
+  Declared declared(const Part& part, const Name& name) const {
+    const Element* element = part.element.empty() ? nullptr : service_.element(part.element);
+    if (element) {
+      Declared what = Declared::of(*element);
+      if (!name.empty()) what.name = name;
+      return what;
+    }
+    Declared what;
+    what.name = name;
+    what.type = TypeReference{part.type};
+    what.nillable = true;
+    return what;
+  }
+
+  void soap() {
+    const bool is12 = port_.protocol() == Protocol::soap12;
+    space_ = is12 ? soap12Space : soap11Space;
+    XmlText& xml = writer_.xml();
+    const Name envelope{space_, "Envelope"}, body{space_, "Body"};
+    const std::string name = xml.qualified(envelope);
+    if (operation_.input()) headers(*operation_.input());
+    xml.begin(body);
+    if (operation_.style() == "rpc")
+      rpc();
+    else if (operation_.input())
+      document(*operation_.input());
+    complainOfRest();
+    xml.end(body);
+    const std::string text = xml.take();
+    request_.body = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<" + name + xml.declarations() + '>' + text +
+                    "</" + name + ">\n";
+    soapHeaders(is12);
+  }
+
+  void soapHeaders(bool is12) {
+    const std::string action(operation_.soapAction());
+    if (hasControls(action) || action.find_first_of("\"\\") != std::string::npos)
+      refuse("the action of the operation cannot stand in a header");
+    request_.headers.emplace_back("Accept", is12 ? "application/soap+xml" : "text/xml");
+    request_.headers.emplace_back("Accept-Encoding", "gzip, deflate");
+    if (is12) {
+      const std::string suffix = action.empty() ? "" : "; action=\"" + action + '"';
+      request_.headers.emplace_back("Content-Type", "application/soap+xml; charset=utf-8" + suffix);
+    } else {
+      request_.headers.emplace_back("Content-Type", "text/xml; charset=utf-8");
+      request_.headers.emplace_back("SOAPAction", '"' + action + '"');
+    }
+  }
+
+  void headers(const Message& message) {
+    const Value* given = values_.find("$headers");
+    if (!given || given->isNull()) return;
+    if (given->kind() != Value::Kind::object) {
+      writer_.findings().add("$headers", "is no object");
+      return;
+    }
+    const Name header{space_, "Header"};
+    writer_.xml().begin(header);
+    std::vector<std::string> names;
+    for (const Header& one : message.headers) {
+      if (!one.part) continue;
+      const Name name = one.part->element.empty() ? Name{one.space, one.part->name} : one.part->element;
+      names.emplace_back(name.local);
+      for (const auto& [key, value] : given->object()) {
+        if (!Content::means(key, name) && key != one.part->name) continue;
+        encode(one.use, {});
+        writer_.element(declared(*one.part, name), value, "$headers." + key);
+      }
+    }
+    for (const auto& [key, value] : given->object()) {
+      const bool isKnown = std::any_of(
+          message.headers.begin(), message.headers.end(), [&, k = std::string_view(key)](const Header& one) {
+            return one.part && (Content::means(k, one.part->element) || k == one.part->name);
+          });
+      if (!isKnown)
+        writer_.findings().add("$headers." + key, "there is no such header" + suggestion(key, names));
+    }
+    writer_.xml().end(header);
+  }
+
+  void encode(std::string_view use, std::string_view style) {
+    const std::string_view usual = space_ == soap12Space ? encoding12Space : encoding11Space;
+    const bool isKnown = style == encoding11Space || style == encoding12Space;
+    writer_.encode(use != "encoded" ? std::string_view() : isKnown ? style : usual);
+  }
+
+  void document(const Message& message) {
+    encode(message.use, message.encodingStyle);
+    if (message.parts.size() == 1) {
+      const Part& part = message.parts[0];
+      isWhole_ = true;
+      if (!part.element.empty())
+        writer_.element(declared(part, {}), values_, "");
+      else
+        writer_.content(TypeReference{part.type}, values_);
+      return;
+    }
+    for (const Part& part : message.parts)
+      writePart(part, part.element.empty() ? Name{{}, part.name} : Name());
+  }
+
+  void rpc() {
+    const Message* message = operation_.input() ? &*operation_.input() : nullptr;
+    const Name wrapper{message ? message->space : std::string_view(), operation_.name()};
+    writer_.xml().begin(wrapper);
+    if (message) {
+      encode(message->use, message->encodingStyle);
+      if (message->use == "encoded")
+        writer_.xml().attribute({space_, "encodingStyle"},
+                                message->encodingStyle.empty() ? encoding11Space : message->encodingStyle);
+      for (const Part& part : message->parts) writePart(part, {{}, part.name});
+    }
+    writer_.xml().end(wrapper);
+  }
+
+  const Value* partValue(const Part& part) {
+    known_.emplace_back(part.name);
+    const Value* value = values_.find(part.name);
+    if (!value) writer_.findings().add(std::string(part.name), "is missing");
+    return value;
+  }
+
+  void writePart(const Part& part, const Name& name) {
+    if (const Value* value = partValue(part))
+      writer_.element(declared(part, name), *value, std::string(part.name));
+  }
+
+  // Values that no part has.
+  void complainOfRest() {
+    if (isWhole_) return;
+    if (values_.kind() != Value::Kind::object) {
+      writer_.findings().add("", "an object of the parts is wanted");
+      return;
+    }
+    for (const auto& member : values_.object()) {
+      const std::string& key = member.first;
+      if (key == "$headers" || std::find(known_.begin(), known_.end(), key) != known_.end()) continue;
+      writer_.findings().add(key, "there is no such part" + suggestion(key, known_));
+    }
+  }
+
+  void http() {
+    request_.method = port_.verb();
+    const std::string_view location = operation_.location();
+    const Message none;
+    const Message& message = operation_.input() ? *operation_.input() : none;
+    std::string form;
+    request_.address +=
+        message.content == "urlReplacement" ? replaced(location, message) : std::string(location);
+    const bool isForm = message.content == "application/x-www-form-urlencoded";
+    const bool isInAddress =
+        message.content == "urlEncoded" || (message.content.empty() && request_.method == "GET");
+    request_.headers.emplace_back("Accept", "*/*");
+    request_.headers.emplace_back("Accept-Encoding", "gzip, deflate");
+    if (isForm || isInAddress) {
+      for (const Part& part : message.parts) addToForm(part, form);
+    } else if (message.content != "urlReplacement" && !message.parts.empty()) {
+      bodyOf(message);
+    }
+    if (isInAddress && !form.empty())
+      request_.address += (request_.address.find('?') == std::string::npos ? '?' : '&') + form;
+    if (isForm) {
+      request_.body = form;
+      request_.headers.emplace_back("Content-Type", std::string(message.content));
+    }
+    complainOfRest();
+  }
+
+  // What repeats comes again and again under its name.
+  void addToForm(const Part& part, std::string& form) {
+    const Value* value = partValue(part);
+    if (!value || value->isNull()) return;
+    const auto add = [&](const Value& one, const std::string& step) {
+      form += (form.empty() ? "" : "&") + percentEncoded(part.name) + '=' +
+              percentEncoded(writer_.simpleText(typeOf(part), one, step));
+    };
+    if (value->kind() != Value::Kind::list) {
+      add(*value, std::string(part.name));
+      return;
+    }
+    for (size_t i = 0; i < value->list().size(); ++i)
+      add(value->list()[i], std::string(part.name) + '[' + std::to_string(i) + ']');
+  }
+
+  TypeReference typeOf(const Part& part) const {
+    const Element* element = part.element.empty() ? nullptr : service_.element(part.element);
+    if (element) return element->type;
+    const Type* type = service_.type(part.type);
+    // An array is sent item by item.
+    return type && type->kind == Type::Kind::array && type->item ? *type->item : TypeReference{part.type};
+  }
+
+  // "part(name)": the parts in brackets.
+  std::string replaced(std::string_view location, const Message& message) {
+    std::string text(location);
+    for (const Part& part : message.parts) {
+      const Value* value = partValue(part);
+      const std::string name = '(' + std::string(part.name) + ')';
+      const size_t at = text.find(name);
+      if (!value || at == std::string::npos) continue;
+      text.replace(at, name.size(),
+                   percentEncoded(writer_.simpleText(typeOf(part), *value, std::string(part.name))));
+    }
+    return text;
+  }
+
+  // XML of the one part, or its text.
+  void bodyOf(const Message& message) {
+    if (message.parts.size() > 1) refuse("several parts cannot be sent as " + std::string(message.content));
+    const Part& part = message.parts[0];
+    const std::string mediaType(message.content);
+    if (hasControls(mediaType)) refuse("the media type of the operation cannot stand in a header");
+    request_.headers.emplace_back("Content-Type", mediaType.empty() ? "text/xml" : mediaType);
+    const Value* value = partValue(part);
+    if (!value) return;
+    if (part.element.empty()) {
+      request_.body = writer_.simpleText(TypeReference{part.type}, *value, std::string(part.name));
+      return;
+    }
+    Declared what = declared(part, {});
+    writer_.element(what, *value, std::string(part.name));
+    std::string text = writer_.xml().take();
+    // The prefixes stand on the only element.
+    const size_t end = text.find_first_of(" />", 1);
+    text.insert(std::min(end, text.size()), writer_.xml().declarations());
+    request_.body = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n" + text + '\n';
+  }
+
+  const Service& service_;
+  const Port& port_;
+  const Operation& operation_;
+  const Value& values_;
+  const RequestOptions& options_;
+  MessageWriter writer_;
+  std::string_view space_;
+  Request request_;
+  std::vector<std::string> known_;
+  bool isWhole_ = false;
+};
+
+std::string messageOf(const std::vector<Finding>& findings) {
+  return findings.empty() ? "the values make no request" : findings.front().toString();
+}
+
+}  // namespace
+
+std::string Request::toWire() const {
+  const size_t scheme = address.find("://") + 3;
+  const size_t path = std::min(address.find_first_of("/?#", scheme), address.size());
+  std::string host = address.substr(scheme, path - scheme);
+  host.erase(0, host.rfind('@') + 1);
+  std::string target = address.substr(path, address.find('#', path) - path);
+  if (!target.starts_with('/')) target.insert(0, 1, '/');
+  std::string text = method + ' ' + target + " HTTP/1.1\r\nHost: " + host + "\r\n";
+  for (const auto& [name, value] : headers) text += name + ": " + value + "\r\n";
+  if (method != "GET") text += "Content-Length: " + std::to_string(body.size()) + "\r\n";
+  return text + "\r\n" + body;
+}
+
+std::string Finding::toString() const { return path.empty() ? text : path + ": " + text; }
+
+RequestError::RequestError(std::vector<Finding> findings)
+    : Error({}, messageOf(findings)), findings_(std::move(findings)) {}
+
+RequestError::~RequestError() = default;
+
+Request makeRequest(const Service& service, const Port& port, const Operation& operation, const Value& values,
+                    const RequestOptions& options) {
+  return RequestMaker(service, port, operation, values, options).make();
+}
+
+}  // namespace ztservice::call

@@ -1,0 +1,62 @@
+#pragma once
+
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "ztservice/Service.h"
+#include "ztservice/call/Value.h"
+
+namespace ztservice::call {
+
+/// An HTTP request, as it goes.
+struct Request {
+  std::string method = "POST";
+  std::string address;
+  /// In their order; without Host and Content-Length.
+  std::vector<std::pair<std::string, std::string>> headers;
+  std::string body;
+
+  /// As HTTP/1.1 has it on the wire: request line, headers, a blank line, body.
+  ZTSERVICE_API std::string toWire() const;
+};
+
+struct RequestOptions {
+  /// Another address than the port's; empty for that.
+  std::string address;
+  /// Whether the values are checked against the types before there is a request.
+  bool check = true;
+};
+
+/// What is wrong with a value: "order.items[3].price", "1.234 has 3 fraction digits, 2 allowed".
+struct Finding {
+  std::string path;
+  std::string text;
+
+  /// "PATH: TEXT", the text alone without a path.
+  ZTSERVICE_API std::string toString() const;
+};
+
+/// Values that do not make a request: all that is wrong with them, up to a limit. The message is the first.
+class ZTSERVICE_API RequestError : public Error {
+ public:
+  explicit RequestError(std::vector<Finding> findings);
+  ~RequestError() override;
+  const std::vector<Finding>& findings() const noexcept { return findings_; }
+
+ private:
+  std::vector<Finding> findings_;
+};
+
+/// Makes the request of an operation.
+///
+/// - Shape of the values: the members of the message's element in the document style, of its only part or of
+///   several; the parts by name in the rpc style and of HTTP. Headers stand by their elements' or parts'
+///   names under "$headers".
+/// - Order: of the type, whatever the order of the values; what repeats as a group goes round by round.
+/// - Errors: RequestError for values, Error for an operation that cannot be called: its message is not
+///   resolved, or the port has a protocol or no address that a request could have.
+ZTSERVICE_API Request makeRequest(const Service& service, const Port& port, const Operation& operation,
+                                  const Value& values, const RequestOptions& options = {});
+
+}  // namespace ztservice::call
