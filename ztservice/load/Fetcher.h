@@ -8,6 +8,8 @@
 
 namespace ztservice::parse {
 
+class Connection;
+
 // Reads documents from the network: over HTTP and HTTPS, with certificates verified and within the limits.
 // Redirections are followed as far as they lead to HTTP or HTTPS, and never from HTTPS to HTTP; a user and a
 // password go to the origin of the first document only. Proxies are those of the environment.
@@ -27,11 +29,11 @@ class Fetcher {
   Answer fetch(const std::string& address);
 
  private:
-  struct Connection;
-
+  long request(const std::string& address, uint64_t room);
   std::string redirected(const std::string& from, const std::string& to) const;
 
   const Options& options_;
+  // For all requests, so that connections are kept.
   std::unique_ptr<Connection> connection_;
   std::string firstOrigin_;
   size_t documents_ = 0;

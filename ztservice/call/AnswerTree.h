@@ -1,0 +1,65 @@
+#pragma once
+
+#include <memory>
+#include <string>
+#include <string_view>
+#include <unordered_map>
+#include <vector>
+
+#include "ztservice/Name.h"
+#include "ztservice/call/Answer.h"
+
+namespace ztservice::call {
+
+// XML as a server sent it: its elements with all that they have, in memory.
+//
+// - Ownership: owns all names and texts.
+// - Limits: those of the answer, whatever the document says; it has no document type.
+class AnswerTree {
+ public:
+  struct Attribute {
+    Name name;
+    std::string_view value;
+  };
+  struct Element {
+    Name name;
+    std::vector<Attribute> attributes;
+    // Its own, behind each child as one, the first before all of them.
+    std::string text;
+    std::vector<std::string> textBehind;
+    std::vector<std::unique_ptr<Element>> children;
+    // The namespace declaration that was the last before it.
+    size_t scope = 0;
+
+    const std::string_view* attribute(const Name& attribute) const;
+    // Of a namespace, or of any.
+    const Element* child(std::string_view local) const;
+    bool isWhiteSpace() const;
+  };
+
+  // Errors: Error.
+  AnswerTree(std::string_view bytes, const AnswerLimits& limits);
+  ~AnswerTree();
+
+  const Element& root() const noexcept { return *root_; }
+  // By "id"; null where there is none.
+  const Element* byId(std::string_view id) const;
+  // "prefix:local" as it is meant there; without the namespace where the prefix is not declared.
+  Name resolved(const Element& at, std::string_view qualified) const;
+
+ private:
+  struct Reader;
+  struct Declaration {
+    std::string prefix;
+    std::string space;
+    size_t outer;
+  };
+
+  std::unique_ptr<Element> root_;
+  // What has come so far of names and values; never moved.
+  std::unordered_map<std::string, std::unique_ptr<std::string>> texts_;
+  std::vector<Declaration> declarations_;
+  std::unordered_map<std::string_view, const Element*> ids_;
+};
+
+}  // namespace ztservice::call

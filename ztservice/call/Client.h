@@ -1,0 +1,92 @@
+#pragma once
+
+#include <chrono>
+#include <functional>
+#include <memory>
+#include <string>
+#include <string_view>
+
+#include "ztservice/call/Answer.h"
+#include "ztservice/call/Request.h"
+
+namespace ztservice::call {
+
+/// How requests go out, and what is taken back.
+struct ClientOptions {
+  std::chrono::milliseconds connecting{30'000};
+  std::chrono::milliseconds transfer{300'000};
+  /// NAME:PASSWORD, for servers that ask for a user: basic or digest, as they ask.
+  std::string user;
+  /// A token that goes along with every request.
+  std::string bearer;
+  /// A file with the certificates of authorities; empty for SSL_CERT_FILE, else the system's.
+  std::string authorities;
+  /// A file with the client's certificate and, unless it stands there too, one with its key; PEM.
+  std::string certificate;
+  std::string key;
+  /// Empty for that of the environment.
+  std::string proxy;
+  /// Whether a redirection to another scheme, host or port is followed; never from HTTPS to HTTP.
+  bool redirectsAnywhere = false;
+  /// How often a connection is tried again that could not be made: nothing was sent by then.
+  unsigned retries = 0;
+  AnswerOptions answer;
+  /// Told what goes over the wire, '>' out and '<' in, in lines and pieces; what authorizes is left out.
+  std::function<void(char direction, std::string_view bytes)> trace;
+};
+
+/// An answer of HTTP.
+struct HttpAnswer {
+  long status = 0;
+  std::string contentType;
+  std::string body;
+};
+
+/// Calls operations of a service.
+///
+///     ztservice::call::Client client(ztservice::load("orders.wsdl"));
+///     ztservice::call::Value order;
+///     order["item"]["id"] = "7";
+///     const auto answer = client.call("PlaceOrder", order);
+///
+/// - Threads: any number may call at once, each over a connection of its own, which is kept for the next
+/// call.
+/// - Cookies: kept from call to call, as long as the client lives, for each connection.
+class ZTSERVICE_API Client {
+ public:
+  explicit Client(Service service, ClientOptions options = {});
+  Client(const Client&) = delete;
+  Client& operator=(const Client&) = delete;
+  ~Client();
+
+  /// An operation by its name, of the first port of SOAP that has it, else of the first one.
+  /// Errors: those below; Error where there is none.
+  Answer call(std::string_view operation, const Value& values, const RequestOptions& options = {});
+  /// Errors: those of makeRequest() and readAnswer(); Error with the status and the first line of what came
+  /// for an answer that is none, and with the reason where none came.
+  Answer call(const Port& port, const Operation& operation, const Value& values,
+              const RequestOptions& options = {});
+
+  /// Sends a request as it is. Errors: Error where there is no answer.
+  HttpAnswer send(const Request& request);
+  /// What an answer says to an operation.
+  Answer read(const Port& port, const Operation& operation, const HttpAnswer& answer) const;
+
+ private:
+  class Pool;
+
+  Service service_;
+  ClientOptions options_;
+  std::unique_ptr<Pool> pool_;
+};
+
+/// The port and the operation of that name that a call goes to; null where there is none.
+/// \param port its name; empty for the first of SOAP, else the first, that has the operation.
+struct Target {
+  const Port* port = nullptr;
+  const Operation* operation = nullptr;
+};
+ZTSERVICE_API Target findOperation(const Service& service, std::string_view operation,
+                                   std::string_view port = {});
+
+}  // namespace ztservice::call
