@@ -16,6 +16,7 @@ constexpr int trouble = 2;
 /// \param status out: the exit status of the subcommand that ran.
 void addAll(CLI::App& app, int& status);
 
+void addCall(CLI::App& app, int& status);
 void addCredentials(CLI::App& app, int& status);
 void addQuery(CLI::App& app, int& status);
 void addChecksum(CLI::App& app, int& status);

@@ -12,6 +12,7 @@ void JsonWriter::flushIfFull() {
 }
 
 void JsonWriter::newLine() {
+  if (isOneLine_) return;
   room_ += '\n';
   room_.append(depth_, ' ');
 }
@@ -44,7 +45,7 @@ void JsonWriter::close(char bracket) {
 JsonWriter& JsonWriter::key(std::string_view name) {
   begin();
   quote(name);
-  room_ += ": ";
+  room_ += isOneLine_ ? ":" : ": ";
   afterKey_ = true;
   return *this;
 }
@@ -62,6 +63,11 @@ void JsonWriter::text(std::string_view value) {
 void JsonWriter::number(uint64_t value) {
   begin();
   room_ += std::to_string(value);
+}
+
+void JsonWriter::numberAs(std::string_view digits) {
+  begin();
+  room_ += digits;
 }
 
 void JsonWriter::flag(bool value) {

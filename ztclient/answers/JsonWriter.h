@@ -16,7 +16,9 @@
 /// - Errors: none of its own. What is no UTF-8 in a text becomes U+FFFD.
 class JsonWriter {
  public:
-  explicit JsonWriter(std::ostream& out) : out_(out) {}
+  enum class Layout { indented, oneLine };
+  explicit JsonWriter(std::ostream& out, Layout layout = Layout::indented)
+      : out_(out), isOneLine_(layout == Layout::oneLine) {}
   JsonWriter(const JsonWriter&) = delete;
   JsonWriter& operator=(const JsonWriter&) = delete;
   ~JsonWriter();
@@ -29,6 +31,8 @@ class JsonWriter {
   JsonWriter& key(std::string_view name);
   void text(std::string_view value);
   void number(uint64_t value);
+  /// \param digits a number as JSON has it.
+  void numberAs(std::string_view digits);
   void flag(bool value);
   void null();
 
@@ -46,6 +50,7 @@ class JsonWriter {
   void flushIfFull();
 
   std::ostream& out_;
+  const bool isOneLine_;
   std::string room_;
   size_t depth_ = 0;
   bool isEmpty_ = true;

@@ -33,10 +33,15 @@ bool isPort(const std::string& text) {
   return error == std::errc() && end == text.data() + text.size() && number > 0 && number <= 65535;
 }
 
-bool isWebScheme(std::string scheme) {
-  std::transform(scheme.begin(), scheme.end(), scheme.begin(),
+std::string lowered(std::string text) {
+  std::transform(text.begin(), text.end(), text.begin(),
                  [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c + ('a' - 'A')) : c; });
-  return scheme == "http" || scheme == "https";
+  return text;
+}
+
+bool isWebScheme(const std::string& scheme) {
+  const std::string name = lowered(scheme);
+  return name == "http" || name == "https";
 }
 
 bool isNumber(const std::string& text) {
@@ -61,4 +66,10 @@ std::vector<std::string> address::doubts(const std::string& text) {
 
 bool address::isWebAddress(const std::string& text) {
   return isWebScheme(split(text).scheme) && doubts(text).empty();
+}
+
+std::string address::originOf(const std::string& url) {
+  const Parts parts = split(url);
+  std::string origin = parts.scheme + "://" + parts.host + (parts.port ? ':' + *parts.port : "");
+  return lowered(std::move(origin));
 }

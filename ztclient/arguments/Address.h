@@ -11,5 +11,7 @@ namespace address {
 std::vector<std::string> doubts(const std::string& text);
 /// Whether it is a URL of HTTP or HTTPS with nothing strange about it.
 bool isWebAddress(const std::string& text);
+/// Scheme, host and port of a URL as they are written, in small letters.
+std::string originOf(const std::string& url);
 
 }  // namespace address

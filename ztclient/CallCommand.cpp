@@ -1,0 +1,358 @@
+// ztclient call: one operation of a service, from what it takes to what it answers.
+#include <algorithm>
+#include <chrono>
+#include <deque>
+#include <future>
+#include <iostream>
+#include <memory>
+#include <optional>
+#include <vector>
+
+#include "tovinCore/Exception.h"
+#include "tovinCore/Utf8.h"
+#include "ztclient/Commands.h"
+#include "ztclient/answers/CallAnswer.h"
+#include "ztclient/arguments/Address.h"
+#include "ztclient/arguments/Arguments.h"
+#include "ztclient/input/InputFile.h"
+#include "ztclient/input/JsonValue.h"
+#include "ztclient/input/ServiceFile.h"
+#include "ztclient/input/Source.h"
+#include "ztclient/terminal/Escaping.h"
+#include "ztclient/terminal/Messages.h"
+#include "ztservice/call/Client.h"
+#include "ztservice/call/Nearest.h"
+#include "ztservice/call/Request.h"
+#include "ztservice/call/Template.h"
+
+namespace {
+
+using ztservice::Operation;
+using ztservice::Port;
+using ztservice::Protocol;
+using ztservice::call::Answer;
+using ztservice::call::Client;
+using ztservice::call::ClientOptions;
+using ztservice::call::Request;
+using ztservice::call::Target;
+using ztservice::call::Value;
+
+struct Options {
+  std::string file;
+  std::string operation;
+  std::vector<std::string> fields;
+  std::string input;
+  std::string templateKind;
+  std::string port;
+  ztservice::call::RequestOptions request;
+  ClientOptions client;
+  std::vector<std::string> headers;
+  std::string bearerFile;
+  std::string output = "json";
+  uint32_t seconds = 300;
+  uint32_t parallel = 0;
+  bool trace = false;
+  bool list = false;
+  bool dryRun = false;
+  bool xml = false;
+  bool noCheck = false;
+  ServiceSources sources;
+};
+
+[[noreturn]] void fail(const std::string& text) { throw tovin::Exception(tovin::utf8ToWide(text).c_str()); }
+
+const char* nameOf(Protocol protocol) {
+  switch (protocol) {
+    case Protocol::soap11:
+      return "SOAP 1.1";
+    case Protocol::soap12:
+      return "SOAP 1.2";
+    case Protocol::http:
+      return "HTTP";
+    case Protocol::other:
+      break;
+  }
+  return "another protocol";
+}
+
+void list(const ztservice::Service& service) {
+  size_t widest = 0;
+  for (const Port& port : service.ports()) {
+    for (const Operation& operation : port.operations()) widest = std::max(widest, operation.name().size());
+  }
+  for (const Port& port : service.ports()) {
+    for (const Operation& operation : port.operations()) {
+      std::cout << operation.name() << std::string(widest - operation.name().size() + 2, ' ') << port.name()
+                << ", " << nameOf(port.protocol());
+      if (!operation.error().empty()) std::cout << ": cannot be called, " << operation.error();
+      std::cout << '\n';
+    }
+  }
+}
+
+Target find(const ztservice::Service& service, const Options& options) {
+  const Target found = ztservice::call::findOperation(service, options.operation, options.port);
+  if (found.port) return found;
+  std::vector<std::string> ports, operations;
+  for (const Port& port : service.ports()) {
+    ports.emplace_back(port.name());
+    for (const Operation& operation : port.operations()) operations.emplace_back(operation.name());
+  }
+  const bool hasPort =
+      options.port.empty() || std::find(ports.begin(), ports.end(), options.port) != ports.end();
+  const std::string& word = hasPort ? options.operation : options.port;
+  fail((hasPort ? "no operation \"" : "no port \"") + word + '"' +
+       ztservice::call::suggestion(word, hasPort ? operations : ports));
+}
+
+// CLI11's way to refuse: a text, empty for none.
+std::string checkHeader(const std::string& header) {
+  const size_t colon = header.find(':');
+  const bool hasControls = std::any_of(
+      header.begin(), header.end(), [](char c) { return static_cast<unsigned char>(c) < 0x20 || c == 0x7F; });
+  const bool hasName =
+      colon != header.npos && colon > 0 && header.find_first_of(" \"(),/;<=>?@[\\]{}") >= colon;
+  return hasName && !hasControls ? "" : '"' + header + "\" is no \"Name: value\"";
+}
+
+void tell(char direction, std::string_view bytes) {
+  std::string line(1, direction);
+  line.append(" ").append(bytes.substr(0, bytes.find_last_not_of("\r\n") + 1));
+  std::cerr << escaping::shown(line) << '\n';
+}
+
+Value valuesOf(const Options& options) {
+  Value values;
+  if (!options.input.empty())
+    values = readJson(readBytes(options.input), options.input == "-" ? "standard input" : options.input);
+  if (!options.fields.empty() && !values.isNull() && values.kind() != Value::Kind::object)
+    fail("fields cannot be set: the input is no object");
+  FieldSetter setter(values);
+  for (const std::string& field : options.fields) setter.set(field);
+  return values;
+}
+
+int showTemplate(const ztservice::Service& service, const Target& target, const Options& options) {
+  const std::string text = ztservice::call::makeTemplate(service, *target.port, *target.operation,
+                                                         {options.templateKind != "minimal"});
+  if (!options.xml) {
+    std::cout << text;
+    return commands::done;
+  }
+  std::cout << makeRequest(service, *target.port, *target.operation, readJson(text, "template"),
+                           {"http://localhost/", false})
+                   .body;
+  return commands::done;
+}
+
+// The answer, or the fault.
+int show(const Answer& answer, const std::string& body, const Options& options) {
+  for (const std::string& warning : answer.warnings) messages::warn(warning);
+  if (options.output == "xml") {
+    std::cout << body;
+    if (!body.ends_with('\n')) std::cout << '\n';
+  }
+  if (answer.fault) {
+    messages::error(callAnswer::faultText(*answer.fault));
+    if (!answer.fault->detail.isNull())
+      messages::error("detail: " + callAnswer::toLine(answer.fault->detail));
+    return commands::negative;
+  }
+  if (options.output == "table") callAnswer::writeTable(answer, std::cout);
+  if (options.output == "json") {
+    {
+      JsonWriter json(std::cout);
+      callAnswer::writeJson(answer, json);
+    }
+    std::cout << '\n';
+  }
+  return commands::done;
+}
+
+Request requestOf(const ztservice::Service& service, const Target& target, const Value& values,
+                  const Options& options) {
+  Request request = makeRequest(service, *target.port, *target.operation, values, options.request);
+  for (const std::string& header : options.headers) {
+    const size_t colon = header.find(':');
+    const size_t value = std::min(header.find_first_not_of(' ', colon + 1), header.size());
+    request.headers.emplace_back(header.substr(0, colon), header.substr(value));
+  }
+  return request;
+}
+
+// What a service's document may have needed is not for another server.
+void keepUserApart(Options& options, const Target& target) {
+  ClientOptions& client = options.client;
+  client.user = options.sources.options.user;
+  const std::string address =
+      options.request.address.empty() ? std::string(target.port->address()) : options.request.address;
+  if (client.user.empty() || !address::isWebAddress(options.file) || !options.request.address.empty()) return;
+  if (address::originOf(options.file) == address::originOf(address)) return;
+  messages::warn("the user is not told to another server than that of the document; give its --address");
+  client.user.clear();
+}
+
+// The next line without its end; false behind the last.
+bool readLine(Source& source, std::string& line) {
+  constexpr size_t longest = size_t{16} << 20;
+  for (size_t count = 4096;; count *= 2) {
+    const std::string_view head = source.head(std::min(count, longest));
+    const size_t end = head.find('\n');
+    if (end == head.npos && head.size() == longest) fail("a line of the input is longer than 16 MiB");
+    if (end == head.npos && head.size() == std::min(count, longest)) continue;
+    line = head.substr(0, end);
+    std::string taken(std::min(line.size() + 1, head.size()), '\0');
+    if (taken.empty()) return false;
+    source.read(taken.data(), taken.size());
+    return true;
+  }
+}
+
+// Many calls of one operation, each a line of JSON: what each one answers, or why it does not, is a line in
+// the order of the input.
+int callMany(const ztservice::Service& service, const Target& target, const Options& options) {
+  Client client(service, options.client);
+  const auto call = [&](const std::string& line) -> std::pair<std::string, int> {
+    try {
+      const Value values = readJson(line, "input");
+      const Answer answer = client.read(*target.port, *target.operation,
+                                        client.send(requestOf(service, target, values, options)));
+      if (!answer.fault) return {callAnswer::toLine(answer.values), commands::done};
+      Value fault;
+      fault["$fault"]["code"] = answer.fault->code;
+      fault["$fault"]["reason"] = answer.fault->reason;
+      if (!answer.fault->detail.isNull()) fault["$fault"]["detail"] = answer.fault->detail;
+      return {callAnswer::toLine(fault), commands::negative};
+    } catch (const tovin::Exception& e) {
+      Value error;
+      error["$error"] = messages::textOf(e);
+      return {callAnswer::toLine(error), commands::trouble};
+    }
+  };
+  int status = commands::done;
+  std::deque<std::future<std::pair<std::string, int>>> open;
+  const auto deliver = [&] {
+    const auto [text, one] = open.front().get();
+    open.pop_front();
+    std::cout << text << '\n';
+    status = std::max(status, one);
+  };
+  Source source(options.input);
+  for (std::string line; readLine(source, line);) {
+    if (line.find_first_not_of(" \t\r") == line.npos) continue;
+    if (open.size() == options.parallel) deliver();
+    open.push_back(std::async(std::launch::async, call, std::move(line)));
+  }
+  while (!open.empty()) deliver();
+  return status;
+}
+
+int callOnce(const ztservice::Service& service, const Target& target, Options& options) {
+  const Request request = requestOf(service, target, valuesOf(options), options);
+  if (options.dryRun) {
+    std::cout << (options.xml ? request.body : request.toWire());
+    return commands::done;
+  }
+  Client client(service, options.client);
+  const ztservice::call::HttpAnswer answer = client.send(request);
+  return show(client.read(*target.port, *target.operation, answer), answer.body, options);
+}
+
+int run(Options& options) {
+  const ztservice::Service service = loadService(options.file, options.sources);
+  for (const ztservice::Warning& warning : service.warnings()) messages::warn(warning.toString());
+  if (options.list) {
+    list(service);
+    return commands::done;
+  }
+  const Target target = find(service, options);
+  if (!options.templateKind.empty()) return showTemplate(service, target, options);
+  keepUserApart(options, target);
+  try {
+    return options.parallel > 0 ? callMany(service, target, options) : callOnce(service, target, options);
+  } catch (const ztservice::call::RequestError& e) {
+    for (const auto& finding : e.findings()) messages::error(finding.toString());
+    return commands::trouble;
+  }
+}
+
+}  // namespace
+
+void commands::addCall(CLI::App& app, int& status) {
+  auto options = std::make_shared<Options>();
+  CLI::App* call = app.add_subcommand("call", "Call an operation of a service, and show what it answers");
+  arguments::addFile(*call, "FILE", options->file, "WSDL document, or its address; - for standard input")
+      ->required();
+  CLI::Option* operation =
+      call->add_option("OPERATION", options->operation, "The operation, as --list has it")->type_name("NAME");
+  CLI::Option* fields = call->add_option("FIELD", options->fields,
+                                         "FIELD=TEXT or FIELD:=JSON, as in item.id=7 or items[0].count:=2")
+                            ->type_name("FIELD");
+  CLI::Option* list = call->add_flag("--list", options->list, "The operations, and the ports that have them");
+  CLI::Option* pattern =
+      arguments::restrictTo(call->add_option("--template", options->templateKind,
+                                             "The values of a request to fill in, as JSON with comments"),
+                            {"full", "minimal"})
+          ->expected(0, 1)
+          ->type_name("KIND")
+          ->default_str("full");
+  CLI::Option* input =
+      arguments::addFile(*call, "--input", options->input, "The values, as JSON; comments may stand in it");
+  CLI::Option* dryRun = call->add_flag("--dry-run", options->dryRun, "Print the request, send nothing");
+  arguments::requireText(
+      call->add_option("--port", options->port,
+                       "The port to call; default the first of SOAP that has the operation"))
+      ->type_name("NAME");
+  arguments::requireText(
+      call->add_option("--address", options->request.address, "Another address than the port's"))
+      ->type_name("URL");
+  call->add_flag("--xml", options->xml, "The XML alone, of a template or of the request");
+  call->add_flag("--no-check", options->noCheck, "Send values that are not as the types want them");
+  arguments::restrictTo(call->add_option("--output", options->output, "How the answer is shown"),
+                        {"json", "table", "xml"})
+      ->type_name("FORM")
+      ->capture_default_str();
+  call->add_option("--header", options->headers, "One more header of HTTP, as \"Name: value\"")
+      ->type_name("HEADER")
+      ->allow_extra_args(false)
+      ->check(checkHeader);
+  CLI::Option* parallel =
+      arguments::addNumber(
+          *call, "--parallel", options->parallel,
+          "The input is many, one JSON a line: make as many calls at a time, and answer one a line")
+          ->check(CLI::Range(1, 64));
+  call->add_flag("--trace", options->trace,
+                 "Tell on standard error what goes over the wire, but for what authorizes");
+  call->add_flag("--strict", options->client.answer.isStrict,
+                 "Refuse an answer that is not as the types want it");
+  arguments::addNumber(*call, "--seconds", options->seconds, "How long a call may take")
+      ->capture_default_str()
+      ->check(CLI::Range(1, INT32_MAX / 1000));
+  arguments::addNumber(*call, "--retries", options->client.retries,
+                       "How often a connection is tried again that cannot be made");
+  call->add_flag("--redirect-anywhere", options->client.redirectsAnywhere,
+                 "Follow a redirection to another server");
+  arguments::addFile(*call, "--bearer-file", options->bearerFile,
+                     "A file with a token that goes along with the call");
+  arguments::addFile(*call, "--authorities", options->client.authorities,
+                     "Certificates of the authorities to trust");
+  arguments::addFile(*call, "--certificate", options->client.certificate, "The client's certificate");
+  arguments::addFile(*call, "--key", options->client.key, "The key of the client's certificate");
+  arguments::requireText(
+      call->add_option("--proxy", options->client.proxy, "A proxy other than that of the environment"))
+      ->type_name("URL");
+  addServiceSources(*call, options->sources);
+  parallel->needs(input)->excludes(dryRun)->excludes(fields);
+  list->excludes(operation)->excludes(pattern)->excludes(input)->excludes(dryRun);
+  pattern->excludes(input)->excludes(dryRun)->excludes(fields);
+  call->footer("Example: ztclient call orders.wsdl PlaceOrder item.id=7 item.count:=2 --dry-run");
+  call->callback([=, &status] {
+    if (!list->count() && !operation->count()) throw CLI::RequiredError("OPERATION");
+    if (pattern->count() && options->templateKind.empty()) options->templateKind = "full";
+    options->request.check = !options->noCheck;
+    options->client.transfer = std::chrono::seconds(options->seconds);
+    if (!options->bearerFile.empty()) options->client.bearer = firstLineOf(options->bearerFile);
+    if (options->trace) options->client.trace = tell;
+    status = run(*options);
+  });
+}
