@@ -48,8 +48,8 @@ void commands::addAll(CLI::App& app, int& status) {
   app.require_subcommand(1);
   // Before the commands, which inherit it: a '/' begins a path query or a file name on every system.
   app.allow_windows_style_options(false);
-  for (auto* add : {addSession, addWsdl, addCall, addTree, addQuery, addCredentials, addEndpoint, addLink,
-                    addUpload, addCache, addDiff, addChecksum, addLog, addHelp}) {
+  for (auto* add : {addSession, addWsdl, addCall, addMock, addTree, addQuery, addCredentials, addEndpoint,
+                    addLink, addUpload, addCache, addDiff, addChecksum, addLog, addHelp}) {
     add(app, status);
   }
   addMannerToAll(app);

@@ -28,6 +28,7 @@ void addCache(CLI::App& app, int& status);
 void addEndpoint(CLI::App& app, int& status);
 void addLink(CLI::App& app, int& status);
 void addUpload(CLI::App& app, int& status);
+void addMock(CLI::App& app, int& status);
 void addSession(CLI::App& app, int& status);
 void addHelp(CLI::App& app, int& status);
 

@@ -5,7 +5,7 @@
 #include <cstdint>
 #include <string_view>
 
-/// A listening socket on a loopback port that the system chooses, and one connection of it at a time.
+/// A listening socket on a loopback port, and one connection of it at a time.
 ///
 /// - Ownership: owns its sockets.
 /// - Errors: only making one fails, "Unable to listen on a loopback port"; what happens to a connection is a
@@ -13,7 +13,8 @@
 /// - Threads: one thread at a time.
 class LoopbackListener {
  public:
-  LoopbackListener();
+  /// \param port 0 for one that the system chooses.
+  explicit LoopbackListener(uint16_t port = 0);
   LoopbackListener(const LoopbackListener&) = delete;
   LoopbackListener& operator=(const LoopbackListener&) = delete;
   ~LoopbackListener();

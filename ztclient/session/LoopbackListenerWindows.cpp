@@ -24,14 +24,18 @@ intptr_t newSocket() {
   return startSockets() ? static_cast<intptr_t>(::socket(AF_INET, SOCK_STREAM, 0)) : -1;
 }
 
+// How many clients may wait.
+constexpr int waiting = 128;
+
 // The port, 0 when there is none to be had.
-uint16_t listenOn(SOCKET socket) {
+uint16_t listenOn(SOCKET socket, uint16_t port) {
   sockaddr_in address{};
   int size = sizeof address;
   address.sin_family = AF_INET;
   address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+  address.sin_port = htons(port);
   auto* place = reinterpret_cast<sockaddr*>(&address);
-  const bool listens = ::bind(socket, place, size) == 0 && ::listen(socket, 8) == 0 &&
+  const bool listens = ::bind(socket, place, size) == 0 && ::listen(socket, waiting) == 0 &&
                        ::getsockname(socket, place, &size) == 0;
   return listens ? ntohs(address.sin_port) : 0;
 }
@@ -42,8 +46,8 @@ void limitWaiting(SOCKET socket, int option) {
 
 }  // namespace
 
-LoopbackListener::LoopbackListener() : listener_(newSocket()) {
-  if (listener_ != none) port_ = listenOn(socketOf(listener_));
+LoopbackListener::LoopbackListener(uint16_t port) : listener_(newSocket()) {
+  if (listener_ != none) port_ = listenOn(socketOf(listener_), port);
   if (port_ != 0) return;
   if (listener_ != none) ::closesocket(socketOf(listener_));
   throw tovin::Exception(L"Unable to listen on a loopback port");
@@ -56,8 +60,8 @@ LoopbackListener::~LoopbackListener() {
 
 bool LoopbackListener::accept(std::chrono::milliseconds patience) noexcept {
   hangUp();
-  WSAPOLLFD waiting{socketOf(listener_), POLLIN, 0};
-  if (::WSAPoll(&waiting, 1, static_cast<int>(patience.count())) != 1) return false;
+  WSAPOLLFD client{socketOf(listener_), POLLIN, 0};
+  if (::WSAPoll(&client, 1, static_cast<int>(patience.count())) != 1) return false;
   connection_ = static_cast<intptr_t>(::accept(socketOf(listener_), nullptr, nullptr));
   if (connection_ == none) return false;
   limitWaiting(socketOf(connection_), SO_RCVTIMEO);

@@ -37,10 +37,10 @@ class AnswerReader {
   AnswerReader(const Service& service, const AnswerTree& tree, const AnswerOptions& options, Answer& answer)
       : service_(service), simple_(service), tree_(tree), options_(options), answer_(answer) {}
 
-  void read(const Port& port, const Operation& operation) {
+  void read(const Port& port, const Operation& operation, const std::optional<Message>& message) {
     const Element& root = tree_.root();
     if (port.protocol() == Protocol::http) {
-      http(root, operation);
+      http(root, message);
       return;
     }
     if (root.name.local != "Envelope" || !isEnvelope(root.name.space))
@@ -53,14 +53,14 @@ class AnswerReader {
       fault(*first);
       return;
     }
-    if (!operation.output()) {
+    if (!message) {
       answer_.values = Value(Value::Object{});
       return;
     }
     if (operation.style() == "rpc")
-      rpc(first, *operation.output());
+      rpc(first, *message);
     else
-      document(*body, *operation.output());
+      document(*body, *message);
   }
 
  private:
@@ -99,9 +99,8 @@ class AnswerReader {
       answer_.warnings.push_back(path_.empty() ? text : path_ + ": " + text);
   }
 
-  void http(const Element& root, const Operation& operation) {
-    const Message* output = operation.output() ? &*operation.output() : nullptr;
-    const Part* part = output && !output->parts.empty() ? &output->parts[0] : nullptr;
+  void http(const Element& root, const std::optional<Message>& message) {
+    const Part* part = message && !message->parts.empty() ? &message->parts[0] : nullptr;
     answer_.values = value(root, part ? typeOf(*part) : nullptr, false);
   }
 
@@ -539,8 +538,45 @@ Answer readAnswer(const Service& service, const Port& port, const Operation& ope
                   const AnswerOptions& options) {
   const AnswerTree tree(xml, options.limits);
   Answer answer;
-  AnswerReader(service, tree, options, answer).read(port, operation);
+  AnswerReader(service, tree, options, answer).read(port, operation, operation.output());
   return answer;
+}
+
+Answer readRequest(const Service& service, const Port& port, const Operation& operation, std::string_view xml,
+                   const AnswerOptions& options) {
+  const AnswerTree tree(xml, options.limits);
+  Answer answer;
+  AnswerReader(service, tree, options, answer).read(port, operation, operation.input());
+  return answer;
+}
+
+Target operationOf(const Service& service, std::string_view xml, std::string_view action,
+                   const AnswerLimits& limits) {
+  const AnswerTree tree(xml, limits);
+  const Element& root = tree.root();
+  const Element* body = root.child("Body");
+  if (root.name.local != "Envelope" || !isEnvelope(root.name.space) || !body)
+    throw Error({"request"}, "is no SOAP envelope");
+  const bool is12 = root.name.space == soap12Space;
+  const Name first = body->children.empty() ? Name() : body->children.front()->name;
+  Target byAction;
+  for (const Port& port : service.ports()) {
+    if (port.protocol() != (is12 ? Protocol::soap12 : Protocol::soap11)) continue;
+    for (const Operation& operation : port.operations()) {
+      const Message* input = operation.input() ? &*operation.input() : nullptr;
+      if (!byAction.port && !action.empty() && operation.soapAction() == action)
+        byAction = {&port, &operation};
+      const bool isRpc = operation.style() == "rpc";
+      const Part* part = input && !input->parts.empty() ? &input->parts[0] : nullptr;
+      const bool isMeant = isRpc  ? first.local == operation.name() && (!input || first.space == input->space)
+                           : part ? first == part->element
+                                  : first.empty();
+      if (isMeant &&
+          (action.empty() || operation.soapAction().empty() || operation.soapAction() == action))
+        return {&port, &operation};
+    }
+  }
+  return byAction;
 }
 
 }  // namespace ztservice::call

@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "ztservice/Service.h"
-#include "ztservice/call/Value.h"
+#include "ztservice/call/Request.h"
 
 namespace ztservice::call {
 
@@ -56,5 +56,15 @@ struct Answer {
 /// - Errors: Error for what is no envelope, has a document type, goes in circles or exceeds the limits.
 ZTSERVICE_API Answer readAnswer(const Service& service, const Port& port, const Operation& operation,
                                 std::string_view xml, const AnswerOptions& options = {});
+
+/// Reads a request the same way, as a server gets it.
+ZTSERVICE_API Answer readRequest(const Service& service, const Port& port, const Operation& operation,
+                                 std::string_view xml, const AnswerOptions& options = {});
+
+/// The operation that an envelope of SOAP means: by the element in its body, else by the action. Of several
+/// ports the first; null where there is none.
+/// Errors: Error for what is no envelope.
+ZTSERVICE_API Target operationOf(const Service& service, std::string_view xml, std::string_view action,
+                                 const AnswerLimits& limits = {});
 
 }  // namespace ztservice::call

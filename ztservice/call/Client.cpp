@@ -281,19 +281,4 @@ Answer Client::call(std::string_view operation, const Value& values, const Reque
               "no operation \"" + std::string(operation) + '"' + suggestion(std::string(operation), names));
 }
 
-Target findOperation(const Service& service, std::string_view operation, std::string_view portName) {
-  const auto isSoap = [](const Port& port) {
-    return port.protocol() == Protocol::soap11 || port.protocol() == Protocol::soap12;
-  };
-  Target found;
-  for (const Port& port : service.ports()) {
-    if (!portName.empty() && port.name() != portName) continue;
-    for (const Operation& one : port.operations()) {
-      if (one.name() != operation) continue;
-      if (!found.port || (isSoap(port) && !isSoap(*found.port))) found = {&port, &one};
-    }
-  }
-  return found;
-}
-
 }  // namespace ztservice::call

@@ -80,13 +80,4 @@ class ZTSERVICE_API Client {
   std::unique_ptr<Pool> pool_;
 };
 
-/// The port and the operation of that name that a call goes to; null where there is none.
-/// \param port its name; empty for the first of SOAP, else the first, that has the operation.
-struct Target {
-  const Port* port = nullptr;
-  const Operation* operation = nullptr;
-};
-ZTSERVICE_API Target findOperation(const Service& service, std::string_view operation,
-                                   std::string_view port = {});
-
 }  // namespace ztservice::call

@@ -5,10 +5,13 @@
 #include "ztservice/call/MessageWriter.h"
 #include "ztservice/call/Nearest.h"
 #include "ztservice/load/Location.h"
+#include "ztservice/schema/Builtins.h"
 
 namespace ztservice::call {
 
 namespace {
+
+constexpr const char* declaration = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n";
 
 [[noreturn]] void refuse(std::string_view text) { throw Error({}, text); }
 
@@ -37,28 +40,25 @@ bool hasControls(std::string_view text) {
 class RequestMaker {
  public:
   RequestMaker(const Service& service, const Port& port, const Operation& operation, const Value& values,
-               const RequestOptions& options)
+               const std::optional<Message>& message)
       : service_(service),
         port_(port),
         operation_(operation),
+        message_(message),
         // Nothing at all is an object without members.
         values_(values.isNull() ? nothing() : values),
-        options_(options),
         writer_(service) {}
 
-  Request make() {
-    if (!operation_.error().empty()) refuse(operation_.error());
-    request_.address = options_.address.empty() ? std::string(port_.address()) : options_.address;
-    if (port_.protocol() == Protocol::other)
-      refuse("the port " + std::string(port_.name()) + " is neither of SOAP nor of HTTP");
-    if (operation_.input()) checkMessage(*operation_.input());
-    if (port_.protocol() == Protocol::http)
+  Request make(const RequestOptions& options) {
+    request_.address = options.address.empty() ? std::string(port_.address()) : options.address;
+    if (port_.protocol() == Protocol::http) {
+      checkMessage();
       http();
-    else
-      soap();
-    const Findings& findings = writer_.findings();
-    if (findings.isFatal() || (options_.check && !findings.list().empty()))
-      throw RequestError(findings.list());
+    } else {
+      request_.body = envelope(operation_.name());
+      soapHeaders(port_.protocol() == Protocol::soap12);
+    }
+    complain(options.check);
     if (request_.address.empty())
       refuse("the port " + std::string(port_.name()) + " has no address: give one");
     if (!parse::location::isWeb(request_.address))
@@ -67,17 +67,32 @@ class RequestMaker {
     return std::move(request_);
   }
 
+  std::string makeAnswer() {
+    std::string xml = envelope(std::string(operation_.name()) + "Response");
+    complain(true);
+    return xml;
+  }
+
  private:
   static const Value& nothing() {
     static const Value none{Value::Object{}};
     return none;
   }
 
-  void checkMessage(const Message& message) {
-    if (!message.error.empty()) refuse(message.error);
-    for (const Part& part : message.parts) {
+  void checkMessage() const {
+    if (!operation_.error().empty()) refuse(operation_.error());
+    if (port_.protocol() == Protocol::other)
+      refuse("the port " + std::string(port_.name()) + " is neither of SOAP nor of HTTP");
+    if (!message_) return;
+    if (!message_->error.empty()) refuse(message_->error);
+    for (const Part& part : message_->parts) {
       if (!part.error.empty()) refuse("the part " + std::string(part.name) + ": " + std::string(part.error));
     }
+  }
+
+  void complain(bool check) {
+    const Findings& findings = writer_.findings();
+    if (findings.isFatal() || (check && !findings.list().empty())) throw RequestError(findings.list());
   }
 
   // What a part is, as an element.
@@ -95,24 +110,23 @@ class RequestMaker {
     return what;
   }
 
-  void soap() {
-    const bool is12 = port_.protocol() == Protocol::soap12;
-    space_ = is12 ? soap12Space : soap11Space;
+  // \param wrapper the element around the parts in the rpc style.
+  std::string envelope(std::string_view wrapper) {
+    checkMessage();
+    space_ = port_.protocol() == Protocol::soap12 ? soap12Space : soap11Space;
     XmlText& xml = writer_.xml();
-    const Name envelope{space_, "Envelope"}, body{space_, "Body"};
-    const std::string name = xml.qualified(envelope);
-    if (operation_.input()) headers(*operation_.input());
+    const Name body{space_, "Body"};
+    const std::string name = xml.qualified({space_, "Envelope"});
+    if (message_) headers(*message_);
     xml.begin(body);
     if (operation_.style() == "rpc")
-      rpc();
-    else if (operation_.input())
-      document(*operation_.input());
+      rpc(wrapper);
+    else if (message_)
+      document(*message_);
     complainOfRest();
     xml.end(body);
     const std::string text = xml.take();
-    request_.body = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<" + name + xml.declarations() + '>' + text +
-                    "</" + name + ">\n";
-    soapHeaders(is12);
+    return std::string(declaration) + '<' + name + xml.declarations() + '>' + text + "</" + name + ">\n";
   }
 
   void soapHeaders(bool is12) {
@@ -182,9 +196,9 @@ class RequestMaker {
       writePart(part, part.element.empty() ? Name{{}, part.name} : Name());
   }
 
-  void rpc() {
-    const Message* message = operation_.input() ? &*operation_.input() : nullptr;
-    const Name wrapper{message ? message->space : std::string_view(), operation_.name()};
+  void rpc(std::string_view name) {
+    const Message* message = message_ ? &*message_ : nullptr;
+    const Name wrapper{message ? message->space : std::string_view(), name};
     writer_.xml().begin(wrapper);
     if (message) {
       encode(message->use, message->encodingStyle);
@@ -226,7 +240,7 @@ class RequestMaker {
     request_.method = port_.verb();
     const std::string_view location = operation_.location();
     const Message none;
-    const Message& message = operation_.input() ? *operation_.input() : none;
+    const Message& message = message_ ? *message_ : none;
     std::string form;
     request_.address +=
         message.content == "urlReplacement" ? replaced(location, message) : std::string(location);
@@ -306,14 +320,14 @@ class RequestMaker {
     // The prefixes stand on the only element.
     const size_t end = text.find_first_of(" />", 1);
     text.insert(std::min(end, text.size()), writer_.xml().declarations());
-    request_.body = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n" + text + '\n';
+    request_.body = declaration + text + '\n';
   }
 
   const Service& service_;
   const Port& port_;
   const Operation& operation_;
+  const std::optional<Message>& message_;
   const Value& values_;
-  const RequestOptions& options_;
   MessageWriter writer_;
   std::string_view space_;
   Request request_;
@@ -347,9 +361,61 @@ RequestError::RequestError(std::vector<Finding> findings)
 
 RequestError::~RequestError() = default;
 
+Target findOperation(const Service& service, std::string_view operation, std::string_view portName) {
+  const auto isSoap = [](const Port& port) {
+    return port.protocol() == Protocol::soap11 || port.protocol() == Protocol::soap12;
+  };
+  Target found;
+  for (const Port& port : service.ports()) {
+    if (!portName.empty() && port.name() != portName) continue;
+    for (const Operation& one : port.operations()) {
+      if (one.name() != operation) continue;
+      if (!found.port || (isSoap(port) && !isSoap(*found.port))) found = {&port, &one};
+    }
+  }
+  return found;
+}
+
 Request makeRequest(const Service& service, const Port& port, const Operation& operation, const Value& values,
                     const RequestOptions& options) {
-  return RequestMaker(service, port, operation, values, options).make();
+  return RequestMaker(service, port, operation, values, operation.input()).make(options);
+}
+
+std::string makeAnswer(const Service& service, const Port& port, const Operation& operation,
+                       const Value& values) {
+  return RequestMaker(service, port, operation, values, operation.output()).makeAnswer();
+}
+
+std::string makeFault(const Port& port, bool isOfSender, std::string_view reason) {
+  XmlText xml;
+  const bool is12 = port.protocol() == Protocol::soap12;
+  const std::string_view space = is12 ? soap12Space : soap11Space;
+  const auto text = [&xml](const Name& name, std::string_view value) {
+    xml.begin(name);
+    if (name.local == "Text") xml.attribute({schema::xmlNamespace, "lang"}, "en");
+    xml.text(value);
+    xml.end(name);
+  };
+  const Name body{space, "Body"}, fault{space, "Fault"}, code{space, "Code"}, words{space, "Reason"};
+  const std::string envelope = xml.qualified({space, "Envelope"});
+  xml.begin(body);
+  xml.begin(fault);
+  if (is12) {
+    xml.begin(code);
+    text({space, "Value"}, xml.qualified({space, isOfSender ? "Sender" : "Receiver"}));
+    xml.end(code);
+    xml.begin(words);
+    text({space, "Text"}, reason);
+    xml.end(words);
+  } else {
+    text({{}, "faultcode"}, xml.qualified({space, isOfSender ? "Client" : "Server"}));
+    text({{}, "faultstring"}, reason);
+  }
+  xml.end(fault);
+  xml.end(body);
+  const std::string inside = xml.take();
+  return std::string(declaration) + '<' + envelope + xml.declarations() + '>' + inside + "</" + envelope +
+         ">\n";
 }
 
 }  // namespace ztservice::call

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <string>
+#include <string_view>
 #include <utility>
 #include <vector>
 
@@ -20,6 +21,15 @@ struct Request {
   /// As HTTP/1.1 has it on the wire: request line, headers, a blank line, body.
   ZTSERVICE_API std::string toWire() const;
 };
+
+/// The port and the operation of that name that a call goes to; null where there is none.
+/// \param port its name; empty for the first of SOAP, else the first, that has the operation.
+struct Target {
+  const Port* port = nullptr;
+  const Operation* operation = nullptr;
+};
+ZTSERVICE_API Target findOperation(const Service& service, std::string_view operation,
+                                   std::string_view port = {});
 
 struct RequestOptions {
   /// Another address than the port's; empty for that.
@@ -58,5 +68,11 @@ class ZTSERVICE_API RequestError : public Error {
 ///   resolved, or the port has a protocol or no address that a request could have.
 ZTSERVICE_API Request makeRequest(const Service& service, const Port& port, const Operation& operation,
                                   const Value& values, const RequestOptions& options = {});
+
+/// Makes the envelope that answers a call of SOAP. Errors: as above.
+ZTSERVICE_API std::string makeAnswer(const Service& service, const Port& port, const Operation& operation,
+                                     const Value& values);
+/// Makes the envelope of a fault. \param isOfSender whether the request was at fault.
+ZTSERVICE_API std::string makeFault(const Port& port, bool isOfSender, std::string_view reason);
 
 }  // namespace ztservice::call

@@ -54,9 +54,9 @@ class TemplateWriter {
     comment(std::string(operation.name()) + " of " + std::string(port.name()));
     line("{");
     ++depth_;
-    if (operation.input()) {
-      if (port.protocol() != Protocol::http) headers(*operation.input());
-      message(*operation.input(), operation.style() == "document" && port.protocol() != Protocol::http);
+    if (const auto& content = options_.isAnswer ? operation.output() : operation.input()) {
+      if (port.protocol() != Protocol::http) headers(*content);
+      message(*content, operation.style() == "document" && port.protocol() != Protocol::http);
     }
     --depth_;
     line("}");

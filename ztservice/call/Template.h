@@ -9,10 +9,12 @@ namespace ztservice::call {
 struct TemplateOptions {
   /// Whether what may be left out is in it.
   bool isFull = true;
+  /// Whether it is of what the operation answers.
+  bool isAnswer = false;
 };
 
-/// The values of an operation's request, ready to be filled in: JSON with comments that say the type of each,
-/// how often it comes, what it may be, and what may stand in its place.
+/// The values of an operation's request, or answer, ready to be filled in: JSON with comments that say the
+/// type of each, how often it comes, what it may be, and what may stand in its place.
 ///
 /// - Shape: as it stands, it makes a valid request, as far as samples can be found: of a choice it has the
 ///   first alternative, of a type inside itself nothing that may be left out.
