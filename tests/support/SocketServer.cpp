@@ -43,7 +43,9 @@ std::string Connection::readBody() {
 
 std::string Connection::readRequest() {
   const std::string head = readHead();
-  return head + readBody();
+  const std::string counted = "\r\nContent-Length: ";
+  const size_t at = head.find(counted);
+  return head + (at == head.npos ? readBody() : take(std::strtoul(&head[at + counted.size()], nullptr, 10)));
 }
 
 void Connection::hold(const std::atomic<bool>& stopping) const {

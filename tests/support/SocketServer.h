@@ -20,7 +20,7 @@ class Connection {
   /// A chunked body, put together.
   std::string readBody();
   void send(const std::string& bytes) { socket_.send(bytes); }
-  /// Head and body, for answers that do not depend on them.
+  /// Head and body, which is chunked unless a length is said.
   std::string readRequest();
   /// Reads nothing until the server stops.
   void hold(const std::atomic<bool>& stopping) const;

@@ -1,8 +1,11 @@
 #include "ztclient/arguments/Suggestion.h"
+#include "ztservice/call/Nearest.h"
 
 #include <gtest/gtest.h>
 
 namespace {
+
+using ztservice::call::nearest;
 
 TEST(Suggestion, IsTheNearestWordIfItIsNear) {
   const std::vector<std::string> words = {"session", "query", "checksum", "log", "--json", "--url"};

@@ -1,6 +1,8 @@
 #include "ztservice/call/Answer.h"
 
 #include <algorithm>
+#include <charconv>
+#include <iterator>
 #include <set>
 
 #include "ztservice/call/AnswerTree.h"
@@ -89,7 +91,7 @@ class AnswerReader {
   };
 
   [[noreturn]] void fail(const std::string& text) const {
-    throw Error({"answer"}, path_.empty() ? text : path_ + ": " + text);
+    throw Error({tree_.what()}, path_.empty() ? text : path_ + ": " + text);
   }
 
   void doubt(const std::string& text) {
@@ -368,13 +370,16 @@ class AnswerReader {
   Value array(const Type& type, const Element& element) {
     const Type* item = type.item ? simple_.typeOf(*type.item) : nullptr;
     std::string_view dimensions = type.dimensions;
+    std::string_view sizes;
     if (const std::string_view* given = element.attribute({encoding11Space, "arrayType"})) {
       const size_t bracket = std::min(given->find('['), given->size());
       if (!item || isAny(*item)) item = service_.type(tree_.resolved(element, given->substr(0, bracket)));
       dimensions = given->substr(bracket);
+      sizes = dimensions.substr(dimensions.rfind('[') + 1);
     } else if (const std::string_view* itemType = element.attribute({encoding12Space, "itemType"})) {
       if (!item || isAny(*item)) item = service_.type(tree_.resolved(element, *itemType));
     }
+    if (const std::string_view* given = element.attribute({encoding12Space, "arraySize"})) sizes = *given;
     const bool isNested = dimensions.find('[') != dimensions.rfind('[');
     Value::List items;
     for (size_t i = 0; i < element.children.size(); ++i) {
@@ -382,7 +387,37 @@ class AnswerReader {
       const Element& one = *element.children[i];
       items.push_back(isNested ? row(one, type, item) : value(one, item, true));
     }
-    return Value(std::move(items));
+    return Value(inRows(std::move(items), sizes));
+  }
+
+  // Items of several dimensions, which come row by row: "2,3]" of SOAP 1.1, "2 3" of SOAP 1.2. As they are
+  // where there are not as many.
+  static Value::List inRows(Value::List items, std::string_view sizes) {
+    std::vector<size_t> dimensions;
+    for (const char* at = sizes.data(); at < sizes.data() + sizes.size(); ++at) {
+      size_t size = 0;
+      const auto [end, error] = std::from_chars(at, sizes.data() + sizes.size(), size);
+      if (error != std::errc() || size == 0) return items;
+      dimensions.push_back(size);
+      at = end;
+    }
+    size_t left = items.size();
+    for (const size_t size : dimensions) {
+      if (left % size != 0) return items;
+      left /= size;
+    }
+    if (left != 1) return items;
+    while (dimensions.size() > 1) {
+      const size_t size = dimensions.back();
+      dimensions.pop_back();
+      Value::List rows;
+      for (size_t i = 0; i < items.size(); i += size) {
+        const auto from = std::make_move_iterator(items.begin() + static_cast<ptrdiff_t>(i));
+        rows.emplace_back(Value::List(from, from + static_cast<ptrdiff_t>(size)));
+      }
+      items = std::move(rows);
+    }
+    return items;
   }
 
   // An array inside an array.
@@ -536,7 +571,7 @@ class AnswerReader {
 
 Answer readAnswer(const Service& service, const Port& port, const Operation& operation, std::string_view xml,
                   const AnswerOptions& options) {
-  const AnswerTree tree(xml, options.limits);
+  const AnswerTree tree(xml, options.limits, "answer");
   Answer answer;
   AnswerReader(service, tree, options, answer).read(port, operation, operation.output());
   return answer;
@@ -544,7 +579,7 @@ Answer readAnswer(const Service& service, const Port& port, const Operation& ope
 
 Answer readRequest(const Service& service, const Port& port, const Operation& operation, std::string_view xml,
                    const AnswerOptions& options) {
-  const AnswerTree tree(xml, options.limits);
+  const AnswerTree tree(xml, options.limits, "request");
   Answer answer;
   AnswerReader(service, tree, options, answer).read(port, operation, operation.input());
   return answer;
@@ -552,7 +587,7 @@ Answer readRequest(const Service& service, const Port& port, const Operation& op
 
 Target operationOf(const Service& service, std::string_view xml, std::string_view action,
                    const AnswerLimits& limits) {
-  const AnswerTree tree(xml, limits);
+  const AnswerTree tree(xml, limits, "request");
   const Element& root = tree.root();
   const Element* body = root.child("Body");
   if (root.name.local != "Envelope" || !isEnvelope(root.name.space) || !body)
@@ -571,8 +606,7 @@ Target operationOf(const Service& service, std::string_view xml, std::string_vie
       const bool isMeant = isRpc  ? first.local == operation.name() && (!input || first.space == input->space)
                            : part ? first == part->element
                                   : first.empty();
-      if (isMeant &&
-          (action.empty() || operation.soapAction().empty() || operation.soapAction() == action))
+      if (isMeant && (action.empty() || operation.soapAction().empty() || operation.soapAction() == action))
         return {&port, &operation};
     }
   }

@@ -8,7 +8,8 @@ namespace ztservice::call {
 
 namespace {
 
-constexpr char separator = '\n';  // in no namespace and no name
+constexpr size_t mostNamespaces = 100'000;  // declared, with those that are declared again
+constexpr char separator = '\n';            // in no namespace and no name
 
 bool isBlank(std::string_view text) { return text.find_first_not_of(" \t\r\n") == std::string_view::npos; }
 
@@ -76,7 +77,7 @@ struct AnswerTree::Reader {
   }
 
   [[noreturn]] void fail(const std::string& text) const {
-    throw Error({"answer", expat.line(), expat.column()}, text);
+    throw Error({tree.what_, expat.line(), expat.column()}, text);
   }
 
   std::string_view keep(std::string_view text) {
@@ -92,7 +93,7 @@ struct AnswerTree::Reader {
   }
 
   void declare(std::string_view prefix, std::string_view space) {
-    if (tree.declarations_.size() >= limits.elements) fail("too many namespaces");
+    if (tree.declarations_.size() >= mostNamespaces) fail("too many namespaces");
     if (newDeclarations++ == 0) outerScopes.push_back(scope);
     tree.declarations_.push_back({std::string(prefix), std::string(space), scope});
     scope = tree.declarations_.size();
@@ -133,9 +134,9 @@ struct AnswerTree::Reader {
   }
 };
 
-AnswerTree::AnswerTree(std::string_view bytes, const AnswerLimits& limits) {
+AnswerTree::AnswerTree(std::string_view bytes, const AnswerLimits& limits, const char* what) : what_(what) {
   if (bytes.size() > limits.bytes)
-    throw Error({"answer"}, "more than " + std::to_string(limits.bytes) + " bytes");
+    throw Error({what}, "more than " + std::to_string(limits.bytes) + " bytes");
   Reader reader(*this, limits);
   if (!reader.expat.feed(bytes)) reader.fail(reader.expat.fault());
 }

@@ -37,10 +37,11 @@ class AnswerTree {
     bool isWhiteSpace() const;
   };
 
-  // Errors: Error.
-  AnswerTree(std::string_view bytes, const AnswerLimits& limits);
+  // \param what it is called in errors: "answer". Errors: Error.
+  AnswerTree(std::string_view bytes, const AnswerLimits& limits, const char* what);
   ~AnswerTree();
 
+  const char* what() const noexcept { return what_; }
   const Element& root() const noexcept { return *root_; }
   // By "id"; null where there is none.
   const Element* byId(std::string_view id) const;
@@ -55,6 +56,7 @@ class AnswerTree {
     size_t outer;
   };
 
+  const char* what_;
   std::unique_ptr<Element> root_;
   // What has come so far of names and values; never moved.
   std::unordered_map<std::string, std::unique_ptr<std::string>> texts_;

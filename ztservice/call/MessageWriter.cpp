@@ -166,11 +166,10 @@ const Type* MessageWriter::typeOf(const Declared& what, const Value& value, bool
       type = other;
     }
   }
-  if (type && type->isAbstract && !isNil(value)) {
-    std::string text = "is of an abstract type: give \"$type\"";
+  if (type && type->isAbstract && !given && !what.isAbstract && !isNil(value)) {
     std::string names;
     for (const std::string& name : standInsOf(*type)) names += (names.empty() ? "" : ", ") + name;
-    complain(text + (names.empty() ? "" : ", one of " + names));
+    complain("is of an abstract type: give \"$type\"" + (names.empty() ? "" : ", one of " + names));
   }
   return type;
 }
@@ -201,6 +200,8 @@ const Type* MessageWriter::otherType(const Type* declared, std::string_view text
     complain("no type " + std::string(text) + suggestion(std::string(name.local), names));
   } else if (!isDerived(found, *declared)) {
     complain(shown(found->name) + " does not come from " + shown(declared->name));
+  } else if (found->isAbstract) {
+    complain(shown(found->name) + " is abstract");
   }
   return found;
 }

@@ -115,7 +115,7 @@ class TemplateWriter {
       if (!type) return;
       if (SimpleValues::isSimple(*type)) {
         next(isFirstMember_);
-        line("\"$\": " + json(*type, simple_.sampleOf(*type)), describe(reference, *type));
+        line("\"$\": " + json(*type, sampleOf(*type)), describe(reference, *type));
       } else {
         wholeMembers(*type, isFirstMember_);
       }
@@ -147,7 +147,7 @@ class TemplateWriter {
     if (what.defaultValue) about += ", default " + std::string(*what.defaultValue);
     if (!type || SimpleValues::isSimple(*type)) {
       const std::optional<std::string_view> given = what.fixedValue ? what.fixedValue : what.defaultValue;
-      const std::string text = given ? std::string(*given) : type ? simple_.sampleOf(*type) : "text";
+      const std::string text = given ? std::string(*given) : type ? sampleOf(*type) : "text";
       line(key + (type ? json(*type, text) : quoted(text)), about);
       return;
     }
@@ -238,7 +238,7 @@ class TemplateWriter {
     if (type.content) {
       const Type* content = simple_.typeOf(*type.content);
       next(isFirst);
-      line("\"$\": " + (content ? json(*content, simple_.sampleOf(*content)) : quoted("text")),
+      line("\"$\": " + (content ? json(*content, sampleOf(*content)) : quoted("text")),
            content ? describe(*type.content, *content) : "text");
     } else if (type.mixed && options_.isFull) {
       next(isFirst);
@@ -268,7 +268,7 @@ class TemplateWriter {
       if (!attribute.required && attribute.name.space == schema::xmlNamespace) continue;
       const Type* of = simple_.typeOf(attribute.type);
       const auto given = attribute.fixedValue ? attribute.fixedValue : attribute.defaultValue;
-      const std::string text = given ? std::string(*given) : of ? simple_.sampleOf(*of) : "text";
+      const std::string text = given ? std::string(*given) : of ? sampleOf(*of) : "text";
       std::string about = of ? describe(attribute.type, *of) : "unknown type";
       if (!attribute.required) about += ", optional";
       if (attribute.fixedValue) about += ", fixed";
@@ -383,6 +383,13 @@ class TemplateWriter {
             (count.empty() ? "" : ", " + count));
   }
 
+  // No two IDs of a document are alike.
+  std::string sampleOf(const Type& type) {
+    const std::string text = simple_.sampleOf(type);
+    if (type.name.local != "ID" || ++ids_ == 1) return text;
+    return text + std::to_string(ids_);
+  }
+
   std::string json(const Type& type, const std::string& text) const {
     if (type.variety != Type::Variety::atomic) return quoted(text);
     const bool isNumber =
@@ -416,6 +423,7 @@ class TemplateWriter {
   std::vector<Line> lines_;
   std::set<const Type*> open_;
   size_t depth_ = 0;
+  size_t ids_ = 0;
   bool isFirstMember_ = true;
 };
 
