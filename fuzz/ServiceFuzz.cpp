@@ -6,6 +6,7 @@
 #include <string>
 
 #include "ztservice/Service.h"
+#include "ztservice/call/Template.h"
 
 namespace {
 
@@ -42,6 +43,15 @@ size_t sizeOf(const ztservice::Type& type) {
   return size;
 }
 
+size_t templateOf(const ztservice::Service& service, const ztservice::Port& port,
+                  const ztservice::Operation& operation) {
+  try {
+    return ztservice::call::makeTemplate(service, port, operation).size();
+  } catch (const ztservice::Error&) {
+    return 0;  // of an operation that cannot be called
+  }
+}
+
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
@@ -64,6 +74,10 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
       if (element->type.anonymous) all += sizeOf(*element->type.anonymous);
     }
     for (const ztservice::Warning& warning : service.warnings()) all += warning.toString().size();
+    for (const ztservice::Port& port : service.ports()) {
+      for (const ztservice::Operation& operation : port.operations())
+        all += templateOf(service, port, operation);
+    }
     if (all == 0) return 0;
     ztservice::flatten("main.wsdl", options);
   } catch (const tovin::Exception&) {
