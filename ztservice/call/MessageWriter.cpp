@@ -306,7 +306,9 @@ void MessageWriter::attributes(const Type& type, const Value& value) {
 // Attributes and other marks that the type has no place for.
 void MessageWriter::leftOver(const Type& type, const Value& value) {
   if (!isObject(value)) return;
-  for (const auto& [key, one] : value.object()) {
+  for (const auto& member : value.object()) {
+    const std::string& key = member.first;
+    const Value& one = member.second;
     if (!key.starts_with('@')) {
       const bool isKnown = !key.starts_with('$') || key == "$" || key == "$type" || key == "$any" ||
                            (key == "$headers" && path_.empty());
