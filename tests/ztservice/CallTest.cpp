@@ -275,6 +275,21 @@ TEST(Answers, AreValuesByTheirTypes) {
             R"({"session":"s"}{"number":1})");
 }
 
+// Names of types come out of answers, which are gone when the next one comes.
+TEST(Services, OutliveTheNamesThatTheyAreAskedFor) {
+  const auto ask = [](const std::string& local) {
+    const auto space = std::make_unique<std::string>("http://www.w3.org/2001/XMLSchema");
+    const auto name = std::make_unique<std::string>(local);
+    return shop().type({*space, *name});
+  };
+  const ztservice::Type* first = ask("gMonthDay");
+  ASSERT_NE(first, nullptr);
+  EXPECT_EQ(ask("noSuchTypeAtAllOfThatLength"), nullptr);
+  EXPECT_EQ(ask("gMonthDay"), first);
+  EXPECT_EQ(ask("noSuchTypeAtAllOfThatLength"), nullptr);
+  EXPECT_EQ(first->name.local, "gMonthDay");
+}
+
 TEST(Answers, FollowReferencesWithoutGoingInCircles) {
   const auto rpc = [](const std::string& parts, const std::string& behind) {
     return answered(target("add", ""),

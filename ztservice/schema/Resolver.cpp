@@ -29,13 +29,17 @@ Resolver::Resolver(const parse::Loaded& loaded, const Declarations& declarations
 
 TypeEntry* Resolver::builtin(const Name& name) {
   if (!isBuiltinNamespace(name.space)) return nullptr;
-  const auto [entry, isNew] = builtins_.try_emplace(name, nullptr);
-  if (!isNew) return entry->second;
+  const auto known = builtins_.find(name);
+  if (known != builtins_.end()) return known->second;
   TypeEntry type;
   type.name = name;
   if (!fillBuiltin(type)) return nullptr;
+  // Whoever asks may give the name up; what there is no type of is not remembered, there is no end of it.
+  type.name = {keep(name.space), keep(name.local)};
   type.state = TypeEntry::State::settled;
-  return entry->second = &types_.emplace_back(std::move(type));
+  TypeEntry& added = types_.emplace_back(std::move(type));
+  builtins_.emplace(added.name, &added);
+  return &added;
 }
 
 TypeEntry& Resolver::entryOf(const Declaration& declaration) {
