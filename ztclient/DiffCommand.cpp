@@ -1,5 +1,6 @@
 // ztclient diff: two result files compared.
 #include <algorithm>
+#include <filesystem>
 #include <iostream>
 #include <memory>
 #include <optional>
@@ -13,6 +14,7 @@
 #include "ztbaseclient/tools/FileDifferences.h"
 #include "ztclient/Commands.h"
 #include "ztclient/answers/DifferencePrinter.h"
+#include "ztclient/answers/DifferenceText.h"
 #include "ztclient/answers/FolderPrinter.h"
 #include "ztclient/answers/JUnitReport.h"
 #include "ztclient/answers/Json.h"
@@ -21,6 +23,7 @@
 #include "ztclient/comparison/FolderComparison.h"
 #include "ztclient/input/GivenNames.h"
 #include "ztclient/input/InputFile.h"
+#include "ztclient/pages/DifferencePage.h"
 #include "ztclient/terminal/Messages.h"
 #include "ztclient/terminal/ProgressBar.h"
 #include "ztcore/ztFile.h"
@@ -42,6 +45,7 @@ struct Options {
   std::vector<std::string> exclude;
   unsigned jobs = 0;
   std::string junit;
+  std::string html;
   differences::Options how;
 };
 
@@ -121,6 +125,14 @@ int comparePlainly(const Options& options, const InputFile& file1, const InputFi
   }
 }
 
+std::string pageOf(const Options& options, const wchar_t* file1, const wchar_t* file2,
+                   const std::string& shown1, const std::string& shown2, const char* back) {
+  DifferencePage page(shown1, shown2, differenceText::toleranceOf(options.how), back);
+  const differences::Summary sums = differences::find(
+      file1, file2, options.how, [&page](const differences::Line& line) { page.add(line); });
+  return page.text(sums);
+}
+
 JUnitReport reportOf(const Options& options, const PairComparison& comparison) {
   return {options.file1 + " and " + options.file2, comparison.tolerance()};
 }
@@ -134,6 +146,13 @@ void writeJUnit(const Options& options, const InputFile& file1, const InputFile&
   outputFile::place(options.junit, report.text());
 }
 
+// So does the page of them; of files that are no text there is none.
+void writePage(const Options& options, const InputFile& file1, const InputFile& file2) {
+  if (options.html.empty()) return;
+  outputFile::place(options.html,
+                    pageOf(options, file1.name(), file2.name(), options.file1, options.file2, ""));
+}
+
 int compareFiles(const Options& options) {
   if (options.file1 == "-" && options.file2 == "-") {
     throw tovin::Exception(L"Standard input can be only one of the files");
@@ -142,6 +161,7 @@ int compareFiles(const Options& options) {
   writeJUnit(options, file1, file2);
   const bool first = canOpen(file1), second = canOpen(file2);
   if (!first || !second) return commands::trouble;
+  writePage(options, file1, file2);
   return options.all ? findAll(options, file1, file2) : comparePlainly(options, file1, file2);
 }
 
@@ -151,6 +171,43 @@ std::vector<Glob> globsOf(const std::vector<std::string>& patterns) {
   return globs;
 }
 
+// A folder of pages: one for each pair of texts that is not equal, and index.html, which leads to them.
+class FolderPages {
+ public:
+  explicit FolderPages(const Options& options) : options_(options), index_(options.file1, options.file2) {
+    if (options.html.empty()) return;
+    std::error_code error;
+    std::filesystem::create_directories(tovin::platform::pathOf(options.html), error);
+    if (!std::filesystem::is_directory(tovin::platform::pathOf(options.html), error))
+      throw CLI::ValidationError("--html", "cannot make the folder " + options.html);
+  }
+
+  void add(const std::string& path, const PairResult& result) {
+    using Verdict = PairResult::Verdict;
+    if (options_.html.empty()) return;
+    const bool hasLines =
+        result.reason.empty() && (result.verdict == Verdict::within || result.verdict == Verdict::different);
+    std::string page;
+    if (hasLines) {
+      page = std::to_string(++count_) + ".html";
+      const std::string file1 = options_.file1 + '/' + path, file2 = options_.file2 + '/' + path;
+      outputFile::place(options_.html + '/' + page,
+                        pageOf(options_, tovin::platform::fileName(file1).c_str(),
+                               tovin::platform::fileName(file2).c_str(), file1, file2, "index.html"));
+    }
+    index_.add(path, result, page);
+  }
+
+  void finish(const std::string& sums) const {
+    if (!options_.html.empty()) outputFile::place(options_.html + "/index.html", index_.text(sums));
+  }
+
+ private:
+  const Options& options_;
+  FolderPage index_;
+  size_t count_ = 0;
+};
+
 int compareFolders(const Options& options) {
   using Verdict = PairResult::Verdict;
   const FileFilter filter{globsOf(options.include), globsOf(options.exclude)};
@@ -159,10 +216,13 @@ int compareFolders(const Options& options) {
   FolderPrinter printer(options.file1, options.file2, options.json);
   JUnitReport report = reportOf(options, comparison);
   const unsigned jobs = options.jobs > 0 ? options.jobs : std::max(1u, std::thread::hardware_concurrency());
+  FolderPages pages(options);
   folders.run(comparison, jobs, [&](const std::string& path, const PairResult& result) {
     printer.print(path, result);
     if (!options.junit.empty()) report.add(path, result);
+    pages.add(path, result);
   });
+  pages.finish(printer.sums());
   printer.finish();
   if (!options.junit.empty()) outputFile::place(options.junit, report.text());
   if (printer.any(Verdict::unreadable)) return commands::trouble;
@@ -175,6 +235,9 @@ int run(const Options& options) {
   if (options.junit == "-")
     throw CLI::ValidationError("--junit", "standard output has the answer already, name a file");
   outputFile::requireAnother("--junit", options.junit, {options.file1, options.file2});
+  if (options.html == "-")
+    throw CLI::ValidationError("--html", "standard output has the answer already, name a file");
+  outputFile::requireAnother("--html", options.html, {options.file1, options.file2});
   return options.recursive ? compareFolders(options) : compareFiles(options);
 }
 
@@ -275,6 +338,9 @@ void commands::addDiff(CLI::App& app, int& status) {
   addFolderOptions(*diff, *options, *all);
   arguments::addFile(*diff, "--junit", options->junit, "Write a report for CI servers, as JUnit does it",
                      "OUT");
+  arguments::addFile(*diff, "--html", options->html,
+                     "Write a page with the differences; with --recursive a folder of pages", "OUT")
+      ->excludes(binary);
   diff->footer(
       "Example: ztclient diff expected.txt result.txt --tolerance 4\nExit status 1: the files differ, and "
       "the report is printed.");

@@ -19,11 +19,13 @@
 #include "ztbaseclient/tools/CConsoleReader.h"
 #include "ztclient/Commands.h"
 #include "ztclient/answers/Json.h"
+#include "ztclient/answers/OutputFile.h"
 #include "ztclient/arguments/Arguments.h"
 #include "ztclient/input/InputFile.h"
 #include "ztclient/log/EntryFilter.h"
 #include "ztclient/log/EntryTime.h"
 #include "ztclient/log/LogTable.h"
+#include "ztclient/pages/LogPage.h"
 #include "ztclient/terminal/Messages.h"
 #include "ztclient/terminal/ProgressBar.h"
 #include "ztclient/terminal/Terminal.h"
@@ -46,6 +48,7 @@ struct Options {
   std::string since;
   std::string until;
   std::string countBy;
+  std::string html;
 
   bool isTable() const { return csv || tsv || table; }
 };
@@ -295,6 +298,13 @@ void follow(const Options& options, EntryFilter& filter) {
   }
 }
 
+void writePage(const Options& options, EntryFilter& filter) {
+  const InputFile file(options.file);
+  LogPage page(options.file == "-" ? "Standard input" : options.file);
+  forEntries(file, options, filter, all, [&page](const EntryPairs& entry) { page.add(entry); });
+  outputFile::place(options.html, page.text());
+}
+
 int64_t timeOf(const char* option, const std::string& text) {
   const std::optional<int64_t> time = entryTime::parse(text);
   if (!time) throw CLI::ValidationError(option, "takes a time as 2026-11-26T14:03:00Z, not \"" + text + '"');
@@ -313,8 +323,11 @@ void run(const Options& options) {
   if (!options.columns.empty() && !options.isTable())
     throw CLI::RequiresError("--columns", "--csv, --tsv or --table");
   EntryFilter filter = filterOf(options);
+  outputFile::requireAnother("--html", options.html, {options.file});
   if (options.follow)
     follow(options, filter);
+  else if (!options.html.empty())
+    writePage(options, filter);
   else if (!options.countBy.empty())
     showCounts(options, filter);
   else
@@ -365,6 +378,11 @@ void commands::addLog(CLI::App& app, int& status) {
       log->add_flag("--follow", options->follow, "Go on with what is still written; only complete entries");
   addTableOptions(*log, *options, *json, *follow);
   addFilterOptions(*log, *options);
+  CLI::Option* html =
+      arguments::addFile(*log, "--html", options->html,
+                         "Write a page with the entries to this file; - for standard output", "OUT");
+  for (const char* other : {"--json", "--csv", "--tsv", "--table", "--follow", "--columns", "--count-by"})
+    html->excludes(log->get_option(other));
   log->footer("Example: ztclient log job.log --json --follow");
   log->callback([options, &status] {
     run(*options);

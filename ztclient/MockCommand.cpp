@@ -4,7 +4,7 @@
 #include <map>
 #include <memory>
 
-#include "tovinCore/Utf8.h"
+#include "tovinCore/platform/Paths.h"
 #include "ztclient/Commands.h"
 #include "ztclient/arguments/Arguments.h"
 #include "ztclient/input/InputFile.h"
@@ -25,8 +25,7 @@ struct Options {
 // Of each operation DIR/OPERATION.json or DIR/OPERATION.xml, where there is one.
 std::map<std::string, std::string> answersIn(const std::string& folder, const ztservice::Service& service) {
   std::map<std::string, std::string> answers;
-  const std::filesystem::path path = std::filesystem::path(reinterpret_cast<const char8_t*>(folder.c_str()));
-  if (!std::filesystem::is_directory(path))
+  if (!std::filesystem::is_directory(tovin::platform::pathOf(folder)))
     throw CLI::ValidationError("--answers", '"' + folder + "\" is no folder");
   for (const ztservice::Port& port : service.ports()) {
     for (const ztservice::Operation& operation : port.operations()) {
@@ -35,8 +34,8 @@ std::map<std::string, std::string> answersIn(const std::string& folder, const zt
         // What a document calls an operation must not lead out of the folder.
         if (name.find_first_of("/\\:") != name.npos || name.starts_with('.')) continue;
         const std::string file = folder + '/' + name + ending;
-        const std::filesystem::path place(reinterpret_cast<const char8_t*>(file.c_str()));
-        if (!answers.contains(name) && std::filesystem::exists(place)) answers[name] = readBytes(file);
+        if (!answers.contains(name) && std::filesystem::exists(tovin::platform::pathOf(file)))
+          answers[name] = readBytes(file);
       }
     }
   }

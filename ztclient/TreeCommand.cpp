@@ -17,6 +17,7 @@
 #include "ztclient/answers/OutputFile.h"
 #include "ztclient/arguments/Arguments.h"
 #include "ztclient/input/Document.h"
+#include "ztclient/pages/TreePage.h"
 #include "ztcore/ztMemoryStreams.h"
 
 namespace {
@@ -27,6 +28,7 @@ constexpr size_t numberedLevel = 40;
 struct Options {
   std::string file;
   std::string record;
+  std::string html;
   bool json = false;
 };
 
@@ -120,13 +122,31 @@ void writeRecord(const tovin::iNode& root, const std::string& file) {
   outputFile::place(file, bytes);
 }
 
+std::string plainText(const Json& value) {
+  return value.is_string() ? value.get<std::string>() : toText(value);
+}
+
+void writePage(const tovin::iNode& root, const Options& options) {
+  TreePage page(options.file == "-" ? "Standard input" : options.file);
+  walk(root, [&](const tovin::iNode& node, size_t depth) {
+    std::vector<TreePage::Property> properties;
+    forProperties(node, [&](const tovin::iProperty& property) {
+      const tovin::Value& value = property.getValue();
+      properties.push_back(
+          {tovin::wideToUtf8(property.getName()), lastWord(value.getClassTag()), plainText(valueOf(value))});
+    });
+    page.add(depth, tovin::wideToUtf8(node.getName()), properties);
+  });
+  outputFile::place(options.html, page.text());
+}
+
 void run(const Options& options) {
   outputFile::requireAnother("--record", options.record, {options.file});
+  outputFile::requireAnother("--html", options.html, {options.file});
   const tovin::Ptr<tovin::iNode> root = readDocument(options.file);
-  if (options.record.empty())
-    print(*root, options.json);
-  else
-    writeRecord(*root, options.record);
+  if (!options.record.empty()) writeRecord(*root, options.record);
+  if (!options.html.empty()) writePage(*root, options);
+  if (options.record.empty() && options.html.empty()) print(*root, options.json);
 }
 
 }  // namespace
@@ -136,9 +156,12 @@ void commands::addTree(CLI::App& app, int& status) {
   CLI::App* tree = app.add_subcommand("tree", "Show an XML document or a node record as a tree");
   arguments::addFile(*tree, "FILE", options->file, "XML document or node record; - for standard input")
       ->required();
-  tree->add_flag("--json", options->json, "One JSON object a node, each on its own line");
+  CLI::Option* json = tree->add_flag("--json", options->json, "One JSON object a node, each on its own line");
   arguments::addFile(*tree, "--record", options->record,
                      "Write the node record to this file and print no tree; - for standard output", "OUT");
+  arguments::addFile(*tree, "--html", options->html,
+                     "Write a page with the tree to this file and print none; - for standard output", "OUT")
+      ->excludes(json);
   tree->footer(
       "Example: ztclient tree service.wsdl --record service.record\n"
       "Of XML there are elements and attributes: text content, CDATA sections and comments are passed over.");

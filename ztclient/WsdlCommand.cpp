@@ -13,12 +13,14 @@
 #include "ztclient/answers/ByteText.h"
 #include "ztclient/answers/OutputFile.h"
 #include "ztclient/answers/ServiceChanges.h"
+#include "ztclient/answers/ServiceDot.h"
 #include "ztclient/answers/ServiceJson.h"
 #include "ztclient/answers/ServiceText.h"
 #include "ztclient/answers/WsdlJson.h"
 #include "ztclient/arguments/Arguments.h"
 #include "ztclient/input/Document.h"
 #include "ztclient/input/ServiceFile.h"
+#include "ztclient/pages/ServicePage.h"
 #include "ztclient/terminal/Messages.h"
 #include "ztservice/call/Nearest.h"
 
@@ -32,6 +34,8 @@ struct Options {
   bool all = false;
   std::string operation;
   std::string flat;
+  std::string html;
+  bool dot = false;
   std::string newer;
   ServiceSources sources;
 };
@@ -159,7 +163,15 @@ void sayWhatIsMissing(const ztservice::Service& service) {
 
 int showAll(const Options& options) {
   const ztservice::Service service = narrowed(loadService(options.file, options.sources), options.operation);
-  if (options.json) {
+  if (!options.html.empty()) {
+    outputFile::place(options.html,
+                      servicePage(service, options.file == "-" ? "Standard input" : options.file));
+    return commands::done;
+  }
+  if (options.dot) {
+    writeServiceDot(service, std::cout);
+    sayWhatIsMissing(service);
+  } else if (options.json) {
     writeServiceJson(service, std::cout);
   } else {
     writeServiceText(service, std::cout);
@@ -198,6 +210,7 @@ int answering(const Options& options, const Work& work) {
 int run(const Options& options) {
   if (!options.flat.empty()) return writeFlat(options);
   if (!options.newer.empty()) return answering(options, showChanges);
+  outputFile::requireAnother("--html", options.html, {options.file});
   if (options.all) return answering(options, showAll);
   try {
     CWsdlParser parser;
@@ -241,6 +254,13 @@ void commands::addWsdl(CLI::App& app, int& status) {
   CLI::Option* operation = arguments::requireText(wsdl->add_option("--operation", options->operation,
                                                                    "Only the operation of that name"))
                                ->type_name("NAME");
+  CLI::Option* html =
+      arguments::addFile(*wsdl, "--html", options->html,
+                         "Write a page with the whole service to this file; - for standard output", "OUT");
+  CLI::Option* dot =
+      wsdl->add_flag("--dot", options->dot, "Operations and types and how they hang together, for Graphviz");
+  html->needs(all)->excludes(json);
+  dot->needs(all)->excludes(json)->excludes(html);
   flat->excludes(newer)->excludes(all)->excludes(json)->excludes(operation);
   newer->excludes(all);
   for (CLI::Option* whole : {all, flat, newer}) whole->excludes(types)->excludes(compatible);

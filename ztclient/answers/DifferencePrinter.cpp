@@ -9,7 +9,6 @@
 
 using differences::Field;
 using differences::Line;
-using differenceText::columnOf;
 using differenceText::counted;
 using differenceText::measuresOf;
 using differenceText::nameOf;
@@ -118,19 +117,13 @@ void DifferencePrinter::list(const Line& line) {
 
 void DifferencePrinter::gather(const Line& line) {
   if (line.kind != Line::Kind::Equal && gathered_++ < firstLines) list(line);
-  for (const Field& field : line.fields) {
-    Column& column = columns_[columnOf(field)];
-    column.name = nameOf(field);
-    ++(field.within ? column.within : column.different);
-    if (!(field.absolute <= column.largestAbsolute)) column.largestAbsolute = field.absolute;
-    if (!(field.relative <= column.largestRelative)) column.largestRelative = field.relative;
-  }
+  columns_.add(line);
 }
 
 void DifferencePrinter::printSums(const differences::Summary& summary) const {
   if (gathered_ > firstLines)
     std::cout << counted(gathered_ - firstLines, "more line differs", "more lines differ") << '\n';
-  for (const auto& [number, column] : columns_) {
+  for (const auto& [number, column] : columns_.columns()) {
     std::cout << column.name << ": " << column.different << " different, " << column.within
               << " within tolerance, largest absolute " << rounded(column.largestAbsolute)
               << ", largest relative " << rounded(column.largestRelative) << '\n';

@@ -1,9 +1,9 @@
 #pragma once
 
-#include <map>
-#include <string>
+#include <cstdint>
 
 #include "ztbaseclient/tools/FileDifferences.h"
+#include "ztclient/answers/ColumnSums.h"
 
 /// Prints all differences of two files on standard output, as they are found.
 class DifferencePrinter {
@@ -25,14 +25,6 @@ class DifferencePrinter {
   void finish(const differences::Summary& summary);
 
  private:
-  struct Column {
-    std::string name;
-    int64_t within = 0;
-    int64_t different = 0;
-    double largestAbsolute = 0;
-    double largestRelative = 0;
-  };
-
   void list(const differences::Line& line);
   void gather(const differences::Line& line);
   void printSums(const differences::Summary& summary) const;
@@ -40,5 +32,5 @@ class DifferencePrinter {
   Form form_;
   int64_t lastLine1_ = 0;
   int64_t gathered_ = 0;
-  std::map<int64_t, Column> columns_;
+  ColumnSums columns_;
 };

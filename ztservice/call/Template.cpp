@@ -12,7 +12,6 @@ namespace ztservice::call {
 
 namespace {
 
-constexpr size_t mostLines = 100'000;
 // Inside each other; a request may be as deep.
 constexpr size_t deepest = 190;
 constexpr uint64_t mostCopies = 100;
@@ -77,7 +76,8 @@ class TemplateWriter {
   };
 
   void line(std::string text, std::string comment = {}) {
-    if (lines_.size() == mostLines) throw Error({}, "the template would have more than 100000 members");
+    if (lines_.size() >= options_.lines)
+      throw Error({}, "the template would have more than " + std::to_string(options_.lines) + " lines");
     lines_.push_back({depth_, std::move(text), onOneLine(std::move(comment))});
   }
   void comment(std::string text) { line({}, std::move(text)); }

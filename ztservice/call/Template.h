@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <string>
 
 #include "ztservice/Service.h"
@@ -11,6 +12,8 @@ struct TemplateOptions {
   bool isFull = true;
   /// Whether it is of what the operation answers.
   bool isAnswer = false;
+  /// What is longer is refused.
+  size_t lines = 100'000;
 };
 
 /// The values of an operation's request, or answer, ready to be filled in: JSON with comments that say the
@@ -18,7 +21,7 @@ struct TemplateOptions {
 ///
 /// - Shape: as it stands, it makes a valid request, as far as samples can be found: of a choice it has the
 ///   first alternative, of a type inside itself nothing that may be left out.
-/// - Errors: Error for an operation that cannot be called, and for more than a hundred thousand members.
+/// - Errors: Error for an operation that cannot be called, and for what has too many lines.
 ZTSERVICE_API std::string makeTemplate(const Service& service, const Port& port, const Operation& operation,
                                        const TemplateOptions& options = {});
 
