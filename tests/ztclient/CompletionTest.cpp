@@ -11,7 +11,7 @@ struct Typed {
 };
 
 const Typed typed[] = {{"qu", "query"},
-                       {"c", "cache checksum credentials"},
+                       {"c", "cache call checksum credentials"},
                        {"credentials m", "make"},
                        {"credentials make --xm", "--xmldb"},
                        {"query job.xml --as n", "nodes"},

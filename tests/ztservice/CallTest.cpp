@@ -131,7 +131,7 @@ TEST(Requests, NameEachFaultByItsPath) {
           {R"({"form": {"$type": "{urn:shop}Money", "$": 1}})",
            "form: {urn:shop}Money does not come from {urn:shop}Shape; form.@currency: is missing"},
           {R"({"shape": {}})", "shape: is abstract: give one of circle, square in its place"},
-          {R"({"text": {"$": ["a"], "c": 1}})", "text.c: there is no such member"},
+          {R"({"text": {"$": ["a"], "c": 1}})", R"(text.c: there is no such member; did you mean "b"?)"},
           {R"({"pairs": "x", "self": [{}]})", "pairs: a text, where an object is wanted"},
           {R"({"$any": "<a>"})", "$any: is no XML: mismatched tag at 1:6"},
           {R"({"$any": ["<a/>", "<b/>", "<c/>"]})", "$any: 3 given, 2 allowed"},

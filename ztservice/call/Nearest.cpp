@@ -41,8 +41,7 @@ std::string nearest(const std::string& word, const std::vector<std::string>& wor
   }
   if (!best) return {};
   const size_t letters = best->size() - std::min(best->find_first_not_of('-'), best->size());
-  // Of one letter nothing would be left.
-  return least < letters && least <= std::max<size_t>(1, letters / 3) ? *best : std::string();
+  return least <= std::max<size_t>(1, letters / 3) ? *best : std::string();
 }
 
 std::string suggestion(const std::string& word, const std::vector<std::string>& words) {
