@@ -15,6 +15,7 @@
 #include "tovinCore/Exception.h"
 #include "tovinCore/platform/Console.h"
 #include "tovinCore/platform/Environment.h"
+#include "tovinCore/platform/Files.h"
 #include "tovinCore/platform/Paths.h"
 #include "ztbaseclient/tools/CConsoleReader.h"
 #include "ztclient/Commands.h"
@@ -24,6 +25,7 @@
 #include "ztclient/input/InputFile.h"
 #include "ztclient/log/EntryFilter.h"
 #include "ztclient/log/EntryTime.h"
+#include "ztclient/log/LiveTable.h"
 #include "ztclient/log/LogTable.h"
 #include "ztclient/pages/LogPage.h"
 #include "ztclient/terminal/Messages.h"
@@ -283,18 +285,59 @@ void printComplete(CConsoleReader& reader, bool json, EntryFilter& filter) {
   reader.Resume();
 }
 
-// Until the program is stopped. A log that has become shorter, or is not there for a while, has begun anew.
+// What comes to a log that is followed: lines, or on a terminal a table that is drawn again.
+class Follower {
+ public:
+  Follower(const Options& options, EntryFilter& filter) : options_(options), filter_(filter) {
+    if (tovin::platform::isOutputTerminal() && !options.json && !terminal::isDumb()) table_.emplace();
+  }
+
+  void take(CConsoleReader& reader) {
+    if (!table_) {
+      printComplete(reader, options_.json, filter_);
+      return;
+    }
+    EntryPairs pairs;
+    const auto add = [&](std::string_view name, std::string_view value) {
+      filter_.see(name, value);
+      pairs.emplace_back(name, value);
+    };
+    for (filter_.begin(); reader.VisitNextEntry(add) && reader.WasEntryComplete(); filter_.begin()) {
+      if (filter_.holds()) table_->add(pairs);
+      pairs.clear();
+    }
+    reader.Resume();
+    table_->draw();
+  }
+
+ private:
+  const Options& options_;
+  EntryFilter& filter_;
+  std::optional<LiveTable> table_;
+};
+
+// Until the program is stopped. A log that has become shorter, or is another file than before, has begun
+// anew.
 void follow(const Options& options, EntryFilter& filter) {
   if (options.file == "-") throw tovin::Exception(L"Standard input cannot be followed");
   const std::wstring name = tovin::platform::fileName(options.file);
   auto reader = open(name.c_str(), options.position);
+  Follower follower(options, filter);
+  tovin::platform::FileIdentity before = tovin::platform::identityOf(name.c_str());
   for (int64_t seen = -1; std::cout; std::this_thread::sleep_for(pause)) {
+    const tovin::platform::FileIdentity now = tovin::platform::identityOf(name.c_str());
     const int64_t length = lengthOf(name.c_str());
-    if (length == seen) continue;
-    if (length < seen) reader.reset();
+    const bool isAnother = now != before && now != tovin::platform::FileIdentity();
+    if (length == seen && !isAnother) continue;
+    if (reader && (length < seen || isAnother)) {
+      messages::warn(options.file + (isAnother ? " is another file now" : " has become shorter") +
+                     ": it is read from the beginning");
+      reader.reset();
+    }
+    if (isAnother) before = now;
     seen = length;
     if (!reader && length > 0) reader = open(name.c_str(), 0);
-    if (reader) printComplete(*reader, options.json, filter);
+    if (reader) follower.take(*reader);
   }
 }
 

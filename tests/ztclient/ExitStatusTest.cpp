@@ -348,6 +348,15 @@ TEST(Colours, AreForTerminalsThatWantThem) {
                {"ztclient quary", 2, "", "ztclient: no command \"quary\"; did you mean \"query\"?\n"},
                {on("", "ztclient tree a.xml"), 0, "a b=\"\\u009b\\u202eü\"\n", ""},
                {"ztclient tree a.xml", 0, "a b=\"\xc2\x9b\xe2\x80\xaeü\"\n", ""}});
+  // A log that is followed is a table there, which is drawn over itself.
+  shell.write("entry", "<<<ConsoleEntry\nstate\tdone\nConsoleEntry>>>\n");
+  shell.check(
+      {{prepare + "cp entry log; (sleep .4; cat entry >>log) & script -qec \"stty rows 12 cols 40; timeout "
+                  "--foreground -s INT 2.5 " ZTB_COMMAND " log log --follow\" /dev/null | tr -d '\\r'",
+        0,
+        "…1 entry, …a second\nstate\n─────\ndone\n\x1b[4A\x1b[J2 entries, …a "
+        "second\nstate\n─────\ndone\ndone\n…",
+        ""}});
 }
 
 }  // namespace

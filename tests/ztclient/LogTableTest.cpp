@@ -81,6 +81,12 @@ TEST(LogFilter, LeavesOutEntriesInEveryForm) {
        {"printf '<<<ConsoleEntry\\nv\\t%050000d\\nConsoleEntry>>>\\n' 0 >long; ztclient log long --where "
         "'v~(0*)*1' --where 'v~(0|00)+$'",
         0, "", ""},
+       {"cp log one; (" ZTB_COMMAND " log one --follow --where code=7 & sleep .4; head -c 9 log >one; sleep "
+        ".4; cp log new; mv new one; sleep .5; kill $!)",
+        0, "state: failed\ncode: 7\n\nstate: failed\ncode: 7\n\n",
+        "ztclient log: one has become shorter: it is read from the beginning\nztclient log: one is another "
+        "file now: it is read "
+        "from the beginning\n"},
        {"(" ZTB_COMMAND " log log --follow --where code=7 & sleep .5; kill $!)", 0,
         "state: failed\ncode: 7\n\n", ""}});
 }

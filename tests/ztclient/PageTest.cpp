@@ -35,9 +35,8 @@ TEST(Pages, EscapeWhatOthersWrote) {
 
   shell.write("tree.xml", "<a b=\"&lt;/script>&lt;script>alert(1)&lt;/script>\"><c/><d e='\"'/></a>");
   const std::string tree = shell.run("ztclient tree tree.xml --html -").out;
-  EXPECT_THAT(
-      tree,
-      HasSubstr(R"([2,"a",[["b","String","\u003c/script>\u003cscript>alert(1)\u003c/script>"]]],)"));
+  EXPECT_THAT(tree,
+              HasSubstr(R"([2,"a",[["b","String","\u003c/script>\u003cscript>alert(1)\u003c/script>"]]],)"));
   EXPECT_THAT(tree, HasSubstr(R"([0,"d",[["e","String","\u0022"]]]]</script>)"));
 
   shell.write("log", "<<<ConsoleEntry\n" + attack + "\t" + attack + "\ntime\t2026-11-26\nConsoleEntry>>>\n");

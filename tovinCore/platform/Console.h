@@ -18,6 +18,8 @@ TOVINCORE_API bool isOutputTerminal() noexcept;
 
 /// How many columns the terminal of standard error or output has; 0 where neither tells.
 TOVINCORE_API int terminalWidth() noexcept;
+/// The same of rows.
+TOVINCORE_API int terminalHeight() noexcept;
 
 /// What follows the program's name on its command line, as UTF-8 whatever the system's own encoding is; a
 /// name of a file that is no UTF-8 comes as its bytes.

@@ -14,13 +14,21 @@ void printErrorLine(const std::string& text) noexcept { std::fprintf(stderr, "%s
 bool isErrorTerminal() noexcept { return ::isatty(STDERR_FILENO) == 1; }
 bool isOutputTerminal() noexcept { return ::isatty(STDOUT_FILENO) == 1; }
 
-int terminalWidth() noexcept {
+namespace {
+
+winsize terminalSize() noexcept {
   for (const int stream : {STDERR_FILENO, STDOUT_FILENO}) {
     winsize size;
-    if (::ioctl(stream, TIOCGWINSZ, &size) == 0 && size.ws_col > 0) return size.ws_col;
+    if (::ioctl(stream, TIOCGWINSZ, &size) == 0 && size.ws_col > 0) return size;
   }
-  return 0;
+  return {};
 }
+
+}  // namespace
+
+int terminalWidth() noexcept { return terminalSize().ws_col; }
+
+int terminalHeight() noexcept { return terminalSize().ws_row; }
 
 std::vector<std::string> programArguments(int argc, char** argv) {
   return argc > 0 ? std::vector<std::string>(argv + 1, argv + argc) : std::vector<std::string>();

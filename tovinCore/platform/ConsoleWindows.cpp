@@ -39,14 +39,21 @@ void printErrorLine(const std::string& text) noexcept try {
 bool isErrorTerminal() noexcept { return isConsole(errorStream()); }
 bool isOutputTerminal() noexcept { return isConsole(::GetStdHandle(STD_OUTPUT_HANDLE)); }
 
-int terminalWidth() noexcept {
+namespace {
+
+SMALL_RECT terminalWindow() noexcept {
   for (const DWORD stream : {STD_ERROR_HANDLE, STD_OUTPUT_HANDLE}) {
     CONSOLE_SCREEN_BUFFER_INFO facts;
-    if (::GetConsoleScreenBufferInfo(::GetStdHandle(stream), &facts))
-      return facts.srWindow.Right - facts.srWindow.Left + 1;
+    if (::GetConsoleScreenBufferInfo(::GetStdHandle(stream), &facts)) return facts.srWindow;
   }
-  return 0;
+  return {0, 0, -1, -1};
 }
+
+}  // namespace
+
+int terminalWidth() noexcept { return terminalWindow().Right - terminalWindow().Left + 1; }
+
+int terminalHeight() noexcept { return terminalWindow().Bottom - terminalWindow().Top + 1; }
 
 std::vector<std::string> programArguments(int, char**) {
   int count = 0;

@@ -40,6 +40,13 @@ TOVINCORE_API bool lastFailureMayPass() noexcept;
 TOVINCORE_API std::wstring lastFailure();
 /// Whether both names lead to one file.
 TOVINCORE_API bool isSameFile(const wchar_t* a, const wchar_t* b);
+/// What tells a file from others at one time; equal ones for names that lead to nothing.
+struct FileIdentity {
+  uint64_t device = 0;
+  uint64_t number = 0;
+  bool operator==(const FileIdentity&) const = default;
+};
+TOVINCORE_API FileIdentity identityOf(const wchar_t* name);
 /// Whether there is a file of bytes: no folder, no device, no pipe. Opens nothing, so that it never waits.
 TOVINCORE_API bool isRegularFile(const wchar_t* name);
 

@@ -133,4 +133,10 @@ bool isSameFile(const wchar_t* a, const wchar_t* b) {
          first.st_dev == second.st_dev && first.st_ino == second.st_ino;
 }
 
+FileIdentity identityOf(const wchar_t* name) {
+  struct stat facts;
+  if (::stat(fileNameBytes(name).c_str(), &facts) != 0) return {};
+  return {static_cast<uint64_t>(facts.st_dev), static_cast<uint64_t>(facts.st_ino)};
+}
+
 }  // namespace tovin::platform

@@ -149,4 +149,17 @@ bool isSameFile(const wchar_t* a, const wchar_t* b) {
   return std::filesystem::equivalent(systemPath(a), systemPath(b), none);
 }
 
+FileIdentity identityOf(const wchar_t* name) {
+  // Whoever writes the file may still rename or delete it.
+  const HANDLE file = ::CreateFileW(systemPath(name).c_str(), FILE_READ_ATTRIBUTES,
+                                    FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
+                                    OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
+  if (file == INVALID_HANDLE_VALUE) return {};
+  BY_HANDLE_FILE_INFORMATION facts;
+  const bool isKnown = ::GetFileInformationByHandle(file, &facts);
+  ::CloseHandle(file);
+  if (!isKnown) return {};
+  return {facts.dwVolumeSerialNumber, (uint64_t{facts.nFileIndexHigh} << 32) | facts.nFileIndexLow};
+}
+
 }  // namespace tovin::platform

@@ -21,13 +21,11 @@ constexpr size_t usualWidth = 80;
 constexpr size_t narrowest = 20;
 constexpr size_t widestText = 100;
 
-bool isDumb() { return platform::environmentVariable("TERM") == L"dumb"; }
-
 bool paints(bool isTerminal) {
   using terminal::Colours;
   const Colours colours = terminal::settings().colours;
   if (colours != Colours::automatic) return colours == Colours::always;
-  return isTerminal && !isDumb() && platform::environmentVariable("NO_COLOR").empty();
+  return isTerminal && !terminal::isDumb() && platform::environmentVariable("NO_COLOR").empty();
 }
 
 std::ostream& paint(std::ostream& out, const char* sequence, std::string_view text) {
@@ -70,7 +68,11 @@ std::string terminal::alarm(const std::string& text) {
   return paints(platform::isErrorTerminal()) ? boldRed + text + plain : text;
 }
 
-bool terminal::showsProgress() { return platform::isErrorTerminal() && !settings().quiet && !isDumb(); }
+bool terminal::showsProgress() {
+  return platform::isErrorTerminal() && !settings().quiet && !terminal::isDumb();
+}
+
+bool terminal::isDumb() { return platform::environmentVariable("TERM") == L"dumb"; }
 
 size_t terminal::width() { return firstOf(static_cast<size_t>(platform::terminalWidth()), columnsSaid()); }
 

@@ -37,6 +37,8 @@ std::string alarm(const std::string& text);
 
 /// Whether a line that is written over and over can be seen on standard error, and is wanted.
 bool showsProgress();
+/// Whether TERM says that a terminal cannot move its cursor.
+bool isDumb();
 /// Columns of the terminal, else those that COLUMNS says, else 80.
 size_t width();
 /// The same for running text, where COLUMNS goes first and lines of more than 100 are not read well.
