@@ -31,6 +31,7 @@ PYBIND11_MODULE(_core, module) {
   addQueries(module);
   addObjects(module);
   addServices(module);
+  addCalls(module);
   addRequests(module);
   addTools(module);
 }

@@ -8,10 +8,12 @@
 {'id': array([1, 4]), 'similarity': array([0.5, 0.9])}
 """
 
+from ._call import Answer, Caller
 from ._core import __version__
 from ._errors import (
     BusyError,
     Error,
+    FaultError,
     FileError,
     FormatError,
     HttpError,
@@ -20,6 +22,7 @@ from ._errors import (
     ParseError,
     QueryError,
     RangeError,
+    RequestError,
     ServiceError,
 )
 from ._node import Bits, Children, Node, Properties, live_objects, parse, read_record, to_node
@@ -40,15 +43,18 @@ from ._tables import from_table, table, to_pandas
 from ._tools import Comparison, Difference, Entry, FieldDifference, Log, checksum, compare, log_table
 
 __all__ = [
+    "Answer",
     "Bits",
     "BusyError",
     "CACHE_ARGUMENTS",
+    "Caller",
     "Children",
     "Comparison",
     "Credentials",
     "Difference",
     "Entry",
     "Error",
+    "FaultError",
     "FieldDifference",
     "FileError",
     "FormatError",
@@ -62,6 +68,7 @@ __all__ = [
     "Properties",
     "QueryError",
     "RangeError",
+    "RequestError",
     "Service",
     "ServiceError",
     "__version__",

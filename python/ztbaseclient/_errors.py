@@ -70,6 +70,43 @@ class ServiceError(FormatError):
     """A document that is no WSDL 1.1."""
 
 
+class RequestError(FormatError):
+    """Values that make no request.
+
+    Attributes
+    ----------
+    findings : list of (str, str)
+        All that is wrong with them: the path, and what.
+    """
+
+    def __init__(self, message: str = "", findings: Optional[list[tuple[str, str]]] = None) -> None:
+        super().__init__(message, "RequestError")
+        self.findings = list(findings or [])
+
+    def __reduce__(self) -> Any:
+        return type(self), (self.message, self.findings)
+
+
+class FaultError(Error):
+    """What a service answers when it could not do what it was asked.
+
+    Attributes
+    ----------
+    code, fault_reason, actor : str
+    detail : dict, str or None
+    """
+
+    def __init__(self, code: str = "", reason: str = "", actor: str = "", detail: Any = None) -> None:
+        super().__init__(f"{code}: {reason}" if reason else code, "AnswerFault")
+        self.code = code
+        self.fault_reason = reason
+        self.actor = actor
+        self.detail = detail
+
+    def __reduce__(self) -> Any:
+        return type(self), (self.code, self.fault_reason, self.actor, self.detail)
+
+
 class FileError(Error, OSError):
     """A file that cannot be opened, read or written; `errno` says why where it is known."""
 

@@ -8,7 +8,7 @@ import os as _os
 from collections.abc import Iterable, Iterator
 from typing import Any, NamedTuple, Optional, Union
 
-from . import _core
+from . import _call, _core
 
 
 class Name(NamedTuple):
@@ -38,6 +38,7 @@ class Service:
     def __init__(self, model: Any, recipe: tuple[str, bool, list[str], dict[bytes, bytes]]) -> None:
         self._model = model
         self._recipe = recipe
+        self._caller: Optional[_call.Caller] = None
 
     @property
     def location(self) -> str:
@@ -102,6 +103,35 @@ class Service:
         """The whole service as ``ztclient wsdl --all --json`` prints it."""
         whole: dict[str, Any] = _json.loads(self._model.json())
         return whole
+
+    def call(self, operation: str, values: Optional[dict[str, Any]] = None, /, **fields: Any) -> _call.Answer:
+        """Calls an operation at the address of its port; see :meth:`Caller.call`, whose options
+        :meth:`caller` takes."""
+        if self._caller is None:
+            self._caller = _call.Caller(self)
+        return self._caller.call(operation, values, **fields)
+
+    def caller(self, **options: Any) -> _call.Caller:
+        """A :class:`Caller` of this service with its options: address, port, timeout, user …"""
+        return _call.Caller(self, **options)
+
+    def request(
+        self,
+        operation: str,
+        values: Optional[dict[str, Any]] = None,
+        /,
+        *,
+        address: str = "",
+        port: str = "",
+        check: bool = True,
+        **fields: Any,
+    ) -> bytes:
+        """The request of HTTP that a call would send, byte for byte; nothing is sent."""
+        return _call.request_of(self, operation, values, fields, address, port, check)
+
+    def template(self, operation: str, *, full: bool = True, port: str = "") -> str:
+        """The values of a request to fill in, as JSON with comments."""
+        return _call.template_of(self, operation, full, port)
 
     def __getitem__(self, port: str) -> _core.Port:
         for one in self.ports:
