@@ -50,7 +50,7 @@ class AnswerReader {
     const Element* body = root.child("Body");
     if (!body) fail("has no body");
     if (const Element* header = root.child("Header")) headers(*header);
-    const Element* first = body->children.empty() ? nullptr : body->children.front().get();
+    const Element* first = body->children.empty() ? nullptr : body->children.front();
     if (first && first->name.local == "Fault" && isEnvelope(first->name.space)) {
       fault(*first);
       return;
@@ -79,7 +79,7 @@ class AnswerReader {
         reader.fail("more than " + std::to_string(limits.elements) + " elements");
     }
     ~Step() {
-      reader_.path_.resize(length_);
+      while (reader_.path_.size() > length_) reader_.path_.pop_back();
       --reader_.depth_;
     }
     Step(const Step&) = delete;
@@ -145,10 +145,10 @@ class AnswerReader {
     }
     const Element* found = nullptr;
     for (const auto& child : body.children) {
-      if (child->name == part.element) found = child.get();
+      if (child->name == part.element) found = child;
     }
     if (!found && !body.children.empty()) {
-      found = body.children.front().get();
+      found = body.children.front();
       doubt("the body has " + keyOf(found->name) + " in the place of " + keyOf(part.element));
     }
     if (!found) fail("the body is empty, and should have " + keyOf(part.element));

@@ -24,7 +24,7 @@ const std::string_view* AnswerTree::Element::attribute(const Name& wanted) const
 
 const AnswerTree::Element* AnswerTree::Element::child(std::string_view local) const {
   for (const auto& one : children) {
-    if (one->name.local == local) return one.get();
+    if (one->name.local == local) return one;
   }
   return nullptr;
 }
@@ -38,7 +38,6 @@ struct AnswerTree::Reader {
   const AnswerLimits& limits;
   parse::Expat expat{XML_ParserCreateNS(nullptr, separator)};
   std::vector<Element*> open;
-  size_t elements = 0;
   size_t scope = 0;
   // Of each open element the scope around it.
   std::vector<size_t> outerScopes;
@@ -101,25 +100,23 @@ struct AnswerTree::Reader {
 
   void begin(const XML_Char* name, const XML_Char** attributes) {
     if (open.size() >= limits.depth) fail("more than " + std::to_string(limits.depth) + " elements deep");
-    if (++elements > limits.elements) fail("more than " + std::to_string(limits.elements) + " elements");
+    if (tree.elements_.size() == limits.elements)
+      fail("more than " + std::to_string(limits.elements) + " elements");
     if (newDeclarations == 0) outerScopes.push_back(scope);
     newDeclarations = 0;
-    auto element = std::make_unique<Element>();
-    element->name = nameOf(name);
-    element->scope = scope;
+    Element& element = tree.elements_.emplace_back();
+    element.name = nameOf(name);
+    element.scope = scope;
     for (; *attributes; attributes += 2) {
-      element->attributes.push_back({nameOf(attributes[0]), keep(attributes[1])});
-      const Attribute& added = element->attributes.back();
-      if (added.name.local == "id") tree.ids_.emplace(added.value, element.get());
+      element.attributes.push_back({nameOf(attributes[0]), keep(attributes[1])});
+      const Attribute& added = element.attributes.back();
+      if (added.name.local == "id") tree.ids_.emplace(added.value, &element);
     }
-    Element* const added = element.get();
-    if (open.empty()) {
-      tree.root_ = std::move(element);
-    } else {
-      open.back()->children.push_back(std::move(element));
+    if (!open.empty()) {
+      open.back()->children.push_back(&element);
       open.back()->textBehind.emplace_back();
     }
-    open.push_back(added);
+    open.push_back(&element);
   }
 
   void end() {
@@ -139,17 +136,6 @@ AnswerTree::AnswerTree(std::string_view bytes, const AnswerLimits& limits, const
     throw Error({what}, "more than " + std::to_string(limits.bytes) + " bytes");
   Reader reader(*this, limits);
   if (!reader.expat.feed(bytes)) reader.fail(reader.expat.fault());
-}
-
-// However deep it is, without recursion.
-AnswerTree::~AnswerTree() {
-  std::vector<std::unique_ptr<Element>> open;
-  if (root_) open.push_back(std::move(root_));
-  while (!open.empty()) {
-    const std::unique_ptr<Element> last = std::move(open.back());
-    open.pop_back();
-    for (auto& child : last->children) open.push_back(std::move(child));
-  }
 }
 
 const AnswerTree::Element* AnswerTree::byId(std::string_view id) const {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <deque>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -27,7 +28,7 @@ class AnswerTree {
     // Its own, behind each child as one, the first before all of them.
     std::string text;
     std::vector<std::string> textBehind;
-    std::vector<std::unique_ptr<Element>> children;
+    std::vector<const Element*> children;
     // The namespace declaration that was the last before it.
     size_t scope = 0;
 
@@ -39,10 +40,8 @@ class AnswerTree {
 
   // \param what it is called in errors: "answer". Errors: Error.
   AnswerTree(std::string_view bytes, const AnswerLimits& limits, const char* what);
-  ~AnswerTree();
-
   const char* what() const noexcept { return what_; }
-  const Element& root() const noexcept { return *root_; }
+  const Element& root() const noexcept { return elements_.front(); }
   // By "id"; null where there is none.
   const Element* byId(std::string_view id) const;
   // "prefix:local" as it is meant there; without the namespace where the prefix is not declared.
@@ -57,7 +56,8 @@ class AnswerTree {
   };
 
   const char* what_;
-  std::unique_ptr<Element> root_;
+  // In document order, the root first: given up one by one, however deep they are inside each other.
+  std::deque<Element> elements_;
   // What has come so far of names and values; never moved.
   std::unordered_map<std::string, std::unique_ptr<std::string>> texts_;
   std::vector<Declaration> declarations_;
