@@ -50,3 +50,19 @@ std::string markup::escaped(std::string_view text) {
   }
   return out;
 }
+
+std::string markup::scriptText(std::string_view text) {
+  constexpr char digits[] = "0123456789abcdef";
+  std::string out = "\"";
+  bool cutShort = false;
+  const bool isValid = tovin::isValidUtf8(text, cutShort);
+  for (const char c : isValid ? std::string(text) : tovin::wideToUtf8(tovin::utf8ToWide(text))) {
+    const auto byte = static_cast<unsigned char>(c);
+    // '<' could end the element that the data stands in.
+    if (byte < 0x20 || c == '"' || c == '\\' || c == '<' || byte == 0x7F)
+      out += std::string("\\u00") + digits[byte >> 4] + digits[byte & 15];
+    else
+      out += c;
+  }
+  return out + '"';
+}

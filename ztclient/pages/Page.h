@@ -15,7 +15,5 @@ std::string of(std::string_view title, std::string_view body);
 std::string filterOf(std::string_view what, std::string_view selector, std::string_view id);
 /// A row of a table of two columns.
 std::string row(std::string_view heading, std::string_view value);
-/// A text as JSON that may stand in a script element.
-std::string dataText(std::string_view text);
 
 }  // namespace page

@@ -25,12 +25,12 @@ void TreePage::add(size_t depth, std::string_view name, const std::vector<Proper
     open_.pop_back();
   }
   open_.push_back({depth, nodes_.size()});
-  std::string data = page::dataText(name) + ",[";
+  std::string data = markup::scriptText(name) + ",[";
   std::string line = std::string(2 * std::min<size_t>(depth, 40), ' ') + std::string(name);
   for (const Property& one : properties) {
     if (data.back() != '[') data += ',';
-    data += '[' + page::dataText(one.name) + ',' + page::dataText(one.type) + ',' +
-            page::dataText(one.value) + ']';
+    data += '[' + markup::scriptText(one.name) + ',' + markup::scriptText(one.type) + ',' +
+            markup::scriptText(one.value) + ']';
     if (nodes_.size() < outlined) line += ' ' + one.name + '=' + one.value;
   }
   if (nodes_.size() < outlined) outline_ += escaped(line) + '\n';

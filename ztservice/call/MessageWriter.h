@@ -23,6 +23,8 @@ struct Declared {
   std::string_view error;
 
   static Declared of(const Element& element);
+  // With what a global element that it refers to says of itself.
+  static Declared of(const Member& member, const Service& service);
 };
 
 // Values as XML, checked against their types on the way: one pass does both.
@@ -46,6 +48,7 @@ class MessageWriter {
 
  private:
   class Step;
+  static constexpr size_t deepest = 200;  // elements inside each other: what is deeper is no message
 
   Declared declared(const Placed& placed) const;
   bool standIn(Declared& what, const Value& value);
@@ -83,6 +86,33 @@ class MessageWriter {
   std::string_view encoding_;
   std::string path_;
   size_t depth_ = 0;
+};
+
+// A step of the path, as long as something inside is written.
+class MessageWriter::Step {
+ public:
+  Step(MessageWriter& writer, std::string_view step) : writer_(writer), length_(writer.path_.size()) {
+    if (length_ > 0 && !step.empty() && !step.starts_with('[')) writer.path_ += '.';
+    writer.path_ += step;
+    ++writer.depth_;
+  }
+  ~Step() {
+    while (writer_.path_.size() > length_) writer_.path_.pop_back();
+    --writer_.depth_;
+  }
+  Step(const Step&) = delete;
+  Step& operator=(const Step&) = delete;
+
+  // Says so once.
+  bool isTooDeep() const {
+    if (writer_.depth_ <= deepest) return false;
+    writer_.findings_.addFatal(writer_.path_, "is more than " + std::to_string(deepest) + " elements deep");
+    return true;
+  }
+
+ private:
+  MessageWriter& writer_;
+  size_t length_;
 };
 
 }  // namespace ztservice::call

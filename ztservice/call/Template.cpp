@@ -306,19 +306,11 @@ class TemplateWriter {
     return chosen;
   }
 
+  // Of what is abstract the first that stands in for it.
   Declared declared(const Member& member) const {
-    Declared what;
-    what.name = member.name;
-    what.type = member.type;
-    what.nillable = member.nillable;
-    what.defaultValue = member.defaultValue;
-    what.fixedValue = member.fixedValue;
-    const Element* element = member.isReference ? service_.element(member.name) : nullptr;
-    if (!element) return what;
-    what.type = element->type;
-    what.isAbstract = element->isAbstract;
-    if (!element->isAbstract) return what;
-    for (const Name& name : element->substitutes) {
+    const Declared what = Declared::of(member, service_);
+    if (!what.isAbstract) return what;
+    for (const Name& name : what.substitutes) {
       const Element* standIn = service_.element(name);
       if (standIn && !standIn->isAbstract) return Declared::of(*standIn);
     }

@@ -1,42 +1,13 @@
 #include "ztservice/call/XmlText.h"
 
 #include "ztservice/call/Lexical.h"
+#include "ztservice/load/Escape.h"
 #include "ztservice/load/Expat.h"
 #include "ztservice/schema/Builtins.h"
 
 namespace ztservice::call {
 
 namespace {
-
-// White space that a parser would take for other white space is written as a reference.
-void escape(std::string_view value, bool isAttribute, std::string& out) {
-  for (const char c : value) {
-    switch (c) {
-      case '&':
-        out += "&amp;";
-        break;
-      case '<':
-        out += "&lt;";
-        break;
-      case '>':
-        out += "&gt;";
-        break;
-      case '\r':
-        out += "&#13;";
-        break;
-      case '"':
-      case '\t':
-      case '\n':
-        if (isAttribute)
-          out += "&#" + std::to_string(static_cast<int>(c)) + ';';
-        else
-          out += c;
-        break;
-      default:
-        out += c;
-    }
-  }
-}
 
 const char* wellKnownPrefix(std::string_view space) {
   if (space == soap11Space || space == soap12Space) return "soap";
@@ -60,14 +31,14 @@ void XmlText::attribute(const Name& name, std::string_view value) {
   out_ += ' ';
   put(name);
   out_ += "=\"";
-  escape(value, true, out_);
+  parse::appendEscaped(out_, value, true);
   out_ += '"';
 }
 
 void XmlText::text(std::string_view value) {
   if (value.empty()) return;
   endTag();
-  escape(value, false, out_);
+  parse::appendEscaped(out_, value, false);
 }
 
 void XmlText::raw(std::string_view xml) {
@@ -96,7 +67,7 @@ std::string XmlText::declarations() const {
   std::string text;
   for (const std::string* space : order_) {
     text += " xmlns:" + prefixes_.find(*space)->second + "=\"";
-    escape(*space, true, text);
+    parse::appendEscaped(text, *space, true);
     text += '"';
   }
   return text;

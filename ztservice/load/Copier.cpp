@@ -4,41 +4,12 @@
 #include <vector>
 
 #include "ztservice/Error.h"
+#include "ztservice/load/Escape.h"
 #include "ztservice/load/Expat.h"
 
 namespace ztservice::parse {
 
 namespace {
-
-void appendEscaped(std::string& out, std::string_view text, bool inAttribute) {
-  for (const char c : text) {
-    switch (c) {
-      case '&':
-        out += "&amp;";
-        break;
-      case '<':
-        out += "&lt;";
-        break;
-      case '>':
-        out += "&gt;";
-        break;
-      case '\r':
-        out += "&#13;";
-        break;
-      case '"':
-        out += inAttribute ? "&quot;" : "\"";
-        break;
-      case '\n':
-        out += inAttribute ? "&#10;" : "\n";
-        break;
-      case '\t':
-        out += inAttribute ? "&#9;" : "\t";
-        break;
-      default:
-        out += c;
-    }
-  }
-}
 
 bool isDeclaration(std::string_view name) { return name == "xmlns" || name.starts_with("xmlns:"); }
 
