@@ -165,9 +165,32 @@ Whoever sees a credentials string or a session id can use it: keep both out of c
 .BR curl (1)
 )";
 
+// Running text in lines that editors and reviewers can read; where it is broken means nothing.
+void writeBroken(std::ostream& out, const std::string& page) {
+  constexpr size_t longest = 80;
+  bool isFilled = true;
+  std::istringstream lines(page);
+  for (std::string line; std::getline(lines, line);) {
+    if (line == ".nf") isFilled = false;
+    if (line == ".fi") isFilled = true;
+    const bool isText = isFilled && !line.starts_with('.');
+    while (isText && line.size() > longest) {
+      size_t blank = line.rfind(' ', longest);
+      // What begins with one of these would be a request.
+      while (blank != line.npos && blank > 0 && (line[blank + 1] == '.' || line[blank + 1] == '\''))
+        blank = line.rfind(' ', blank - 1);
+      if (blank == line.npos || blank == 0) break;
+      out << line.substr(0, blank) << '\n';
+      line.erase(0, blank + 1);
+    }
+    out << line << '\n';
+  }
+}
+
 }  // namespace
 
-void writeManPage(std::ostream& out, const CLI::App& app, const std::string& date) {
+void writeManPage(std::ostream& to, const CLI::App& app, const std::string& date) {
+  std::ostringstream out;
   out << ".TH ZTCLIENT 1 " << date << " \"ztclient " << version::text << "\" \"User Commands\"\n"
       << ".SH NAME\nztclient \\- client command of the workflow server\n"
       << ".SH SYNOPSIS\n.B ztclient\n\\fIcommand\\fR [\\fIoption\\fR]... [\\fIargument\\fR]...\n"
@@ -185,4 +208,5 @@ void writeManPage(std::ostream& out, const CLI::App& app, const std::string& dat
   });
   writeExamples(out, app);
   out << conventions;
+  writeBroken(to, out.str());
 }
