@@ -5,13 +5,13 @@
 #include <future>
 #include <iostream>
 #include <memory>
-#include <optional>
 #include <vector>
 
 #include "tovinCore/Exception.h"
 #include "tovinCore/Utf8.h"
 #include "ztclient/Commands.h"
 #include "ztclient/answers/CallAnswer.h"
+#include "ztclient/answers/ServiceText.h"
 #include "ztclient/arguments/Address.h"
 #include "ztclient/arguments/Arguments.h"
 #include "ztclient/input/InputFile.h"
@@ -21,7 +21,6 @@
 #include "ztclient/terminal/Escaping.h"
 #include "ztclient/terminal/Messages.h"
 #include "ztservice/call/Client.h"
-#include "ztservice/call/Nearest.h"
 #include "ztservice/call/Request.h"
 #include "ztservice/call/Template.h"
 
@@ -29,7 +28,6 @@ namespace {
 
 using ztservice::Operation;
 using ztservice::Port;
-using ztservice::Protocol;
 using ztservice::call::Answer;
 using ztservice::call::Client;
 using ztservice::call::ClientOptions;
@@ -61,20 +59,6 @@ struct Options {
 
 [[noreturn]] void fail(const std::string& text) { throw tovin::Exception(tovin::utf8ToWide(text).c_str()); }
 
-const char* nameOf(Protocol protocol) {
-  switch (protocol) {
-    case Protocol::soap11:
-      return "SOAP 1.1";
-    case Protocol::soap12:
-      return "SOAP 1.2";
-    case Protocol::http:
-      return "HTTP";
-    case Protocol::other:
-      break;
-  }
-  return "another protocol";
-}
-
 void list(const ztservice::Service& service) {
   size_t widest = 0;
   for (const Port& port : service.ports()) {
@@ -83,26 +67,11 @@ void list(const ztservice::Service& service) {
   for (const Port& port : service.ports()) {
     for (const Operation& operation : port.operations()) {
       std::cout << operation.name() << std::string(widest - operation.name().size() + 2, ' ') << port.name()
-                << ", " << nameOf(port.protocol());
+                << ", " << protocolName(port.protocol());
       if (!operation.error().empty()) std::cout << ": cannot be called, " << operation.error();
       std::cout << '\n';
     }
   }
-}
-
-Target find(const ztservice::Service& service, const Options& options) {
-  const Target found = ztservice::call::findOperation(service, options.operation, options.port);
-  if (found.port) return found;
-  std::vector<std::string> ports, operations;
-  for (const Port& port : service.ports()) {
-    ports.emplace_back(port.name());
-    for (const Operation& operation : port.operations()) operations.emplace_back(operation.name());
-  }
-  const bool hasPort =
-      options.port.empty() || std::find(ports.begin(), ports.end(), options.port) != ports.end();
-  const std::string& word = hasPort ? options.operation : options.port;
-  fail((hasPort ? "no operation \"" : "no port \"") + word + '"' +
-       ztservice::call::suggestion(word, hasPort ? operations : ports));
 }
 
 // CLI11's way to refuse: a text, empty for none.
@@ -265,7 +234,7 @@ int run(Options& options) {
     list(service);
     return commands::done;
   }
-  const Target target = find(service, options);
+  const Target target = ztservice::call::requireOperation(service, options.operation, options.port);
   if (!options.templateKind.empty()) return showTemplate(service, target, options);
   keepUserApart(options, target);
   try {

@@ -82,6 +82,15 @@ int reportBinary(const Options& options, const std::wstring& message) {
   return commands::negative;
 }
 
+// The page of two files, made as their differences are found.
+DifferencePage newPage(const Options& options) {
+  return {options.file1, options.file2, differenceText::toleranceOf(options.how)};
+}
+
+void sayThereIsNoPage(const Options& options) {
+  if (!options.html.empty()) messages::warn("no page is written of files that are no text");
+}
+
 int findAll(const Options& options, const InputFile& file1, const InputFile& file2) {
   using Form = DifferencePrinter::Form;
   const Form form = options.json      ? options.summary ? Form::jsonSummary : Form::json
@@ -90,6 +99,7 @@ int findAll(const Options& options, const InputFile& file1, const InputFile& fil
   DifferencePrinter printer(form);
   WatchedDiff files(file1);
   if (files.FileIsBinary(file1.name())) {
+    sayThereIsNoPage(options);
     try {
       files.CompareFilesBinary(file1.name(), file2.name());
     } catch (const tovin::DiffErrorException& e) {
@@ -99,12 +109,19 @@ int findAll(const Options& options, const InputFile& file1, const InputFile& fil
     return commands::done;
   }
   const bool barShows = !tovin::platform::isOutputTerminal();  // else the differences are to be seen there
+  std::optional<DifferencePage> page;
+  if (!options.html.empty()) page.emplace(newPage(options));
   const differences::Summary summary = differences::find(
-      file1.name(), file2.name(), options.how, [&](const differences::Line& line) { printer.print(line); },
+      file1.name(), file2.name(), options.how,
+      [&](const differences::Line& line) {
+        printer.print(line);
+        if (page) page->add(line);
+      },
       [&](int64_t done) {
         if (barShows) files.Compared(done);
       });
   printer.finish(summary);
+  if (page) outputFile::place(options.html, page->text(summary));
   return summary.isDifferent() ? commands::negative : commands::done;
 }
 
@@ -125,11 +142,10 @@ int comparePlainly(const Options& options, const InputFile& file1, const InputFi
   }
 }
 
-std::string pageOf(const Options& options, const wchar_t* file1, const wchar_t* file2,
-                   const std::string& shown1, const std::string& shown2, const char* back) {
-  DifferencePage page(shown1, shown2, differenceText::toleranceOf(options.how), back);
-  const differences::Summary sums = differences::find(
-      file1, file2, options.how, [&page](const differences::Line& line) { page.add(line); });
+std::string pageOf(DifferencePage page, const wchar_t* file1, const wchar_t* file2,
+                   const differences::Options& how) {
+  const differences::Summary sums =
+      differences::find(file1, file2, how, [&page](const differences::Line& line) { page.add(line); });
   return page.text(sums);
 }
 
@@ -146,11 +162,13 @@ void writeJUnit(const Options& options, const InputFile& file1, const InputFile&
   outputFile::place(options.junit, report.text());
 }
 
-// So does the page of them; of files that are no text there is none.
+// So does the page of a plain comparison, which stops at the first difference.
 void writePage(const Options& options, const InputFile& file1, const InputFile& file2) {
   if (options.html.empty()) return;
-  outputFile::place(options.html,
-                    pageOf(options, file1.name(), file2.name(), options.file1, options.file2, ""));
+  if (WatchedDiff(file1).FileIsBinary(file1.name()))
+    sayThereIsNoPage(options);
+  else
+    outputFile::place(options.html, pageOf(newPage(options), file1.name(), file2.name(), options.how));
 }
 
 int compareFiles(const Options& options) {
@@ -161,8 +179,9 @@ int compareFiles(const Options& options) {
   writeJUnit(options, file1, file2);
   const bool first = canOpen(file1), second = canOpen(file2);
   if (!first || !second) return commands::trouble;
+  if (options.all) return findAll(options, file1, file2);
   writePage(options, file1, file2);
-  return options.all ? findAll(options, file1, file2) : comparePlainly(options, file1, file2);
+  return comparePlainly(options, file1, file2);
 }
 
 std::vector<Glob> globsOf(const std::vector<std::string>& patterns) {
@@ -191,9 +210,10 @@ class FolderPages {
     if (hasLines) {
       page = std::to_string(++count_) + ".html";
       const std::string file1 = options_.file1 + '/' + path, file2 = options_.file2 + '/' + path;
+      DifferencePage pair(file1, file2, differenceText::toleranceOf(options_.how), "index.html");
       outputFile::place(options_.html + '/' + page,
-                        pageOf(options_, tovin::platform::fileName(file1).c_str(),
-                               tovin::platform::fileName(file2).c_str(), file1, file2, "index.html"));
+                        pageOf(std::move(pair), tovin::platform::fileName(file1).c_str(),
+                               tovin::platform::fileName(file2).c_str(), options_.how));
     }
     index_.add(path, result, page);
   }

@@ -22,7 +22,7 @@
 #include "ztclient/input/ServiceFile.h"
 #include "ztclient/pages/ServicePage.h"
 #include "ztclient/terminal/Messages.h"
-#include "ztservice/call/Nearest.h"
+#include "ztservice/call/Request.h"
 
 namespace {
 
@@ -142,14 +142,8 @@ class SchemaFailures {
 // With the operation that is asked for only, where one is.
 ztservice::Service narrowed(const ztservice::Service& service, const std::string& operation) {
   if (operation.empty()) return service;
-  std::vector<std::string> names;
-  for (const ztservice::Port& port : service.ports()) {
-    for (const ztservice::Operation& one : port.operations()) names.emplace_back(one.name());
-  }
-  if (std::find(names.begin(), names.end(), operation) != names.end()) return service.narrowedTo(operation);
-  const std::string text =
-      "no operation \"" + operation + '"' + ztservice::call::suggestion(operation, names);
-  throw tovin::Exception(tovin::utf8ToWide(text).c_str());
+  static_cast<void>(ztservice::call::requireOperation(service, operation));
+  return service.narrowedTo(operation);
 }
 
 void sayWhatIsMissing(const ztservice::Service& service) {

@@ -8,7 +8,7 @@ import os as _os
 from typing import Any, Optional, Union
 
 from . import _core
-from ._errors import FaultError, FormatError
+from ._errors import FaultError
 
 
 def as_value(value: Any) -> Any:
@@ -23,12 +23,15 @@ def as_value(value: Any) -> Any:
     if hasattr(value, "isoformat"):
         return _core.CallValue.text(value.isoformat())
     if hasattr(value, "item"):  # of an array
-        return as_value(value.item()) if not isinstance(value.item(), (int, str)) else _plain(value.item())
+        return _plain(value.item())
     raise TypeError(f"{type(value).__name__} is no value of a request")
 
 
-def _plain(value: Union[int, str]) -> Any:
-    return _core.CallValue.text(value) if isinstance(value, str) else _core.CallValue.number(str(int(value)))
+def _plain(value: Any) -> Any:
+    """Of what the extension knows elsewhere, too."""
+    if isinstance(value, str):
+        return _core.CallValue.text(value)
+    return _core.CallValue.number(str(int(value))) if isinstance(value, int) else as_value(value)
 
 
 def number(text: str) -> Union[int, float, _decimal.Decimal]:
@@ -160,4 +163,4 @@ def template_of(service: Any, operation: str, full: bool, port: str) -> str:
     return text
 
 
-__all__ = ["Answer", "Caller", "FaultError", "FormatError"]
+__all__ = ["Answer", "Caller"]

@@ -49,10 +49,8 @@ class Form {
   Form(const ztservice::Service& service, std::ostream& out) : service_(service), out_(out) {}
 
   void port(const Port& port) {
-    static constexpr std::array<const char*, 4> protocols = {"SOAP 1.1", "SOAP 1.2", "HTTP",
-                                                             "another protocol"};
     out_ << "  port " << port.name() << " at " << (port.address().empty() ? "no address" : port.address())
-         << " (" << protocols[static_cast<size_t>(port.protocol())];
+         << " (" << protocolName(port.protocol());
     if (!port.verb().empty()) out_ << ' ' << port.verb();
     out_ << ")\n";
     error(4, port.error());
@@ -370,4 +368,9 @@ size_t countUnresolved(const ztservice::Service& service) {
     for (const Attribute& attribute : type->attributes) see(attribute.error);
   }
   return count;
+}
+
+const char* protocolName(ztservice::Protocol protocol) noexcept {
+  static constexpr std::array<const char*, 4> names = {"SOAP 1.1", "SOAP 1.2", "HTTP", "another protocol"};
+  return names[static_cast<size_t>(protocol)];
 }

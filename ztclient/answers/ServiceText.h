@@ -9,5 +9,8 @@
 /// form. A type is opened once in an operation; where it comes again, it is named only.
 void writeServiceText(const ztservice::Service& service, std::ostream& out);
 
+/// "SOAP 1.1", "another protocol".
+const char* protocolName(ztservice::Protocol protocol) noexcept;
+
 /// How much of a service cannot be resolved: whatever has an error.
 size_t countUnresolved(const ztservice::Service& service);

@@ -7,6 +7,7 @@
 
 #include "ztclient/answers/Markup.h"
 #include "ztclient/answers/ServiceReferences.h"
+#include "ztclient/answers/ServiceText.h"
 #include "ztclient/pages/Page.h"
 #include "ztservice/call/Template.h"
 
@@ -27,20 +28,6 @@ namespace {
 constexpr size_t deepest = 12;
 constexpr size_t longestExample = 300;
 constexpr size_t mostUsers = 50;
-
-const char* protocolOf(const Port& port) {
-  switch (port.protocol()) {
-    case ztservice::Protocol::soap11:
-      return "SOAP 1.1";
-    case ztservice::Protocol::soap12:
-      return "SOAP 1.2";
-    case ztservice::Protocol::http:
-      return "HTTP";
-    case ztservice::Protocol::other:
-      break;
-  }
-  return "another protocol";
-}
 
 std::string boundsOf(uint64_t min, uint64_t max) {
   const std::string most = max == Member::unbounded ? "many" : std::to_string(max);
@@ -123,8 +110,9 @@ class Manual {
   }
 
   std::string port(const Port& port, size_t number) {
-    std::string text = "<h3>" + escaped(port.name()) + "</h3>\n<p class=\"quiet\">" + protocolOf(port) +
-                       " at <code>" + escaped(port.address()) + "</code></p>\n" + error(port.error());
+    std::string text = "<h3>" + escaped(port.name()) + "</h3>\n<p class=\"quiet\">" +
+                       protocolName(port.protocol()) + " at <code>" + escaped(port.address()) +
+                       "</code></p>\n" + error(port.error());
     for (size_t i = 0; i < port.operations().size(); ++i) {
       const Operation& one = port.operations()[i];
       text += "<details data-row id=\"o" + std::to_string(number) + '-' + std::to_string(i) + "\"><summary>" +

@@ -3,15 +3,13 @@
 #include <algorithm>
 
 #include "ztservice/call/AnswerValues.h"
-#include "ztservice/call/XmlText.h"
+#include "ztservice/call/ValueFacts.h"
 
 namespace ztservice::call {
 
 namespace {
 
 using Element = AnswerTree::Element;
-
-bool isEnvelope(std::string_view space) { return space == soap11Space || space == soap12Space; }
 
 // The envelope, and what is in it.
 class AnswerReader : private AnswerValues {
@@ -148,22 +146,25 @@ class AnswerReader : private AnswerValues {
   }
 };
 
+Answer readMessage(const Service& service, const Port& port, const Operation& operation,
+                   const std::optional<Message>& message, std::string_view xml, const AnswerOptions& options,
+                   const char* what) {
+  const AnswerTree tree(xml, options.limits, what);
+  Answer answer;
+  AnswerReader(service, tree, options, answer).read(port, operation, message);
+  return answer;
+}
+
 }  // namespace
 
 Answer readAnswer(const Service& service, const Port& port, const Operation& operation, std::string_view xml,
                   const AnswerOptions& options) {
-  const AnswerTree tree(xml, options.limits, "answer");
-  Answer answer;
-  AnswerReader(service, tree, options, answer).read(port, operation, operation.output());
-  return answer;
+  return readMessage(service, port, operation, operation.output(), xml, options, "answer");
 }
 
 Answer readRequest(const Service& service, const Port& port, const Operation& operation, std::string_view xml,
                    const AnswerOptions& options) {
-  const AnswerTree tree(xml, options.limits, "request");
-  Answer answer;
-  AnswerReader(service, tree, options, answer).read(port, operation, operation.input());
-  return answer;
+  return readMessage(service, port, operation, operation.input(), xml, options, "request");
 }
 
 Target operationOf(const Service& service, std::string_view xml, std::string_view action,

@@ -5,18 +5,13 @@
 #include <iterator>
 
 #include "ztservice/call/Lexical.h"
-#include "ztservice/call/XmlText.h"
-#include "ztservice/schema/Builtins.h"
+#include "ztservice/call/ValueFacts.h"
 
 namespace ztservice::call {
 
 namespace {
 
-constexpr Name typeName{instanceSpace, "type"};
-constexpr Name nilName{instanceSpace, "nil"};
-
 bool isEncoding(std::string_view space) { return space == encoding11Space || space == encoding12Space; }
-bool isEnvelope(std::string_view space) { return space == soap11Space || space == soap12Space; }
 
 // Marks of the message itself, which are no values.
 bool isMark(const Name& name) {
@@ -24,11 +19,6 @@ bool isMark(const Name& name) {
 }
 
 }  // namespace
-
-std::string AnswerValues::keyOf(const Name& name) {
-  return name.space.empty() ? std::string(name.local)
-                            : '{' + std::string(name.space) + '}' + std::string(name.local);
-}
 
 void AnswerValues::fail(const std::string& text) const {
   throw Error({tree_.what()}, path_.empty() ? text : path_ + ": " + text);
@@ -109,24 +99,20 @@ Value AnswerValues::valueOf(const Element& element, const Type* declared, bool m
     const Type* actual = service_.type(name);
     if (!actual && declared) actual = declared;
     const bool isArray = isEncoding(name.space) && name.local == "Array";
-    if (actual && !(isArray && declared && !isAny(*declared))) type = actual;
-    isOther = type != declared && declared && !isAny(*declared) && !type->name.empty() &&
+    if (actual && !(isArray && declared && !schema::isAnyType(*declared))) type = actual;
+    isOther = type != declared && declared && !schema::isAnyType(*declared) && !type->name.empty() &&
               type->kind == Type::Kind::complex;
   }
   if (const std::string_view* nil = element.attribute(nilName)) {
     if (*nil == "true" || *nil == "1") return nilOf(element, type);
   }
-  if (!type || !type->error.empty() || isAny(*type)) return generic(element);
+  if (!type || !type->error.empty() || schema::isAnyType(*type)) return generic(element);
   if (SimpleValues::isSimple(*type)) return scalar(*type, element);
   if (type->kind == Type::Kind::array) return array(*type, element);
   Value out = complex(*type, element);
   if (isOther && mayBeMember && out.kind() == Value::Kind::object)
     out.object().insert(out.object().begin(), {"$type", Value(type->name.local)});
   return out;
-}
-
-bool AnswerValues::isAny(const Type& type) {
-  return type.name.local == schema::anyType.local && type.file.empty();
 }
 
 Value AnswerValues::nilOf(const Element& element, const Type* type) {
@@ -210,11 +196,12 @@ Value AnswerValues::array(const Type& type, const Element& element) {
   std::string_view sizes;
   if (const std::string_view* given = element.attribute({encoding11Space, "arrayType"})) {
     const size_t bracket = std::min(given->find('['), given->size());
-    if (!item || isAny(*item)) item = service_.type(tree_.resolved(element, given->substr(0, bracket)));
+    if (!item || schema::isAnyType(*item))
+      item = service_.type(tree_.resolved(element, given->substr(0, bracket)));
     dimensions = given->substr(bracket);
     sizes = dimensions.substr(dimensions.rfind('[') + 1);
   } else if (const std::string_view* itemType = element.attribute({encoding12Space, "itemType"})) {
-    if (!item || isAny(*item)) item = service_.type(tree_.resolved(element, *itemType));
+    if (!item || schema::isAnyType(*item)) item = service_.type(tree_.resolved(element, *itemType));
   }
   if (const std::string_view* given = element.attribute({encoding12Space, "arraySize"})) sizes = *given;
   const bool isNested = dimensions.find('[') != dimensions.rfind('[');

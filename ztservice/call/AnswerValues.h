@@ -19,9 +19,6 @@ class AnswerValues {
   AnswerValues(const Service& service, const AnswerTree& tree, const AnswerOptions& options, Answer& answer)
       : service_(service), simple_(service), tree_(tree), options_(options), answer_(answer) {}
 
-  // "{space}local", the local name alone without a namespace.
-  static std::string keyOf(const Name& name);
-
   // A step of the path, and of the depth.
   class Step {
    public:
@@ -60,7 +57,6 @@ class AnswerValues {
   // The element that a reference refers to; itself where it is none.
   const Element& target(const Element& element, std::vector<const Element*>& followed);
   Value valueOf(const Element& element, const Type* declared, bool mayBeMember);
-  static bool isAny(const Type& type);
   Value nilOf(const Element& element, const Type* type);
   void attributes(const Element& element, const Type* type, Value& out);
   static const Attribute* attributeOf(const Type* type, const Name& name);

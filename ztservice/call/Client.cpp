@@ -5,7 +5,6 @@
 #include <thread>
 #include <vector>
 
-#include "ztservice/call/Nearest.h"
 #include "ztservice/load/Connection.h"
 #include "ztservice/load/Location.h"
 
@@ -271,14 +270,8 @@ Answer Client::call(const Port& port, const Operation& operation, const Value& v
 }
 
 Answer Client::call(std::string_view operation, const Value& values, const RequestOptions& options) {
-  const Target target = findOperation(service_, operation);
-  if (target.port) return call(*target.port, *target.operation, values, options);
-  std::vector<std::string> names;
-  for (const Port& port : service_.ports()) {
-    for (const Operation& one : port.operations()) names.emplace_back(one.name());
-  }
-  throw Error({},
-              "no operation \"" + std::string(operation) + '"' + suggestion(std::string(operation), names));
+  const Target target = requireOperation(service_, operation);
+  return call(*target.port, *target.operation, values, options);
 }
 
 }  // namespace ztservice::call

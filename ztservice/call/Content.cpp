@@ -280,7 +280,7 @@ void Content::complainOfNone(const Given& given) {
   }
   const auto wildcard =
       std::find_if(slots_.begin(), slots_.end(), [](const Slot& slot) { return slot.member->any; });
-  const bool isFree = type_.name.local == schema::anyType.local && type_.file.empty();
+  const bool isFree = schema::isAnyType(type_);
   if (wildcard != slots_.end() && (isFree || given.key == "$any" || given.key.starts_with('{'))) {
     letIn(given, static_cast<size_t>(wildcard - slots_.begin()));
     return;

@@ -9,13 +9,6 @@ namespace ztservice::call {
 
 namespace {
 
-bool isAnyType(const Type& type) { return type.name.local == schema::anyType.local && type.file.empty(); }
-
-std::string shown(const Name& name) {
-  return name.space.empty() ? std::string(name.local)
-                            : '{' + std::string(name.space) + '}' + std::string(name.local);
-}
-
 bool meansAttribute(std::string_view key, const Name& name) {
   if (!key.starts_with('@')) return false;
   key = attributeKey(key);
@@ -132,15 +125,15 @@ const Type* MessageWriter::otherType(const Type* declared, std::string_view text
     }
     complain("no type " + std::string(text) + suggestion(std::string(name.local), names));
   } else if (!isDerived(found, *declared)) {
-    complain(shown(found->name) + " does not come from " + shown(declared->name));
+    complain(keyOf(found->name) + " does not come from " + keyOf(declared->name));
   } else if (found->isAbstract) {
-    complain(shown(found->name) + " is abstract");
+    complain(keyOf(found->name) + " is abstract");
   }
   return found;
 }
 
 bool MessageWriter::isDerived(const Type* type, const Type& base) const {
-  if (isAnyType(base)) return true;
+  if (schema::isAnyType(base)) return true;
   for (size_t steps = 0; type && steps < 1000; ++steps) {
     if (type == &base || (!type->name.empty() && type->name == base.name)) return true;
     type = type->base.empty() ? nullptr : service_.type(type->base);
@@ -159,7 +152,7 @@ void MessageWriter::nil(const Declared& what, const Type* type, const Value& val
 void MessageWriter::filled(const Declared& what, const Type* type, bool isOther, const Value& value) {
   xml_.begin(what.name);
   if (type && !type->name.empty() && (isOther || !encoding_.empty()) && type->kind != Type::Kind::array &&
-      !isAnyType(*type))
+      !schema::isAnyType(*type))
     typeAttribute(*type);
   if (!type)
     untyped(value);

@@ -376,6 +376,20 @@ Target findOperation(const Service& service, std::string_view operation, std::st
   return found;
 }
 
+Target requireOperation(const Service& service, std::string_view operation, std::string_view portName) {
+  const Target found = findOperation(service, operation, portName);
+  if (found.port) return found;
+  std::vector<std::string> ports, operations;
+  for (const Port& port : service.ports()) {
+    ports.emplace_back(port.name());
+    for (const Operation& one : port.operations()) operations.emplace_back(one.name());
+  }
+  const bool hasPort = portName.empty() || std::find(ports.begin(), ports.end(), portName) != ports.end();
+  const std::string word(hasPort ? operation : portName);
+  refuse((hasPort ? "no operation \"" : "no port \"") + word + '"' +
+         suggestion(word, hasPort ? operations : ports));
+}
+
 Request makeRequest(const Service& service, const Port& port, const Operation& operation, const Value& values,
                     const RequestOptions& options) {
   return RequestMaker(service, port, operation, values, operation.input()).make(options);

@@ -30,6 +30,9 @@ struct Target {
 };
 ZTSERVICE_API Target findOperation(const Service& service, std::string_view operation,
                                    std::string_view port = {});
+/// The same. Errors: Error where there is none, with the name that was probably meant.
+ZTSERVICE_API Target requireOperation(const Service& service, std::string_view operation,
+                                      std::string_view port = {});
 
 struct RequestOptions {
   /// Another address than the port's; empty for that.

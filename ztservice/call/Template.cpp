@@ -155,7 +155,7 @@ class TemplateWriter {
       array(key, *type, *type->item, type->dimensions, about);
       return;
     }
-    if (isAnyType(*type)) {
+    if (schema::isAnyType(*type)) {
       line(key + "\"text\"", about);
       return;
     }
@@ -403,10 +403,6 @@ class TemplateWriter {
       if (facet.name != "whiteSpace") text.append(", ").append(facet.name).append(" ").append(facet.value);
     }
     return text;
-  }
-
-  static bool isAnyType(const Type& type) {
-    return type.name.local == schema::anyType.local && type.file.empty();
   }
 
   const Service& service_;

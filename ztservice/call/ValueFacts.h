@@ -1,5 +1,6 @@
 #pragma once
 
+#include <string>
 #include <string_view>
 
 #include "ztservice/Name.h"
@@ -40,6 +41,12 @@ inline const char* kindOf(const Value& value) {
       return "an object";
   }
   return "";
+}
+
+// "{space}local", the local name alone without a namespace.
+inline std::string keyOf(const Name& name) {
+  return name.space.empty() ? std::string(name.local)
+                            : '{' + std::string(name.space) + '}' + std::string(name.local);
 }
 
 // "{space}local", and of XML Schema "xs:int" too.

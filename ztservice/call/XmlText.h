@@ -12,6 +12,9 @@ namespace ztservice::call {
 // Namespaces of messages.
 inline constexpr std::string_view soap11Space = "http://schemas.xmlsoap.org/soap/envelope/";
 inline constexpr std::string_view soap12Space = "http://www.w3.org/2003/05/soap-envelope";
+inline constexpr bool isEnvelope(std::string_view space) {
+  return space == soap11Space || space == soap12Space;
+}
 inline constexpr std::string_view encoding11Space = "http://schemas.xmlsoap.org/soap/encoding/";
 inline constexpr std::string_view encoding12Space = "http://www.w3.org/2003/05/soap-encoding";
 inline constexpr std::string_view instanceSpace = "http://www.w3.org/2001/XMLSchema-instance";

@@ -9,6 +9,9 @@ inline constexpr std::string_view xmlNamespace = "http://www.w3.org/XML/1998/nam
 inline constexpr Name anyType{schemaNamespace, "anyType"};
 inline constexpr Name anySimpleType{schemaNamespace, "anySimpleType"};
 
+// The built-in type of whatever there is, of any year of XML Schema.
+inline bool isAnyType(const Type& type) { return type.name.local == anyType.local && type.file.empty(); }
+
 bool isSoapEncoding(std::string_view space);
 // Those of XML Schema, of any year, and of the SOAP encodings.
 bool isBuiltinNamespace(std::string_view space);
