@@ -6,6 +6,7 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <random>
 #include <string>
 #include <string_view>
 
@@ -19,7 +20,7 @@ namespace {
 // A folder of this process.
 struct Folder {
   std::filesystem::path path =
-      std::filesystem::temp_directory_path() / ("fuzz_diff_" + std::to_string(std::rand()));
+      std::filesystem::temp_directory_path() / ("fuzz_diff_" + std::to_string(std::random_device()()));
   Folder() { std::filesystem::create_directory(path); }
   ~Folder() { std::filesystem::remove_all(path); }
 

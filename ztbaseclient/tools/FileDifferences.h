@@ -28,8 +28,9 @@
 namespace differences {
 
 struct Options {
-  /// So many significant digits of decimal numbers must agree; 0 for all. Left out where one of the others is
-  /// given, unless it is given too. What is within one of the three is within tolerance.
+  /// So many significant digits of decimal numbers must agree; 0 for texts that are written alike. Left out
+  /// where one of the others is given, unless it is given too. What is within one of the three is within
+  /// tolerance.
   std::optional<int> tolerance = {};
   std::optional<double> absolute = {};
   std::optional<double> relative = {};

@@ -133,7 +133,8 @@ bool RowComparison::isWithin(const Field& field, double measure, bool decimal) c
   return tolerance_ > 0 && decimal && measure >= tolerance_;
 }
 
-// Without a point numbers must be written alike, unless their distance is what counts.
+// Without a point numbers must be written alike, unless their distance is what counts; without a tolerance
+// all must.
 Verdict RowComparison::judge(std::string_view a, std::string_view b, Field& field) const {
   if (sameText(a, b)) return Verdict::equal;
   field.text1 = a;
@@ -147,8 +148,8 @@ Verdict RowComparison::judge(std::string_view a, std::string_view b, Field& fiel
   const double measure = sharedDigits(x, y);
   field.digits = x == y ? mostDigits : digitsOf(measure);
   field.within = isWithin(field, measure, decimal);
-  if (x == y && (field.within || decimal)) return Verdict::equal;
-  return field.within ? Verdict::within : Verdict::different;
+  if (!field.within) return Verdict::different;
+  return x == y ? Verdict::equal : Verdict::within;
 }
 
 // `take` says whether to go on.

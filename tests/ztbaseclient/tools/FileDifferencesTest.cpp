@@ -61,6 +61,7 @@ TEST_F(FileDifferences, FieldsAndLines) {
       {"10\n", "11\n", "1/1 1/1 10|11 d1\n"},
       {"10\n", "1e1\n", "1/1 1/1 10|1e1 d17\n"},
       {"0.0 0.0\n", "1e-120 0.001\n", "1/1 1/1 0.0|1e-120 ~17\n1/1 2/2 0.0|0.001 d0\n"},
+      {"1.0e999\n", "1.00e999\n", "1/1 1/1 1.0e999|1.00e999 d17\n"},
       {"x=1.5,inf\n", "x=-1.5,nan\n", "1/1 2/2 1.5|-1.5 d0\n1/1 3/3 inf|nan d0\n"},
       {"a  b\n", "a b\n", "1/1 2/2   | \n"},
       {"a\n", "a \n", "1/1 2/2 | \n"},
@@ -90,6 +91,7 @@ TEST_F(FileDifferences, Options) {
       {{.relative = 0.25}, "4\n", "5\n", "1/1 1/1 4|5 ~0\n"},
       {{.tolerance = 1, .relative = 0}, "1.0\n", "1.05\n", "1/1 1/1 1.0|1.05 ~1\n"},
       {{.tolerance = 0}, "1.0\n", "1.00000001\n", "1/1 1/1 1.0|1.00000001 d8\n"},
+      {{.tolerance = 0}, "1.5 2\n", "1.50 2\v\n", "1/1 1/1 1.5|1.50 d17\n1/1 2/2 2|2\v d17\n"},
       {{.ignoreCase = true}, "Ab \xC3\x84\n", "aB \xC3\xA4\n", "1/1 2/2 \xC3\x84|\xC3\xA4\n"},
       {{.ignoreBlankLines = true}, "a\n\n \nb\n", "a\nb\n\n", ""},
       {{.ignoredColumns = {"2", "state"}}, table, "id,mass,state\n1,9,x\n2,2,x\n7,3,x\n", "4/4 id 3|7 d0\n"},
@@ -133,13 +135,15 @@ TEST_F(FileDifferences, AgreeWithThePlainComparisonAndMakeOneTableOfTheOther) {
       if (kind == 5) b += line + "\n";
       if (kind > 6) b += line;
     }
-    const int verdict = plain(a, b, 5);
+    const int tolerance = round % 8 == 3 ? 0 : 5;
+    const int verdict = plain(a, b, tolerance);
     ++verdicts[verdict];
     std::string made;
     const auto visit = [&](const Line& line) {
       if (line.kind != Line::Kind::Removed) (made += line.text2) += '\n';
     };
-    const auto sums = differences::find(file("a", a).c_str(), file("b", b).c_str(), {.context = 1000}, visit);
+    const auto sums = differences::find(file("a", a).c_str(), file("b", b).c_str(),
+                                        {.tolerance = tolerance, .context = 1000}, visit);
     EXPECT_EQ(sums.isDifferent() ? 2 : sums.within > 0, verdict) << a << "----\n" << b;
     EXPECT_FALSE(sums.alignedByBlocks);
     if (sums.within > 0 || sums.isDifferent()) {
