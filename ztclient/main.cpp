@@ -9,6 +9,7 @@
 #include "tovinCore/platform/Console.h"
 #include "ztclient/Commands.h"
 #include "ztclient/arguments/Arguments.h"
+#include "ztclient/arguments/Misuse.h"
 #include "ztclient/arguments/Suggestion.h"
 #include "ztclient/terminal/Messages.h"
 #include "ztclient/terminal/Output.h"
@@ -34,6 +35,8 @@ int run(CLI::App& app, int argc, char** argv, int& status) {
   } catch (const CLI::Success& e) {
     return app.exit(e);
   } catch (const CLI::ParseError& e) {
+    return report(explain(app, e));
+  } catch (const Misuse& e) {
     return report(explain(app, e));
   } catch (const tovin::Exception& e) {
     return report(messages::textOf(e));

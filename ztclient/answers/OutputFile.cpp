@@ -1,12 +1,12 @@
 #include "ztclient/answers/OutputFile.h"
 
-#include <CLI/CLI.hpp>
 #include <iostream>
 
 #include "tovinCore/Exception.h"
 #include "tovinCore/platform/Files.h"
 #include "tovinCore/platform/Paths.h"
 #include "tovinCore/platform/WholeFile.h"
+#include "ztclient/arguments/Misuse.h"
 
 namespace platform = tovin::platform;
 
@@ -29,6 +29,6 @@ void outputFile::requireAnother(const char* option, const std::string& file,
     const std::wstring other = platform::fileName(each);
     if (each != "-" && platform::isRegularFile(other.c_str()) &&
         platform::isSameFile(other.c_str(), name.c_str()))
-      throw CLI::ValidationError(option, file + " is the document itself");
+      throw Misuse(std::string(option) + ": " + file + " is the document itself");
   }
 }

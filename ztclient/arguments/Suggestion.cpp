@@ -54,7 +54,7 @@ std::string taken(const CLI::App& command) {
 
 }  // namespace
 
-std::string explain(const CLI::App& app, const CLI::ParseError& error) {
+std::string explain(const CLI::App& app, const std::exception& error) {
   const CLI::App& command = deepest(app);
   const std::string help = "; see " + pathOf(app) + " --help";
   for (const std::string& word : app.remaining(true)) {

@@ -8,8 +8,8 @@
 ///
 ///     no command "quary"; did you mean "query"?
 ///
-/// \param app after the parse that failed. \param error what the parser says, for any other fault.
-std::string explain(const CLI::App& app, const CLI::ParseError& error);
+/// \param app after the parse that failed. \param error what is said of any other fault.
+std::string explain(const CLI::App& app, const std::exception& error);
 
 /// "no command \"quary\"; did you mean \"query\"?"
 std::string noCommand(const std::string& word, const std::vector<std::string>& words);

@@ -1,12 +1,12 @@
 #include "ztclient/input/JsonValue.h"
 
-#include <CLI/CLI.hpp>
 #include <algorithm>
 #include <charconv>
 #include <nlohmann/json.hpp>
 
 #include "tovinCore/Exception.h"
 #include "tovinCore/Utf8.h"
+#include "ztclient/arguments/Misuse.h"
 
 namespace {
 
@@ -87,7 +87,7 @@ class Builder : public nlohmann::json_sax<Json> {
 };
 
 [[noreturn]] void refuse(const std::string& field, const std::string& text) {
-  throw CLI::ValidationError('"' + field + "\" " + text);
+  throw Misuse('"' + field + "\" " + text);
 }
 
 // A FIELD before its end, a piece at a time: names, and indexes in brackets.

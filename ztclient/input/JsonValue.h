@@ -13,7 +13,7 @@ ztservice::call::Value readJson(std::string_view text, const std::string& name);
 /// Sets what a FIELD=TEXT or FIELD:=JSON says, FIELD being "a.b[2].c": the members on the way are made where
 /// there are none. Index 0 is the first of what repeats; one more than there are appends.
 ///
-/// - Errors: CLI::ValidationError for what is neither, for a name on the way that is no object, and for an
+/// - Errors: Misuse for what is neither, for a name on the way that is no object, and for an
 ///   index that leaves a gap.
 class FieldSetter {
  public:

@@ -1,8 +1,7 @@
 #include "ztclient/log/EntryFilter.h"
 
-#include <CLI/CLI.hpp>
-
 #include "tovinCore/Utf8.h"
+#include "ztclient/arguments/Misuse.h"
 #include "ztclient/log/EntryNames.h"
 #include "ztclient/log/EntryTime.h"
 
@@ -37,13 +36,13 @@ bool isTooLarge(std::string_view expression) {
 }
 
 std::wregex compiled(const std::string& expression) {
-  if (isTooLarge(expression)) throw CLI::ValidationError("--where", "the expression is too large");
+  if (isTooLarge(expression)) throw Misuse("--where: the expression is too large");
   const std::wstring wide = tovin::utf8ToWide(expression);
   try {
     const std::wregex alone(wide, syntax);  // by itself, lest its brackets meet those around it
     return std::wregex(L"[\\s\\S]*(?:" + wide + L")[\\s\\S]*", syntax);
   } catch (const std::regex_error& e) {
-    throw CLI::ValidationError("--where", '"' + expression + "\" is no expression: " + e.what());
+    throw Misuse("--where: \"" + expression + "\" is no expression: " + e.what());
   }
 }
 
@@ -52,7 +51,7 @@ std::wregex compiled(const std::string& expression) {
 void EntryFilter::add(const std::string& condition) {
   const size_t mark = condition.find_first_of("=~");
   if (mark == condition.npos || mark == 0)
-    throw CLI::ValidationError("--where", "takes NAME=VALUE or NAME~REGEX, not \"" + condition + '"');
+    throw Misuse("--where: takes NAME=VALUE or NAME~REGEX, not \"" + condition + '"');
   Condition added{entryNames::folded(condition.substr(0, mark)), condition.substr(mark + 1), {}};
   if (condition[mark] == '~') added.expression = compiled(added.value);
   conditions_.push_back(std::move(added));

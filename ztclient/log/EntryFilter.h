@@ -18,7 +18,7 @@
 ///
 /// - Shape: "NAME=VALUE" or "NAME~REGEX", which is one of ECMAScript and is looked for anywhere in the value.
 ///   Values are UTF-8; a character above U+FFFF counts as two.
-/// - Errors: CLI::ValidationError for what is no condition, or an expression that is too large.
+/// - Errors: Misuse for what is no condition, or an expression that is too large.
 /// - Time: linear in the value for each condition, whatever the expression.
 class EntryFilter {
  public:
