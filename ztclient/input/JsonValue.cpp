@@ -33,7 +33,7 @@ class Builder : public nlohmann::json_sax<Json> {
   bool key(string_t& name) override {
     Value& inside = open_.back();
     if (inside.find(name)) fail("\"" + name + "\" is there twice", 0);
-    inside.object().emplace_back(std::move(name), Value());
+    inside.object().emplace_back().first = std::move(name);
     return true;
   }
 
