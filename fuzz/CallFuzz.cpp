@@ -22,11 +22,13 @@ void fill(const Target& target, std::string_view json) {
   RequestOptions options;
   for (const bool check : {true, false}) {
     options.check = check;
+    options.mtom = !check;
     try {
       const Request request = makeRequest(shop(), *target.port, *target.operation, values, options);
       // What is sent is XML at least.
       if (target.port->protocol() != ztservice::Protocol::http)
-        static_cast<void>(readRequest(shop(), *target.port, *target.operation, request.body));
+        static_cast<void>(
+            readRequest(shop(), *target.port, *target.operation, request.body, {}, request.attachments));
     } catch (const RequestError&) {
       // Values that make no request are an answer, too.
     }
@@ -43,11 +45,12 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   const Target target{&port, &port.operations().front()};
   AnswerOptions options;
   options.limits.elements = 10'000;
+  static const std::vector<MimePart> parts{{"1", "image/png", "", "", "picture", ""}};
   try {
     if (data[0] & 1)
       fill(target, rest);
     else
-      static_cast<void>(readAnswer(shop(), port, *target.operation, rest, options));
+      static_cast<void>(readAnswer(shop(), port, *target.operation, rest, options, parts));
   } catch (const tovin::Exception&) {
     return 0;
   }

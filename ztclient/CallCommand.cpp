@@ -5,21 +5,26 @@
 #include <future>
 #include <iostream>
 #include <memory>
+#include <optional>
 #include <vector>
 
 #include "tovinCore/Exception.h"
 #include "tovinCore/Utf8.h"
 #include "ztclient/Commands.h"
+#include "ztclient/answers/AttachmentFiles.h"
 #include "ztclient/answers/CallAnswer.h"
 #include "ztclient/answers/ServiceText.h"
 #include "ztclient/arguments/Address.h"
 #include "ztclient/arguments/Arguments.h"
+#include "ztclient/arguments/NameValue.h"
 #include "ztclient/input/InputFile.h"
 #include "ztclient/input/JsonValue.h"
 #include "ztclient/input/ServiceFile.h"
 #include "ztclient/input/Source.h"
 #include "ztclient/terminal/Escaping.h"
 #include "ztclient/terminal/Messages.h"
+#include "ztclient/terminal/ProgressBar.h"
+#include "ztservice/call/Calls.h"
 #include "ztservice/call/Client.h"
 #include "ztservice/call/Request.h"
 #include "ztservice/call/Template.h"
@@ -46,6 +51,12 @@ struct Options {
   ClientOptions client;
   std::vector<std::string> headers;
   std::string bearerFile;
+  std::vector<NameValue> headerFiles;
+  std::string attachmentFolder;
+  std::string securityUser;
+  std::string securityPasswordFile;
+  std::string securityKind = "digest";
+  uint32_t securitySeconds = 0;
   std::string output = "json";
   uint32_t seconds = 300;
   uint32_t parallel = 0;
@@ -146,6 +157,13 @@ Request requestOf(const ztservice::Service& service, const Target& target, const
     const size_t value = std::min(header.find_first_not_of(' ', colon + 1), header.size());
     request.headers.emplace_back(header.substr(0, colon), header.substr(value));
   }
+  for (const NameValue& header : options.headerFiles) {
+    const std::string value = firstLineOf(header.value.value_or(""));
+    if (!checkHeader(header.name + ": " + value).empty())
+      fail("the first line of " + header.value.value_or("") + " cannot be the header " + header.name);
+    request.headers.emplace_back(header.name, value);
+    if (!value.empty()) request.secrets.push_back(value);
+  }
   return request;
 }
 
@@ -161,67 +179,127 @@ void keepUserApart(Options& options, const Target& target) {
   client.user.clear();
 }
 
-// The next line without its end; false behind the last.
-bool readLine(Source& source, std::string& line) {
-  constexpr size_t longest = size_t{16} << 20;
-  for (size_t count = 4096;; count *= 2) {
-    const std::string_view head = source.head(std::min(count, longest));
-    const size_t end = head.find('\n');
-    if (end == head.npos && head.size() == longest) fail("a line of the input is longer than 16 MiB");
-    if (end == head.npos && head.size() == std::min(count, longest)) continue;
-    line = head.substr(0, end);
-    std::string taken(std::min(line.size() + 1, head.size()), '\0');
-    if (taken.empty()) return false;
-    source.read(taken.data(), taken.size());
-    return true;
-  }
+ztservice::call::Security securityOf(const Options& options) {
+  ztservice::call::Security security;
+  security.user = options.securityUser;
+  security.password = firstLineOf(options.securityPasswordFile);
+  security.isDigest = options.securityKind == "digest";
+  if (options.securitySeconds > 0) security.lifetime = std::chrono::seconds(options.securitySeconds);
+  return security;
+}
+
+// What a call of many came to: a line, a status and what is to be said beside it.
+struct Outcome {
+  std::string text;
+  int status = commands::done;
+  std::vector<std::string> warnings;
+};
+
+Outcome outcomeOf(const Answer& answer) {
+  if (!answer.fault) return {callAnswer::toLine(answer), commands::done, answer.warnings};
+  Value fault;
+  fault["$fault"]["code"] = answer.fault->code;
+  fault["$fault"]["reason"] = answer.fault->reason;
+  if (!answer.fault->detail.isNull()) fault["$fault"]["detail"] = answer.fault->detail;
+  return {callAnswer::toLine(fault), commands::negative, answer.warnings};
+}
+
+Outcome outcomeOf(const tovin::Exception& e) {
+  Value error;
+  error["$error"] = messages::textOf(e);
+  return {callAnswer::toLine(error), commands::trouble, {}};
 }
 
 // Many calls of one operation, each a line of JSON: what each one answers, or why it does not, is a line in
 // the order of the input.
-int callMany(const ztservice::Service& service, const Target& target, const Options& options) {
-  Client client(service, options.client);
-  const auto call = [&](const std::string& line) -> std::pair<std::string, int> {
-    try {
-      const Value values = readJson(line, "input");
-      const Answer answer = client.read(*target.port, *target.operation,
-                                        client.send(requestOf(service, target, values, options)));
-      if (!answer.fault) return {callAnswer::toLine(answer.values), commands::done};
-      Value fault;
-      fault["$fault"]["code"] = answer.fault->code;
-      fault["$fault"]["reason"] = answer.fault->reason;
-      if (!answer.fault->detail.isNull()) fault["$fault"]["detail"] = answer.fault->detail;
-      return {callAnswer::toLine(fault), commands::negative};
-    } catch (const tovin::Exception& e) {
-      Value error;
-      error["$error"] = messages::textOf(e);
-      return {callAnswer::toLine(error), commands::trouble};
+class ManyCalls {
+ public:
+  ManyCalls(const ztservice::Service& service, const Target& target, const Options& options)
+      : service_(service),
+        target_(target),
+        options_(options),
+        client_(service, options.client),
+        calls_(client_, options.parallel) {}
+
+  int run() {
+    Source source(options_.input);
+    for (std::string line; readNext(source, line);) {
+      if (line.find_first_not_of(" \t\r") != line.npos) call(line);
     }
-  };
-  int status = commands::done;
-  std::deque<std::future<std::pair<std::string, int>>> open;
-  const auto deliver = [&] {
-    const auto [text, one] = open.front().get();
-    open.pop_front();
-    std::cout << text << '\n';
-    status = std::max(status, one);
-  };
-  Source source(options.input);
-  for (std::string line; readLine(source, line);) {
-    if (line.find_first_not_of(" \t\r") == line.npos) continue;
-    if (open.size() == options.parallel) deliver();
-    open.push_back(std::async(std::launch::async, call, std::move(line)));
+    calls_.finish();
+    return status_;
   }
-  while (!open.empty()) deliver();
-  return status;
-}
+
+ private:
+  // What comes through a pipe may let wait for itself: calls go on meanwhile.
+  bool readNext(Source& source, std::string& line) {
+    constexpr size_t longest = size_t{16} << 20;
+    if (options_.input != "-") return source.readLine(line, longest);
+    auto read = std::async(std::launch::async, [&] { return source.readLine(line, longest); });
+    constexpr std::chrono::milliseconds pulse(5);
+    const auto isReady = [&read] {
+      return read.wait_for(std::chrono::seconds(0)) == std::future_status::ready;
+    };
+    while (calls_.open() > 0 && !isReady()) calls_.wait(pulse);
+    if (!isReady()) std::cout.flush();
+    return read.get();
+  }
+
+  void call(const std::string& line) {
+    // What comes early waits for those before it; not too many, so that memory does not grow with the input.
+    constexpr size_t mostWaiting = 1000;
+    while (outcomes_.size() >= mostWaiting) calls_.wait(std::chrono::hours(1));
+    const size_t number = first_ + outcomes_.size();
+    outcomes_.emplace_back();
+    try {
+      calls_.add(requestOf(service_, target_, readJson(line, "input"), options_),
+                 [this, number](ztservice::call::Calls::Outcome outcome) { take(number, outcome); });
+    } catch (const tovin::Exception& e) {
+      settle(number, outcomeOf(e));
+    }
+  }
+
+  void take(size_t number, const ztservice::call::Calls::Outcome& outcome) {
+    try {
+      if (outcome.error) std::rethrow_exception(outcome.error);
+      settle(number, outcomeOf(client_.read(*target_.port, *target_.operation, outcome.answer)));
+    } catch (const tovin::Exception& e) {
+      settle(number, outcomeOf(e));
+    }
+  }
+
+  void settle(size_t number, Outcome outcome) {
+    outcomes_[number - first_] = std::move(outcome);
+    for (; !outcomes_.empty() && outcomes_.front(); outcomes_.pop_front(), ++first_) {
+      for (const std::string& warning : outcomes_.front()->warnings)
+        messages::warn("call " + std::to_string(first_) + ": " + warning);
+      std::cout << outcomes_.front()->text << '\n';
+      status_ = std::max(status_, outcomes_.front()->status);
+    }
+  }
+
+  const ztservice::Service& service_;
+  const Target& target_;
+  const Options& options_;
+  Client client_;
+  ztservice::call::Calls calls_;
+  // From the first that is not printed on, empty while it is on its way.
+  std::deque<std::optional<Outcome>> outcomes_;
+  size_t first_ = 1;
+  int status_ = commands::done;
+};
 
 int callOnce(const ztservice::Service& service, const Target& target, Options& options) {
   const Request request = requestOf(service, target, valuesOf(options), options);
   if (options.dryRun) {
-    std::cout << (options.xml ? request.body : request.toWire());
+    if (options.xml)
+      std::cout << request.body;
+    else
+      request.toWire([](std::string_view piece) { std::cout << piece; });
     return commands::done;
   }
+  ProgressBar bar;
+  options.client.progress = [&bar](uint64_t done, uint64_t total) { bar.show(done, total); };
   Client client(service, options.client);
   const ztservice::call::HttpAnswer answer = client.send(request);
   return show(client.read(*target.port, *target.operation, answer), answer.body, options);
@@ -234,11 +312,17 @@ int run(Options& options) {
     list(service);
     return commands::done;
   }
+  std::optional<AttachmentFiles> files;
+  if (!options.attachmentFolder.empty()) {
+    files.emplace(options.attachmentFolder);
+    options.client.fileFor = [&files](const ztservice::call::MimePart& part) { return files->nameFor(part); };
+  }
   const Target target = ztservice::call::requireOperation(service, options.operation, options.port);
   if (!options.templateKind.empty()) return showTemplate(service, target, options);
   keepUserApart(options, target);
   try {
-    return options.parallel > 0 ? callMany(service, target, options) : callOnce(service, target, options);
+    return options.parallel > 0 ? ManyCalls(service, target, options).run()
+                                : callOnce(service, target, options);
   } catch (const ztservice::call::RequestError& e) {
     for (const auto& finding : e.findings()) messages::error(finding.toString());
     return commands::trouble;
@@ -301,6 +385,30 @@ void commands::addCall(CLI::App& app, int& status) {
                        "How often a connection is tried again that cannot be made");
   call->add_flag("--redirect-anywhere", options->client.redirectsAnywhere,
                  "Follow a redirection to another server");
+  call->add_flag("--mtom", options->request.mtom, "Send binary values beside the message, not in it");
+  call->add_flag("--gzip", options->request.gzip, "Compress the request");
+  arguments::addFile(*call, "--save-attachments", options->attachmentFolder,
+                     "Write what comes beside the answer to files in this folder", "OUT");
+  CLI::Option* securityUser = arguments::requireText(
+      call->add_option("--wsse-user", options->securityUser, "The user in the message (WS-Security)"));
+  securityUser->type_name("NAME");
+  CLI::Option* securityPassword =
+      arguments::addFile(*call, "--wsse-password-file", options->securityPasswordFile,
+                         "The user's password, in the first line of this file");
+  arguments::restrictTo(
+      call->add_option("--wsse", options->securityKind, "How the password goes in the message"),
+      {"digest", "text"})
+      ->type_name("KIND")
+      ->capture_default_str()
+      ->needs(securityUser);
+  arguments::addNumber(*call, "--wsse-seconds", options->securitySeconds,
+                       "How long the message is good for; 0 says nothing of it")
+      ->capture_default_str()
+      ->needs(securityUser);
+  securityUser->needs(securityPassword);
+  securityPassword->needs(securityUser);
+  addNameValues(*call, "--header-file", options->headerFiles,
+                "NAME=FILE: one more header of HTTP, in the first line of a file; no trace shows it");
   arguments::addFile(*call, "--bearer-file", options->bearerFile,
                      "A file with a token that goes along with the call");
   arguments::addFile(*call, "--authorities", options->client.authorities,
@@ -319,6 +427,8 @@ void commands::addCall(CLI::App& app, int& status) {
     if (!list->count() && !operation->count()) throw CLI::RequiredError("OPERATION");
     if (pattern->count() && options->templateKind.empty()) options->templateKind = "full";
     options->request.check = !options->noCheck;
+    options->request.files = true;
+    if (securityUser->count()) options->request.security = securityOf(*options);
     options->client.transfer = std::chrono::seconds(options->seconds);
     if (!options->bearerFile.empty()) options->client.bearer = firstLineOf(options->bearerFile);
     if (options->trace) options->client.trace = tell;

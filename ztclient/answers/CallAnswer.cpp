@@ -1,13 +1,16 @@
 #include "ztclient/answers/CallAnswer.h"
 
+#include <algorithm>
 #include <sstream>
 #include <vector>
 
+#include "tovinCore/Base64.h"
 #include "ztclient/log/LogTable.h"
 
 namespace {
 
 using ztservice::call::Answer;
+using ztservice::call::MimePart;
 using ztservice::call::Value;
 
 std::string plain(const Value& value) {
@@ -44,6 +47,22 @@ void collect(const Value& value, std::string& path, std::vector<TableRow>& rows)
   }
 }
 
+std::string base64Of(const std::string& bytes) {
+  std::string text;
+  tovin::base64::encode(reinterpret_cast<const unsigned char*>(bytes.data()), bytes.size(), text);
+  return text;
+}
+
+template <class Content>
+std::string lineOf(const Content& content) {
+  std::ostringstream out;
+  {
+    JsonWriter json(out, JsonWriter::Layout::oneLine);
+    callAnswer::writeJson(content, json);
+  }
+  return out.str();
+}
+
 void writeMembers(const Value& value, JsonWriter& json) {
   for (const auto& [name, one] : value.object()) callAnswer::writeJson(one, json.key(name));
 }
@@ -77,22 +96,42 @@ void callAnswer::writeJson(const Value& value, JsonWriter& json) {
   }
 }
 
-std::string callAnswer::toLine(const Value& value) {
-  std::ostringstream out;
-  {
-    JsonWriter json(out, JsonWriter::Layout::oneLine);
-    writeJson(value, json);
+std::string callAnswer::toLine(const Value& value) { return lineOf(value); }
+
+std::string callAnswer::toLine(const Answer& answer) { return lineOf(answer); }
+
+Value callAnswer::attachmentsOf(const Answer& answer) {
+  if (answer.attachments.empty()) return {};
+  const bool areNamed =
+      std::ranges::none_of(answer.attachments, [](const MimePart& part) { return part.part.empty(); });
+  Value named{Value::Object{}};
+  Value::List list;
+  for (const MimePart& part : answer.attachments) {
+    Value one{Value::Object{}};
+    if (!areNamed && !part.id.empty()) one["id"] = part.id;
+    if (!areNamed && !part.fileName.empty()) one["name"] = part.fileName;
+    if (!part.mediaType.empty()) one["$mediaType"] = part.mediaType;
+    if (part.file.empty())
+      one["$"] = base64Of(part.bytes);
+    else
+      one["$file"] = part.file;
+    if (areNamed)
+      named[part.part] = std::move(one);
+    else
+      list.push_back(std::move(one));
   }
-  return out.str();
+  return areNamed ? named : Value(std::move(list));
 }
 
 void callAnswer::writeJson(const Answer& answer, JsonWriter& json) {
-  if (answer.headers.isNull()) {
+  const Value attachments = attachmentsOf(answer);
+  if (answer.headers.isNull() && attachments.isNull()) {
     writeJson(answer.values, json);
     return;
   }
   json.beginObject();
-  writeJson(answer.headers, json.key("$headers"));
+  if (!answer.headers.isNull()) writeJson(answer.headers, json.key("$headers"));
+  if (!attachments.isNull()) writeJson(attachments, json.key("$attachments"));
   if (answer.values.kind() == Value::Kind::object)
     writeMembers(answer.values, json);
   else
@@ -106,6 +145,9 @@ void callAnswer::writeTable(const Answer& answer, std::ostream& out) {
   collect(answer.values, path, rows);
   path = "$headers";
   if (!answer.headers.isNull()) collect(answer.headers, path, rows);
+  path = "$attachments";
+  const Value attachments = attachmentsOf(answer);
+  if (!attachments.isNull()) collect(attachments, path, rows);
   tableText::Aligned table;
   for (const TableRow& row : rows) table.see(row);
   for (const TableRow& row : rows) table.write(out, row);

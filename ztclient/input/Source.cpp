@@ -57,6 +57,21 @@ size_t Source::read(void* bytes, size_t count) {
   return done;
 }
 
+bool Source::readLine(std::string& line, size_t longest) {
+  line.clear();
+  for (;;) {
+    const std::string_view next = head(1);
+    if (next.empty()) return !line.empty();
+    const size_t end = std::min(next.find('\n'), next.size());
+    if (end > longest - line.size())
+      throw tovin::Exception(L"A line of the input is longer than %d bytes", static_cast<int>(longest));
+    line += next.substr(0, end);
+    const bool isWhole = end < next.size();
+    at_ += end + (isWhole ? 1 : 0);
+    if (isWhole) return true;
+  }
+}
+
 std::string_view Source::head(size_t count) {
   auto left = static_cast<size_t>(end_ - at_);
   if (left < count) {

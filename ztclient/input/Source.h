@@ -21,6 +21,9 @@ class Source : public tovin::iByteInputStream {
   size_t read(void* bytes, size_t count) override;
   /// The next bytes, which stay; fewer than asked for only at the end.
   std::string_view head(size_t count);
+  /// The next line without its end, as soon as that has come; false behind the last one.
+  /// Errors: "A line of the input is longer than %d bytes".
+  bool readLine(std::string& line, size_t longest);
 
  private:
   size_t receive(unsigned char* bytes, size_t count) const;

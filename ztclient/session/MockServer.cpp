@@ -66,6 +66,13 @@ void MockServer::run(const std::function<bool()>& goesOn,
 }
 
 std::string MockServer::answer(std::string_view head, const std::string& body, std::string& told) const {
+  const std::string type(headerIn(head, "Content-Type"));
+  if (!ztservice::call::isMultipart(type)) return answer(head, {type, body, {}}, told);
+  return answer(head, ztservice::call::readMultipart(type, body), told);
+}
+
+std::string MockServer::answer(std::string_view head, const ztservice::call::RelatedParts& message,
+                               std::string& told) const {
   if (!head.starts_with("POST ")) {
     told = "405: only POST is taken here";
     return refusal("405 Method Not Allowed", "only POST is taken here");
@@ -74,7 +81,7 @@ std::string MockServer::answer(std::string_view head, const std::string& body, s
     told = "415: the body is compressed";
     return refusal("415 Unsupported Media Type", "the body is compressed");
   }
-  const Target target = ztservice::call::operationOf(service_, body, actionIn(head));
+  const Target target = ztservice::call::operationOf(service_, message.root, actionIn(head));
   if (!target.port) {
     told = "500: no operation has this action and body";
     // Of which port nobody can say: as the first one speaks.
@@ -86,7 +93,8 @@ std::string MockServer::answer(std::string_view head, const std::string& body, s
   try {
     ztservice::call::AnswerOptions strict;
     strict.isStrict = true;
-    static_cast<void>(readRequest(service_, *target.port, *target.operation, body, strict));
+    static_cast<void>(
+        readRequest(service_, *target.port, *target.operation, message.root, strict, message.parts));
   } catch (const tovin::Exception& e) {
     told = name + ": refused, " + messages::textOf(e);
     return envelope("500 Internal Server Error", *target.port,

@@ -28,6 +28,8 @@ class MockServer {
   std::string answer(std::string_view head, const std::string& body, std::string& told) const;
 
  private:
+  std::string answer(std::string_view head, const ztservice::call::RelatedParts& message,
+                     std::string& told) const;
   std::string valuesFor(const ztservice::call::Target& target) const;
 
   const ztservice::Service& service_;

@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "ztservice/call/AnswerValues.h"
+#include "ztservice/call/Binary.h"
 #include "ztservice/call/ValueFacts.h"
 
 namespace ztservice::call {
@@ -15,6 +16,7 @@ using Element = AnswerTree::Element;
 class AnswerReader : private AnswerValues {
  public:
   using AnswerValues::AnswerValues;
+  using AnswerValues::unusedParts;
 
   void read(const Port& port, const Operation& operation, const std::optional<Message>& message) {
     const Element& root = tree_.root();
@@ -146,25 +148,48 @@ class AnswerReader : private AnswerValues {
   }
 };
 
+// The parts of the message that they are: by their ids (WS-I Attachments Profile 1.0, 3.8), else in their
+// order where there are as many.
+void nameParts(std::vector<MimePart>& parts, const Message& message) {
+  std::vector<MimePart*> unnamed;
+  std::vector<std::string_view> left;
+  for (const Attachment& one : message.attachments) left.push_back(one.part.name);
+  for (MimePart& part : parts) {
+    const std::string id = idOf("cid:" + part.id);
+    const auto named = std::find(left.begin(), left.end(), std::string_view(id).substr(0, id.find('=')));
+    if (id.find('=') == id.npos || named == left.end()) {
+      unnamed.push_back(&part);
+      continue;
+    }
+    part.part = *named;
+    left.erase(named);
+  }
+  if (unnamed.size() != left.size()) return;
+  for (size_t i = 0; i < left.size(); ++i) unnamed[i]->part = left[i];
+}
+
 Answer readMessage(const Service& service, const Port& port, const Operation& operation,
                    const std::optional<Message>& message, std::string_view xml, const AnswerOptions& options,
-                   const char* what) {
+                   std::span<const MimePart> parts, const char* what) {
   const AnswerTree tree(xml, options.limits, what);
   Answer answer;
-  AnswerReader(service, tree, options, answer).read(port, operation, message);
+  AnswerReader reader(service, tree, options, answer, parts);
+  reader.read(port, operation, message);
+  answer.attachments = reader.unusedParts();
+  if (message) nameParts(answer.attachments, *message);
   return answer;
 }
 
 }  // namespace
 
 Answer readAnswer(const Service& service, const Port& port, const Operation& operation, std::string_view xml,
-                  const AnswerOptions& options) {
-  return readMessage(service, port, operation, operation.output(), xml, options, "answer");
+                  const AnswerOptions& options, std::span<const MimePart> attachments) {
+  return readMessage(service, port, operation, operation.output(), xml, options, attachments, "answer");
 }
 
 Answer readRequest(const Service& service, const Port& port, const Operation& operation, std::string_view xml,
-                   const AnswerOptions& options) {
-  return readMessage(service, port, operation, operation.input(), xml, options, "request");
+                   const AnswerOptions& options, std::span<const MimePart> attachments) {
+  return readMessage(service, port, operation, operation.input(), xml, options, attachments, "request");
 }
 
 Target operationOf(const Service& service, std::string_view xml, std::string_view action,

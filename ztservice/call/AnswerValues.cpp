@@ -4,6 +4,7 @@
 #include <charconv>
 #include <iterator>
 
+#include "ztservice/call/Binary.h"
 #include "ztservice/call/Lexical.h"
 #include "ztservice/call/ValueFacts.h"
 
@@ -91,7 +92,46 @@ Value AnswerValues::value(const Element& given, const Type* declared, bool mayBe
   return out;
 }
 
+void AnswerValues::charge(uint64_t bytes) {
+  bytes_ += bytes;
+  if (bytes_ > options_.limits.bytes)
+    fail("more than " + std::to_string(options_.limits.bytes) + " bytes of values");
+}
+
+std::vector<MimePart> AnswerValues::unusedParts() const {
+  std::vector<MimePart> unused;
+  for (const MimePart& part : parts_) {
+    if (!used_.contains(&part)) unused.push_back(part);
+  }
+  return unused;
+}
+
+const MimePart* AnswerValues::included(const Element& element) {
+  if (element.children.size() != 1 || element.children[0]->name != Name{includeSpace, "Include"})
+    return nullptr;
+  const std::string_view* reference = element.children[0]->attribute({{}, "href"});
+  const std::string id = reference ? idOf(*reference) : std::string();
+  const auto part =
+      std::find_if(parts_.begin(), parts_.end(), [&id](const MimePart& one) { return one.id == id; });
+  if (id.empty() || part == parts_.end())
+    fail("refers to " + (reference ? std::string(*reference) : "a part") + ", which did not come beside it");
+  used_.insert(&*part);
+  return &*part;
+}
+
+Value AnswerValues::contentOf(const MimePart& part) {
+  charge(part.bytes.size());
+  if (part.file.empty()) return Value(base64Of(part.bytes));
+  Value out;
+  out["$file"] = part.file;
+  if (!part.mediaType.empty()) out["$mediaType"] = part.mediaType;
+  return out;
+}
+
 Value AnswerValues::valueOf(const Element& element, const Type* declared, bool mayBeMember) {
+  charge(element.text.size());
+  for (const std::string& text : element.textBehind) charge(text.size());
+  for (const AnswerTree::Attribute& one : element.attributes) charge(one.value.size());
   const Type* type = declared;
   bool isOther = false;
   if (const std::string_view* text = element.attribute(typeName)) {
@@ -153,6 +193,7 @@ bool AnswerValues::hasAttribute(const Type* type, const Name& name) {
 }
 
 Value AnswerValues::scalar(const Type& type, const Element& element) {
+  if (const MimePart* part = included(element)) return contentOf(*part);
   if (!element.children.empty()) doubt("has elements in the place of a " + std::string(type.primitive));
   std::string text = element.text;
   for (const std::string& more : element.textBehind) text += more;
@@ -263,6 +304,10 @@ Value AnswerValues::complex(const Type& type, const Element& element) {
     const Type* content = simple_.typeOf(*type.content);
     Value text = content ? scalar(*content, element) : Value(element.text);
     if (out.object().empty() && type.attributes.empty() && !type.anyAttribute) return text;
+    if (isObject(text)) {
+      for (auto& [key, value] : text.object()) out[key] = std::move(value);
+      return out;
+    }
     out["$"] = std::move(text);
     return out;
   }
@@ -352,6 +397,7 @@ const Member* AnswerValues::sameLocal(const Type& type, const Element& child) {
 }
 
 Value AnswerValues::generic(const Element& element) {
+  if (const MimePart* part = included(element)) return contentOf(*part);
   Value out;
   attributes(element, nullptr, out);
   if (element.children.empty()) {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <set>
+#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -16,8 +17,12 @@ class AnswerValues {
  public:
   using Element = AnswerTree::Element;
 
-  AnswerValues(const Service& service, const AnswerTree& tree, const AnswerOptions& options, Answer& answer)
-      : service_(service), simple_(service), tree_(tree), options_(options), answer_(answer) {}
+  AnswerValues(const Service& service, const AnswerTree& tree, const AnswerOptions& options, Answer& answer,
+               std::span<const MimePart> parts)
+      : service_(service), simple_(service), tree_(tree), options_(options), answer_(answer), parts_(parts) {}
+
+  // Of what came beside the message, those that no binary value refers to.
+  std::vector<MimePart> unusedParts() const;
 
   // A step of the path, and of the depth.
   class Step {
@@ -62,6 +67,11 @@ class AnswerValues {
   static const Attribute* attributeOf(const Type* type, const Name& name);
   static bool hasAttribute(const Type* type, const Name& name);
   Value scalar(const Type& type, const Element& element);
+  // What an element includes from beside the message; null for one that does not.
+  const MimePart* included(const Element& element);
+  Value contentOf(const MimePart& part);
+  // Bytes that values take: those of an answer that does not repeat itself are never more than it has.
+  void charge(uint64_t bytes);
   // Numbers and booleans as JSON has them, items of a list one by one.
   Value scalarOf(const Type& type, const Element& at, std::string_view given);
   Value atom(const Type& type, const Element& at, std::string_view text);
@@ -92,9 +102,12 @@ class AnswerValues {
   Answer& answer_;
 
  private:
+  std::span<const MimePart> parts_;
+  std::set<const MimePart*> used_;
   std::string path_;
   size_t depth_ = 0;
   size_t elements_ = 0;
+  uint64_t bytes_ = 0;
   // What references lead through.
   std::set<const Element*> open_;
 };

@@ -5,6 +5,7 @@
 #include <memory>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "ztservice/call/Answer.h"
 #include "ztservice/call/Request.h"
@@ -31,15 +32,23 @@ struct ClientOptions {
   /// How often a connection is tried again that could not be made: nothing was sent by then.
   unsigned retries = 0;
   AnswerOptions answer;
+  /// Told each request before it goes: adds what authorizes it, as a session's credentials in a header.
+  std::function<void(Request&)> prepare;
+  /// Names a new file for what comes beside an answer, as it begins; empty for one that stays in memory. The
+  /// file is made by the client, which overwrites none.
+  std::function<std::string(const MimePart&)> fileFor;
+  /// Told how many bytes went and came, and how many there will be, 0 where nobody knows.
+  std::function<void(uint64_t done, uint64_t total)> progress;
   /// Told what goes over the wire, '>' out and '<' in, in lines and pieces; what authorizes is left out.
   std::function<void(char direction, std::string_view bytes)> trace;
 };
 
-/// An answer of HTTP.
+/// An answer of HTTP; of one with parts the root's type and bytes, and the others.
 struct HttpAnswer {
   long status = 0;
   std::string contentType;
   std::string body;
+  std::vector<MimePart> attachments;
 };
 
 /// Calls operations of a service.
@@ -73,6 +82,7 @@ class ZTSERVICE_API Client {
   Answer read(const Port& port, const Operation& operation, const HttpAnswer& answer) const;
 
  private:
+  friend class Calls;
   class Pool;
 
   Service service_;

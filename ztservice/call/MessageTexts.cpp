@@ -1,8 +1,11 @@
 // Of the writer of messages what has no elements of its own: wildcards, arrays and texts.
 #include <algorithm>
+#include <limits>
 
+#include "ztservice/call/Binary.h"
 #include "ztservice/call/MessageWriter.h"
 #include "ztservice/call/ValueFacts.h"
+#include "ztservice/load/OpenFile.h"
 
 namespace ztservice::call {
 
@@ -39,6 +42,7 @@ void MessageWriter::wildcard(const Placed& placed) {
 // Of an element without a type that could say more; numbers and booleans say what they are.
 void MessageWriter::untyped(const Value& value) {
   if (isObject(value)) {
+    if (value.find("$file")) complain(onlySimpleOfFile);
     untypedAttributes(value);
     const Value* text = value.find("$");
     if (text && !text->isNull() && !isList(*text)) xml_.text(plainText(*text));
@@ -154,6 +158,87 @@ std::string MessageWriter::simpleText(const TypeReference& reference, const Valu
     return {};
   }
   return type ? textOf(*type, value) : plainText(value);
+}
+
+// Content that a file has, or that is better kept beside the message; false for any other.
+bool MessageWriter::enclosed(const Type& type, const Value& value) {
+  constexpr size_t leastBeside = 1024;
+  constexpr std::string_view usual = "application/octet-stream";
+  const bool isBase64 = type.primitive == "base64Binary";
+  const bool goesBeside = isBase64 && enclosure_ && enclosure_->isMtom();
+  if (!value.find("$file")) {
+    const Value* text = isObject(value) ? value.find("$") : &value;
+    if (!goesBeside || !text || text->kind() != Value::Kind::text || text->text().size() < leastBeside)
+      return false;
+    MimePart part;
+    part.bytes = bytesOfBase64(textOf(type, *text));
+    part.mediaType = mediaTypeOf(value, usual);
+    include(std::move(part));
+    return true;
+  }
+  MimePart part;
+  part.file = fileOf(value);
+  part.mediaType = mediaTypeOf(value, usual);
+  if (part.file.empty()) return true;
+  if (type.name == attachmentReference) {
+    xml_.text("cid:" + enclosure_->add(std::move(part)));
+    return true;
+  }
+  if (goesBeside) {
+    include(std::move(part));
+    return true;
+  }
+  std::string text = parse::bytesOf(part.file, std::numeric_limits<uint64_t>::max());
+  if (isBase64) text = base64Of(text);
+  if (type.primitive == "hexBinary") text = hexOf(text);
+  xml_.text(textOf(type, Value(std::move(text))));
+  return true;
+}
+
+// Empty, and said so, where it cannot be had.
+std::string MessageWriter::fileOf(const Value& value) {
+  const Value* file = value.find("$file");
+  if (file->kind() != Value::Kind::text || file->text().empty()) {
+    complain("$file is no name of a file");
+    return {};
+  }
+  if (enclosure_ && enclosure_->allowsFiles()) return file->text();
+  findings_.addFatal(path_, "names a file, which is not allowed here");
+  return {};
+}
+
+std::string MessageWriter::mediaTypeOf(const Value& value, std::string_view otherwise) {
+  const Value* given = value.find("$mediaType");
+  if (!given) given = value.find("@contentType");
+  if (!given) return std::string(otherwise);
+  const std::string type = plainText(*given);
+  const bool isHeader = std::all_of(type.begin(), type.end(), [](char c) { return c >= ' ' && c <= '~'; });
+  if (!type.empty() && isHeader) return type;
+  findings_.addFatal(path_, "its media type cannot stand in a header");
+  return {};
+}
+
+void MessageWriter::include(MimePart part) {
+  const Name name{includeSpace, "Include"};
+  xml_.begin(name);
+  xml_.attribute({{}, "href"}, "cid:" + enclosure_->add(std::move(part)));
+  xml_.end(name);
+}
+
+MimePart MessageWriter::attachment(const TypeReference& reference, const Value& value,
+                                   std::string_view mediaType, const std::string& name) {
+  MimePart part;
+  if (value.find("$file")) {
+    const Step step(*this, name);
+    part.file = fileOf(value);
+  } else {
+    part.bytes = simpleText(reference, value, name);
+    const Type* type = simple_.typeOf(reference);
+    if (type && type->primitive == "base64Binary") part.bytes = bytesOfBase64(part.bytes);
+    if (type && type->primitive == "hexBinary") part.bytes = bytesOfHex(part.bytes);
+  }
+  part.mediaType = mediaTypeOf(value, mediaType);
+  return part;
 }
 
 // A value of a simple type, checked; names with a namespace get the prefix that stands for it.

@@ -178,6 +178,7 @@ void MessageWriter::inside(const Declared& what, const Type* type, const Value& 
     return;
   }
   leftOver(*type, value);
+  if (enclosed(*type, value)) return;
   const std::string text = textOf(*type, value);
   checkFixed(what, *type, text);
   xml_.text(text);
@@ -237,11 +238,12 @@ void MessageWriter::leftOver(const Type& type, const Value& value) {
     const Value& one = member.second;
     if (!key.starts_with('@')) {
       const bool isKnown = !key.starts_with('$') || key == "$" || key == "$type" || key == "$any" ||
-                           (key == "$headers" && path_.empty());
+                           ((key == "$headers" || key == "$attachments") && path_.empty());
       const bool hasMembers = !SimpleValues::isSimple(type) && !type.content;
+      if (!hasMembers && (key == "$file" || key == "$mediaType")) continue;
       if (isKnown && (hasMembers || key.starts_with('$')) && !(key == "$any" && !hasMembers)) continue;
       const Step step(*this, key);
-      complain("there is no such member");
+      complain(key == "$file" ? onlySimpleOfFile : "there is no such member");
       continue;
     }
     const bool isKnown = std::any_of(type.attributes.begin(), type.attributes.end(),
@@ -291,6 +293,7 @@ void MessageWriter::complex(const Type& type, const Value& value) {
 
 void MessageWriter::simpleContent(const Type& type, const Value& value) {
   const Type* content = simple_.typeOf(*type.content);
+  if (content && enclosed(*content, value)) return;
   const Value* text = isObject(value) ? value.find("$") : &value;
   if (!text) {
     const std::string fault = content ? simple_.faultOf(*content, "") : std::string();

@@ -6,10 +6,13 @@
 
 #include "ztservice/Service.h"
 #include "ztservice/call/Content.h"
+#include "ztservice/call/Enclosure.h"
 #include "ztservice/call/SimpleValue.h"
 #include "ztservice/call/XmlText.h"
 
 namespace ztservice::call {
+
+inline constexpr const char* onlySimpleOfFile = "only a value of a simple type can come out of a file";
 
 // Something that is written as an element.
 struct Declared {
@@ -35,6 +38,9 @@ class MessageWriter {
 
   // With types and arrays as a SOAP encoding has them from now on; as schemas say for an empty one.
   void encode(std::string_view encoding) { encoding_ = encoding; }
+  // Where files and what goes beside the message are from now on; it outlives the writer. Without one there
+  // are none.
+  void enclose(Enclosure& enclosure) { enclosure_ = &enclosure; }
 
   // \param step how findings call it: "order".
   void element(const Declared& what, const Value& value, const std::string& step);
@@ -42,6 +48,9 @@ class MessageWriter {
   void content(const TypeReference& type, const Value& value);
   // A value of a simple type, as text; empty for what is none.
   std::string simpleText(const TypeReference& type, const Value& value, const std::string& step);
+  // What goes beside the message by itself. \param mediaType unless the value says another.
+  MimePart attachment(const TypeReference& type, const Value& value, std::string_view mediaType,
+                      const std::string& step);
 
   XmlText& xml() noexcept { return xml_; }
   Findings& findings() noexcept { return findings_; }
@@ -74,6 +83,10 @@ class MessageWriter {
   void itemsOf(const TypeReference& item, std::string_view itemName, std::string_view dimensions,
                const Value& value, bool isEncoded);
   std::string textOf(const Type& type, const Value& value);
+  bool enclosed(const Type& type, const Value& value);
+  std::string fileOf(const Value& value);
+  std::string mediaTypeOf(const Value& value, std::string_view otherwise);
+  void include(MimePart part);
   std::string plainText(const Value& value);
   void checkText(std::string_view text);
   void checkFixed(const Declared& what, const Type& type, const std::string& text);
@@ -84,6 +97,7 @@ class MessageWriter {
   XmlText xml_;
   Findings findings_;
   std::string_view encoding_;
+  Enclosure* enclosure_ = nullptr;
   std::string path_;
   size_t depth_ = 0;
 };

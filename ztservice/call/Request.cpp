@@ -2,8 +2,11 @@
 
 #include <algorithm>
 
+#include "ztservice/call/BodyReader.h"
+#include "ztservice/call/Compression.h"
 #include "ztservice/call/MessageWriter.h"
 #include "ztservice/call/Nearest.h"
+#include "ztservice/call/SecurityHeader.h"
 #include "ztservice/load/Location.h"
 #include "ztservice/schema/Builtins.h"
 
@@ -11,6 +14,7 @@ namespace ztservice::call {
 
 namespace {
 
+constexpr std::string_view unknownMediaType = "application/octet-stream";
 constexpr const char* declaration = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n";
 
 [[noreturn]] void refuse(std::string_view text) { throw Error({}, text); }
@@ -50,6 +54,10 @@ class RequestMaker {
         writer_(service) {}
 
   Request make(const RequestOptions& options) {
+    Enclosure enclosure(options.files, options.mtom);
+    enclosure_ = &enclosure;
+    writer_.enclose(enclosure);
+    security_ = options.security ? &*options.security : nullptr;
     request_.address = options.address.empty() ? std::string(port_.address()) : options.address;
     if (port_.protocol() == Protocol::http) {
       checkMessage();
@@ -57,8 +65,10 @@ class RequestMaker {
     } else {
       request_.body = envelope(operation_.name());
       soapHeaders(port_.protocol() == Protocol::soap12);
+      keepSecrets();
     }
     complain(options.check);
+    if (options.gzip) compressBody();
     if (request_.address.empty())
       refuse("the port " + std::string(port_.name()) + " has no address: give one");
     if (!parse::location::isWeb(request_.address))
@@ -117,7 +127,8 @@ class RequestMaker {
     XmlText& xml = writer_.xml();
     const Name body{space_, "Body"};
     const std::string name = xml.qualified({space_, "Envelope"});
-    if (message_) headers(*message_);
+    headers();
+    if (message_ && enclosure_) attachments(*message_);
     xml.begin(body);
     if (operation_.style() == "rpc")
       rpc(wrapper);
@@ -133,38 +144,74 @@ class RequestMaker {
     const std::string action(operation_.soapAction());
     if (hasControls(action) || action.find_first_of("\"\\") != std::string::npos)
       refuse("the action of the operation cannot stand in a header");
-    request_.headers.emplace_back("Accept", is12 ? "application/soap+xml" : "text/xml");
+    const std::string mediaType = is12 ? "application/soap+xml" : "text/xml";
+    const std::string suffix = is12 && !action.empty() ? "; action=\"" + action + '"' : std::string();
+    request_.headers.emplace_back("Accept", mediaType);
     request_.headers.emplace_back("Accept-Encoding", "gzip, deflate");
-    if (is12) {
-      const std::string suffix = action.empty() ? "" : "; action=\"" + action + '"';
-      request_.headers.emplace_back("Content-Type", "application/soap+xml; charset=utf-8" + suffix);
-    } else {
-      request_.headers.emplace_back("Content-Type", "text/xml; charset=utf-8");
-      request_.headers.emplace_back("SOAPAction", '"' + action + '"');
-    }
+    if (enclosure_->parts().empty())
+      request_.headers.emplace_back("Content-Type", mediaType + "; charset=utf-8" + suffix);
+    else
+      multipart(mediaType, suffix);
+    if (!is12) request_.headers.emplace_back("SOAPAction", '"' + action + '"');
   }
 
-  void headers(const Message& message) {
+  // As RFC 2387 has it, and XML-binary Optimized Packaging where that is asked for.
+  void multipart(const std::string& mediaType, const std::string& suffix) {
+    const bool isMtom = enclosure_->isMtom();
+    request_.attachments = std::move(enclosure_->parts());
+    request_.boundary = enclosure_->boundary();
+    request_.rootType = isMtom ? "application/xop+xml; charset=utf-8; type=\"" + mediaType + '"'
+                               : mediaType + "; charset=utf-8";
+    request_.headers.emplace_back(
+        "Content-Type", "multipart/related; type=\"" + (isMtom ? "application/xop+xml" : mediaType) +
+                            "\"; start=\"<" + request_.rootId() + ">\"" +
+                            (isMtom ? "; start-info=\"" + mediaType + '"' : std::string()) + suffix +
+                            "; boundary=\"" + request_.boundary + '"');
+  }
+
+  void keepSecrets() {
+    if (!security_ || security_->isDigest || security_->password.empty()) return;
+    XmlText escaped;
+    escaped.text(security_->password);
+    request_.secrets = {security_->password, escaped.take()};
+  }
+
+  void compressBody() {
+    if (!request_.attachments.empty()) refuse("a request with attachments cannot be compressed");
+    if (request_.body.empty()) return;
+    request_.body = compressed(request_.body);
+    request_.headers.emplace_back("Content-Encoding", "gzip");
+  }
+
+  void headers() {
     const Value* given = values_.find("$headers");
-    if (!given || given->isNull()) return;
-    if (given->kind() != Value::Kind::object) {
+    if (given && given->isNull()) given = nullptr;
+    if (given && given->kind() != Value::Kind::object) {
       writer_.findings().add("$headers", "is no object");
-      return;
+      given = nullptr;
     }
+    if (!given && !security_) return;
     const Name header{space_, "Header"};
     writer_.xml().begin(header);
+    if (security_) writeSecurity(writer_.xml(), *security_, space_);
+    if (given) headersOf(message_ ? *message_ : Message(), *given);
+    writer_.xml().end(header);
+  }
+
+  void headersOf(const Message& message, const Value& given) {
     std::vector<std::string> names;
     for (const Header& one : message.headers) {
       if (!one.part) continue;
       const Name name = one.part->element.empty() ? Name{one.space, one.part->name} : one.part->element;
       names.emplace_back(name.local);
-      for (const auto& [key, value] : given->object()) {
+      for (const auto& [key, value] : given.object()) {
         if (!Content::means(key, name) && key != one.part->name) continue;
         encode(one.use, {});
         writer_.element(declared(*one.part, name), value, "$headers." + key);
       }
     }
-    for (const auto& [key, value] : given->object()) {
+    for (const auto& member : given.object()) {
+      const std::string& key = member.first;
       const bool isKnown = std::any_of(
           message.headers.begin(), message.headers.end(), [&, k = std::string_view(key)](const Header& one) {
             return one.part && (Content::means(k, one.part->element) || k == one.part->name);
@@ -172,7 +219,43 @@ class RequestMaker {
       if (!isKnown)
         writer_.findings().add("$headers." + key, "there is no such header" + suggestion(key, names));
     }
-    writer_.xml().end(header);
+  }
+
+  // Those that the service's description knows by their names, or others in a list.
+  void attachments(const Message& message) {
+    const Value* given = values_.find("$attachments");
+    if (given && given->kind() == Value::Kind::list) {
+      for (size_t i = 0; i < given->list().size(); ++i)
+        enclosure_->add(writer_.attachment({}, given->list()[i], unknownMediaType,
+                                           "$attachments[" + std::to_string(i) + ']'));
+      return;
+    }
+    if (given && given->kind() != Value::Kind::object) {
+      writer_.findings().add("$attachments", "is neither an object nor a list");
+      return;
+    }
+    std::vector<std::string> names;
+    for (const Attachment& one : message.attachments) {
+      const std::string name(one.part.name);
+      const Value* value = given ? given->find(name) : nullptr;
+      names.push_back(name);
+      if (!value) {
+        writer_.findings().add("$attachments." + name, "is missing");
+        continue;
+      }
+      const auto known = std::find_if(one.mediaTypes.begin(), one.mediaTypes.end(),
+                                      [](std::string_view type) { return type.find('*') == type.npos; });
+      enclosure_->add(writer_.attachment(typeOf(one.part), *value,
+                                         known == one.mediaTypes.end() ? unknownMediaType : *known,
+                                         "$attachments." + name),
+                      percentEncoded(name) + '=');
+    }
+    if (!given) return;
+    for (const auto& member : given->object()) {
+      if (std::find(names.begin(), names.end(), member.first) == names.end())
+        writer_.findings().add("$attachments." + member.first,
+                               "there is no such attachment" + suggestion(member.first, names));
+    }
   }
 
   void encode(std::string_view use, std::string_view style) {
@@ -231,7 +314,9 @@ class RequestMaker {
     }
     for (const auto& member : values_.object()) {
       const std::string& key = member.first;
-      if (key == "$headers" || std::find(known_.begin(), known_.end(), key) != known_.end()) continue;
+      if (key == "$headers" || (key == "$attachments" && !space_.empty()) ||
+          std::find(known_.begin(), known_.end(), key) != known_.end())
+        continue;
       writer_.findings().add(key, "there is no such part" + suggestion(key, known_));
     }
   }
@@ -329,6 +414,8 @@ class RequestMaker {
   const std::optional<Message>& message_;
   const Value& values_;
   MessageWriter writer_;
+  Enclosure* enclosure_ = nullptr;
+  const Security* security_ = nullptr;
   std::string_view space_;
   Request request_;
   std::vector<std::string> known_;
@@ -342,6 +429,12 @@ std::string messageOf(const std::vector<Finding>& findings) {
 }  // namespace
 
 std::string Request::toWire() const {
+  std::string text;
+  toWire([&text](std::string_view piece) { text += piece; });
+  return text;
+}
+
+void Request::toWire(const std::function<void(std::string_view)>& take) const {
   const size_t scheme = address.find("://") + 3;
   const size_t path = std::min(address.find_first_of("/?#", scheme), address.size());
   std::string host = address.substr(scheme, path - scheme);
@@ -350,8 +443,11 @@ std::string Request::toWire() const {
   if (!target.starts_with('/')) target.insert(0, 1, '/');
   std::string text = method + ' ' + target + " HTTP/1.1\r\nHost: " + host + "\r\n";
   for (const auto& [name, value] : headers) text += name + ": " + value + "\r\n";
-  if (method != "GET") text += "Content-Length: " + std::to_string(body.size()) + "\r\n";
-  return text + "\r\n" + body;
+  BodyReader reader(*this);
+  if (method != "GET") text += "Content-Length: " + std::to_string(reader.size()) + "\r\n";
+  take(text + "\r\n");
+  std::string piece(size_t{1} << 16, '\0');
+  while (const size_t count = reader.read(piece.data(), piece.size())) take({piece.data(), count});
 }
 
 std::string Finding::toString() const { return path.empty() ? text : path + ": " + text; }

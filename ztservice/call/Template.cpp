@@ -54,7 +54,10 @@ class TemplateWriter {
     line("{");
     ++depth_;
     if (const auto& content = options_.isAnswer ? operation.output() : operation.input()) {
-      if (port.protocol() != Protocol::http) headers(*content);
+      if (port.protocol() != Protocol::http) {
+        headers(*content);
+        attachments(*content);
+      }
       message(*content, operation.style() == "document" && port.protocol() != Protocol::http);
     }
     --depth_;
@@ -106,6 +109,23 @@ class TemplateWriter {
     line("}");
   }
 
+  void attachments(const Message& message) {
+    if (options_.isAnswer || message.attachments.empty()) return;
+    next(isFirstMember_);
+    line("\"$attachments\": {", "each a text, or {\"$file\": \"NAME\"}");
+    ++depth_;
+    bool isFirst = true;
+    for (const Attachment& one : message.attachments) {
+      next(isFirst);
+      std::string types;
+      for (const std::string_view type : one.mediaTypes)
+        types.append(types.empty() ? "" : " or ").append(type);
+      part(one.part, one.part.name, types);
+    }
+    --depth_;
+    line("}");
+  }
+
   void message(const Message& message, bool isDocument) {
     if (isDocument && message.parts.size() == 1) {
       const Part& part = message.parts[0];
@@ -127,14 +147,14 @@ class TemplateWriter {
     }
   }
 
-  void part(const Part& part, std::string_view key) {
+  void part(const Part& part, std::string_view key, const std::string& about = {}) {
     const Element* element = part.element.empty() ? nullptr : service_.element(part.element);
     Declared what;
     if (element)
       what = Declared::of(*element);
     else
       what.type = TypeReference{part.type};
-    value(quoted(key) + ": ", what, "");
+    value(quoted(key) + ": ", what, about);
   }
 
   // A value behind its key.

@@ -1,5 +1,7 @@
 #include "ztservice/load/Connection.h"
 
+#include <utility>
+
 #include "tovinCore/Utf8.h"
 #include "tovinCore/platform/Environment.h"
 
@@ -34,16 +36,32 @@ Connection::Connection(std::chrono::milliseconds connecting, std::chrono::millis
   if (!file.empty()) set(CURLOPT_CAINFO, file.c_str());
 }
 
-long Connection::perform(const std::string& address, uint64_t room) {
+void Connection::begin(const std::string& address, uint64_t room, std::function<Taker()> take) {
   body_.clear();
+  chooseTaker_ = std::move(take);
+  taker_ = nullptr;
+  hasBegun_ = false;
+  thrown_ = nullptr;
   room_ = room;
   isTooLong_ = false;
   reason_[0] = '\0';
   set(CURLOPT_URL, address.c_str());
-  code_ = curl_easy_perform(easy_.get());
+}
+
+long Connection::end(CURLcode code) {
+  code_ = code;
+  chooseTaker_ = nullptr;
+  taker_ = nullptr;
+  if (thrown_) std::rethrow_exception(std::exchange(thrown_, nullptr));
   long status = 0;
   curl_easy_getinfo(easy_.get(), CURLINFO_RESPONSE_CODE, &status);
   return code_ == CURLE_OK ? status : 0;
+}
+
+void Connection::quieten() noexcept {
+  curl_easy_setopt(easy_.get(), CURLOPT_VERBOSE, 0L);
+  curl_easy_setopt(easy_.get(), CURLOPT_NOPROGRESS, 1L);
+  curl_easy_setopt(easy_.get(), CURLOPT_HTTPHEADER, nullptr);
 }
 
 std::string Connection::failure() const { return reason_[0] ? reason_ : curl_easy_strerror(code_); }
@@ -63,15 +81,25 @@ std::string Connection::contentType() const {
 size_t Connection::onBody(char* bytes, size_t one, size_t count, void* data) {
   Connection& self = *static_cast<Connection*>(data);
   const size_t length = one * count;
-  self.isTooLong_ = length > self.room_ - self.body_.size();
-  if (self.isTooLong_) return 0;
   // No exception may pass through curl.
   try {
-    self.body_.append(bytes, length);
+    return self.takeBody({bytes, length}) ? length : 0;
   } catch (...) {
+    self.keepException();
     return 0;
   }
-  return length;
+}
+
+bool Connection::takeBody(std::string_view bytes) {
+  if (!hasBegun_ && chooseTaker_) taker_ = chooseTaker_();
+  hasBegun_ = true;
+  if (taker_) {
+    taker_(bytes);
+    return true;
+  }
+  isTooLong_ = bytes.size() > room_ - body_.size();
+  if (!isTooLong_) body_ += bytes;
+  return !isTooLong_;
 }
 
 }  // namespace ztservice::parse

@@ -4,9 +4,12 @@
 
 #include <chrono>
 #include <cstdint>
+#include <exception>
+#include <functional>
 #include <memory>
 #include <new>
 #include <string>
+#include <string_view>
 
 namespace ztservice::parse {
 
@@ -26,8 +29,20 @@ class Connection {
     if (curl_easy_setopt(easy_.get(), option, value) != CURLE_OK) throw std::bad_alloc();
   }
 
-  // The status; 0 where there is none.
-  long perform(const std::string& address, uint64_t room);
+  // Takes a body where it does not go into memory; what it throws ends the transfer, and is thrown again.
+  using Taker = std::function<void(std::string_view)>;
+
+  // Sets it up for a transfer. \param take asked when the body begins; none for memory.
+  void begin(const std::string& address, uint64_t room, std::function<Taker()> take = {});
+  // What came of the transfer: the status, 0 where there is none.
+  long end(CURLcode code);
+  // The transfer that was begun, to its end.
+  long perform() { return end(curl_easy_perform(easy_.get())); }
+  CURL* handle() noexcept { return easy_.get(); }
+  // Calls nothing any more that was set for one transfer, and forgets its headers.
+  void quieten() noexcept;
+  // Keeps what a callback throws, for perform() to throw.
+  void keepException() noexcept { thrown_ = std::current_exception(); }
 
   std::string& body() noexcept { return body_; }
   bool isTooLong() const noexcept { return isTooLong_; }
@@ -38,10 +53,15 @@ class Connection {
   std::string contentType() const;
 
  private:
+  bool takeBody(std::string_view bytes);
   static size_t onBody(char* bytes, size_t one, size_t count, void* data);
 
   std::unique_ptr<CURL, decltype(&curl_easy_cleanup)> easy_;
   std::string body_;
+  std::function<Taker()> chooseTaker_;
+  Taker taker_;
+  bool hasBegun_ = false;
+  std::exception_ptr thrown_;
   uint64_t room_ = 0;
   bool isTooLong_ = false;
   CURLcode code_ = CURLE_OK;

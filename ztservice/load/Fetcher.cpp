@@ -30,7 +30,8 @@ long Fetcher::request(const std::string& address, uint64_t room) {
   connection_->set(CURLOPT_HTTPAUTH, CURLAUTH_BASIC | CURLAUTH_DIGEST);
   connection_->set(CURLOPT_NETRC, options_.netrc ? static_cast<long>(CURL_NETRC_OPTIONAL)
                                                  : static_cast<long>(CURL_NETRC_IGNORED));
-  return connection_->perform(address, room);
+  connection_->begin(address, room);
+  return connection_->perform();
 }
 
 Fetcher::Answer Fetcher::fetch(const std::string& address) {

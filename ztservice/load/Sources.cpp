@@ -9,36 +9,12 @@
 #include "ztservice/load/Catalog.h"
 #include "ztservice/load/Fetcher.h"
 #include "ztservice/load/Location.h"
+#include "ztservice/load/OpenFile.h"
 #include "ztservice/load/WellKnown.h"
 
 namespace platform = tovin::platform;
 
 namespace ztservice::parse {
-
-namespace {
-
-[[noreturn]] void failFor(const std::string& path) {
-  const std::string reason = tovin::wideToUtf8(platform::lastFailure());
-  throw Error({path}, reason.empty() ? "cannot be read" : reason);
-}
-
-// A file that is closed whatever happens.
-class OpenFile {
- public:
-  explicit OpenFile(const std::string& path)
-      : handle_(platform::openFile(platform::fileName(path).c_str(), platform::OpenMode::readRegular)) {
-    if (handle_ == -1) failFor(path);
-  }
-  OpenFile(const OpenFile&) = delete;
-  OpenFile& operator=(const OpenFile&) = delete;
-  ~OpenFile() { platform::closeFile(handle_); }
-  intptr_t handle() const noexcept { return handle_; }
-
- private:
-  intptr_t handle_;
-};
-
-}  // namespace
 
 Sources::Sources(const Options& options)
     : options_(options),
@@ -58,24 +34,14 @@ Sources::Bytes Sources::read(const std::string& location) {
 
 std::string Sources::readFile(const std::string& path) const {
   if (const auto known = wellKnown(path)) return std::string(*known);
-  std::string bytes;
   if (options_.readFile) {
+    std::string bytes;
     if (!options_.readFile(path, bytes)) throw Error({path}, bytes);
     return bytes;
   }
-  const OpenFile file(path);
-  // One more than the file has, so that its end is met at once.
-  const int64_t length = platform::fileLength(file.handle());
-  const size_t piece = static_cast<size_t>(std::clamp<int64_t>(length + 1, 1 << 12, 1 << 20));
-  while (true) {
-    const size_t before = bytes.size();
-    if (before > options_.limits.fileBytes) throw Error({path}, "larger than a document may be");
-    bytes.resize(before + piece);
-    const int64_t got = platform::readFile(file.handle(), bytes.data() + before, piece);
-    if (got < 0) failFor(path);
-    bytes.resize(before + static_cast<size_t>(got));
-    if (got == 0) return bytes;
-  }
+  std::string bytes = bytesOf(path, options_.limits.fileBytes);
+  if (bytes.size() > options_.limits.fileBytes) throw Error({path}, "larger than a document may be");
+  return bytes;
 }
 
 std::optional<std::string> Sources::copyOf(const std::string& written, const std::string& resolved) {
