@@ -136,6 +136,7 @@ int show(const Answer& answer, const std::string& body, const Options& options) 
     messages::error(callAnswer::faultText(*answer.fault));
     if (!answer.fault->detail.isNull())
       messages::error("detail: " + callAnswer::toLine(answer.fault->detail));
+    if (!answer.headers.isNull()) messages::error("headers: " + callAnswer::toLine(answer.headers));
     return commands::negative;
   }
   if (options.output == "table") callAnswer::writeTable(answer, std::cout);
@@ -201,6 +202,7 @@ Outcome outcomeOf(const Answer& answer) {
   fault["$fault"]["code"] = answer.fault->code;
   fault["$fault"]["reason"] = answer.fault->reason;
   if (!answer.fault->detail.isNull()) fault["$fault"]["detail"] = answer.fault->detail;
+  if (!answer.headers.isNull()) fault["$headers"] = answer.headers;
   return {callAnswer::toLine(fault), commands::negative, answer.warnings};
 }
 

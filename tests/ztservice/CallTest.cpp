@@ -270,6 +270,9 @@ TEST(Answers, AreValuesByTheirTypes) {
   strict.isStrict = true;
   EXPECT_EQ(receipt("<t:line/>", strict), "error: number is missing");
   EXPECT_EQ(receipt("<t:number>1</t:number><t:x/>", strict), "error: x: there is no such member");
+  EXPECT_EQ(
+      receipt("<t:number>1</t:number><t:paid xsi:nil='1'/><t:order><t:colour xsi:nil='true'/></t:order>"),
+      R"({"number":1,"paid":null,"order":{"colour":null}}; paid: is nil, but cannot be)");
   EXPECT_EQ(answered(target("send", ""), envelope("<t:receipt><t:number>1</t:number></t:receipt>",
                                                   "<s:Header><t:session>s</t:session></s:Header>")),
             R"({"session":"s"}{"number":1})");

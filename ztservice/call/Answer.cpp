@@ -20,6 +20,7 @@ class AnswerReader : private AnswerValues {
 
   void read(const Port& port, const Operation& operation, const std::optional<Message>& message) {
     const Element& root = tree_.root();
+    isEncoded_ = message && message->use == "encoded";
     if (port.protocol() == Protocol::http) {
       http(root, message);
       return;

@@ -19,6 +19,11 @@ bool isMark(const Name& name) {
   return name.space == instanceSpace || isEncoding(name.space) || isEnvelope(name.space);
 }
 
+bool isNilElement(const AnswerTree::Element& element) {
+  const std::string_view* nil = element.attribute(nilName);
+  return nil && (*nil == "true" || *nil == "1");
+}
+
 }  // namespace
 
 void AnswerValues::fail(const std::string& text) const {
@@ -143,9 +148,7 @@ Value AnswerValues::valueOf(const Element& element, const Type* declared, bool m
     isOther = type != declared && declared && !schema::isAnyType(*declared) && !type->name.empty() &&
               type->kind == Type::Kind::complex;
   }
-  if (const std::string_view* nil = element.attribute(nilName)) {
-    if (*nil == "true" || *nil == "1") return nilOf(element, type);
-  }
+  if (isNilElement(element)) return nilOf(element, type);
   if (!type || !type->error.empty() || schema::isAnyType(*type)) return generic(element);
   if (SimpleValues::isSimple(*type)) return scalar(*type, element);
   if (type->kind == Type::Kind::array) return array(*type, element);
@@ -366,6 +369,10 @@ void AnswerValues::member(const Type& type, const Element& child, size_t& next, 
                                         : found->isReference ? service_.element(found->name)
                                                              : nullptr;
     const Type* of = simple_.typeOf(element ? element->type : found->type);
+    if (isNilElement(child) && !isEncoded_ && !(element ? element->nillable : found->nillable)) {
+      const Step step(*this, child.name.local);
+      doubt("is nil, but cannot be");
+    }
     add(out, child.name.local, child, of, mayRepeat && found->max > 1);
     return;
   }

@@ -100,6 +100,8 @@ class AnswerValues {
   const AnswerTree& tree_;
   const AnswerOptions& options_;
   Answer& answer_;
+  // Of a SOAP encoding, where everything may be nil.
+  bool isEncoded_ = false;
 
  private:
   std::span<const MimePart> parts_;
