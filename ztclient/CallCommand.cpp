@@ -11,7 +11,6 @@
 #include "tovinCore/Exception.h"
 #include "tovinCore/Utf8.h"
 #include "ztclient/Commands.h"
-#include "ztclient/answers/AttachmentFiles.h"
 #include "ztclient/answers/CallAnswer.h"
 #include "ztclient/answers/ServiceText.h"
 #include "ztclient/arguments/Address.h"
@@ -24,6 +23,7 @@
 #include "ztclient/terminal/Escaping.h"
 #include "ztclient/terminal/Messages.h"
 #include "ztclient/terminal/ProgressBar.h"
+#include "ztservice/call/AttachmentFiles.h"
 #include "ztservice/call/Calls.h"
 #include "ztservice/call/Client.h"
 #include "ztservice/call/Request.h"
@@ -314,7 +314,7 @@ int run(Options& options) {
     list(service);
     return commands::done;
   }
-  std::optional<AttachmentFiles> files;
+  std::optional<ztservice::call::AttachmentFiles> files;
   if (!options.attachmentFolder.empty()) {
     files.emplace(options.attachmentFolder);
     options.client.fileFor = [&files](const ztservice::call::MimePart& part) { return files->nameFor(part); };

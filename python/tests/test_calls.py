@@ -1,7 +1,10 @@
 from __future__ import annotations
 
+import base64
 import datetime
 import decimal
+import email
+import http.server
 import os
 import pickle
 import subprocess
@@ -75,6 +78,49 @@ def test_answers_and_faults(shop, server):
     assert fault.value.code == "Client" and "pattern" in fault.value.fault_reason
     with pytest.raises(zt.ServiceError):
         shop.caller(address="http://127.0.0.1:1/", timeout=5).call("send")
+
+
+PARTS = b"""--b\r\n\r\n<s:Envelope xmlns:s='http://schemas.xmlsoap.org/soap/envelope/'><s:Body><p:picture xmlns:p='urn:pictures'>
+<p:bytes><x:Include xmlns:x='http://www.w3.org/2004/08/xop/include' href='cid:1'/></p:bytes></p:picture></s:Body></s:Envelope>
+--b\r\nContent-ID: <1>\r\n\r\nbytes\r\n--b\r\nContent-ID: <2>\r\nContent-Type: a/b; name="../x"\r\n\r\nmore\r\n--b--"""
+
+
+def test_files_go_and_come_beside_messages(tmp_path):
+    pictures = zt.load_service(DATA / "call" / "pictures.wsdl")
+    file = tmp_path / "picture"
+    file.write_bytes(b"\xff" * 2000)
+    inside = pictures.request("keep", {"bytes": [file]})
+    assert base64.b64encode(file.read_bytes()) in inside and inside == pictures.request("keep", bytes=[file.read_bytes()])
+    with pytest.raises(ValueError):
+        pictures.request("keep", bytes=[{"$file": str(file)}])
+    requests = []
+
+    class Handler(http.server.BaseHTTPRequestHandler):
+        def log_message(self, *arguments):
+            pass
+
+        def do_POST(self):
+            requests.append((self.headers["Content-Type"], self.rfile.read(int(self.headers["Content-Length"]))))
+            self.send_response(200)
+            self.send_header("Content-Type", "multipart/related; boundary=b")
+            self.send_header("Content-Length", str(len(PARTS)))
+            self.end_headers()
+            self.wfile.write(PARTS)
+
+    with http.server.HTTPServer(("127.0.0.1", 0), Handler) as server:
+        threading.Thread(target=server.serve_forever, daemon=True).start()
+        address = f"http://127.0.0.1:{server.server_port}/"
+        answer = pictures.caller(address=address, mtom=True, wsse=("ada", "secret")).keep(bytes=[{"$file": file, "$mediaType": "image/x"}])
+        saving = pictures.caller(address=address, save_attachments=tmp_path / "saved").keep()
+        server.shutdown()
+    assert answer == {"bytes": [base64.b64encode(b"bytes").decode()]}
+    assert answer.attachments == [{"id": "2", "part": "", "name": "../x", "media_type": 'a/b; name="../x"', "content": b"more"}]
+    message = email.message_from_bytes(b"Content-Type: " + requests[0][0].encode() + b"\r\n\r\n" + requests[0][1])
+    root, picture = message.get_payload()
+    assert picture.get_content_type() == "image/x" and picture.get_payload(decode=True) == file.read_bytes()
+    assert b"secret" not in root.get_payload(decode=True) and b">ada<" in root.get_payload(decode=True)
+    assert open(saving["bytes"][0]["$file"], "rb").read() == b"bytes"
+    assert open(saving.attachments[0]["file"], "rb").read() == b"more" and (tmp_path / "saved" / "x").exists()
 
 
 def test_several_threads_call_at_once(shop, server):

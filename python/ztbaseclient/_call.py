@@ -51,10 +51,14 @@ class Answer(dict[str, Any]):
     headers : dict or None
     warnings : list of str
         What the types do not foresee.
+    attachments : list of dict
+        What came beside the answer and no value is made of: "id", "part", "name", "media_type", and "content" or
+        "file".
     """
 
     headers: Optional[dict[str, Any]] = None
     warnings: list[str] = []
+    attachments: list[dict[str, Any]] = []
 
 
 class Caller:
@@ -81,6 +85,18 @@ class Caller:
         How often a connection is tried again that cannot be made.
     strict : bool
         Whether an answer that is not as the types want it is an error.
+    mtom : bool
+        Whether files and larger binary values go beside the message.
+    gzip : bool
+        Whether requests go compressed.
+    wsse : tuple of str, optional
+        User and password in the message (WS-Security), the password as a digest.
+    wsse_text : bool
+        Whether the password goes as it is.
+    wsse_seconds : int
+        How long a message is good for; 0 says nothing of it.
+    save_attachments : path, optional
+        A folder for what comes beside answers.
     """
 
     def __init__(
@@ -96,6 +112,12 @@ class Caller:
         headers: Optional[dict[str, str]] = None,
         retries: int = 0,
         strict: bool = False,
+        mtom: bool = False,
+        gzip: bool = False,
+        wsse: Optional[tuple[str, str]] = None,
+        wsse_text: bool = False,
+        wsse_seconds: int = 0,
+        save_attachments: Union[None, str, "_os.PathLike[str]"] = None,
     ) -> None:
         self._model = service._model
         self._address = address
@@ -105,7 +127,11 @@ class Caller:
             if any(ord(c) < 32 for c in name + value) or ":" in name or not name:
                 raise ValueError(f"{name!r} is no header")
         trusted = "" if authorities is None else _os.fsdecode(authorities)
-        self._client = _core.Client(self._model, float(timeout), user, bearer, trusted, int(retries), bool(strict))
+        security = None if wsse is None else (*wsse, bool(wsse_text), int(wsse_seconds))
+        folder = "" if save_attachments is None else _os.fsdecode(save_attachments)
+        self._client = _core.Client(
+            self._model, float(timeout), user, bearer, trusted, int(retries), bool(strict), bool(mtom), bool(gzip), security, folder
+        )
 
     def call(self, operation: str, values: Optional[dict[str, Any]] = None, /, *, check: bool = True, **fields: Any) -> Answer:
         """Makes a request, checks it by its types, sends it, and reads the answer.
@@ -137,7 +163,7 @@ class Caller:
             There is no answer, or none of SOAP.
         """
         whole = {**(values or {}), **fields}
-        given, headers, fault, warnings = self._client.call(
+        given, headers, fault, warnings, attachments = self._client.call(
             self._model, operation, self._port, whole, self._address, check, self._headers
         )
         if fault is not None:
@@ -145,6 +171,7 @@ class Caller:
         answer = Answer(given if isinstance(given, dict) else {"$": given})
         answer.headers = headers
         answer.warnings = warnings
+        answer.attachments = attachments
         return answer
 
     def __getattr__(self, operation: str) -> Any:

@@ -5,9 +5,9 @@
 
 #include "tests/support/TempFolder.h"
 #include "tovinCore/Utf8.h"
-#include "ztclient/answers/AttachmentFiles.h"
 #include "ztclient/answers/CallAnswer.h"
 #include "ztclient/input/JsonValue.h"
+#include "ztservice/call/AttachmentFiles.h"
 #include "ztservice/call/MultipartReader.h"
 
 using namespace ztservice::call;

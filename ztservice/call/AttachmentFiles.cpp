@@ -1,15 +1,17 @@
-#include "ztclient/answers/AttachmentFiles.h"
+#include "ztservice/call/AttachmentFiles.h"
 
 #include <algorithm>
 #include <cstdint>
 #include <filesystem>
 #include <string_view>
 
-#include "tovinCore/Exception.h"
 #include "tovinCore/Units.h"
 #include "tovinCore/Utf8.h"
 #include "tovinCore/platform/Paths.h"
 #include "tovinCore/platform/WholeFile.h"
+#include "ztservice/Error.h"
+
+namespace ztservice::call {
 
 namespace {
 
@@ -36,7 +38,7 @@ AttachmentFiles::AttachmentFiles(std::string folder) : folder_(std::move(folder)
   std::error_code error;
   std::filesystem::create_directories(platform::pathOf(folder_), error);
   if (error || !std::filesystem::is_directory(platform::pathOf(folder_), error))
-    throw tovin::Exception(L"Unable to make the folder %ls", tovin::utf8ToWide(folder_).c_str());
+    throw Error({folder_}, "is no folder, and cannot be made one");
 }
 
 std::string AttachmentFiles::cleaned(const std::string& name) {
@@ -54,7 +56,7 @@ std::string AttachmentFiles::cleaned(const std::string& name) {
   return isDevice(out) ? '_' + out : out;
 }
 
-std::string AttachmentFiles::nameFor(const ztservice::call::MimePart& part) {
+std::string AttachmentFiles::nameFor(const MimePart& part) {
   std::string name = cleaned(part.fileName);
   if (name.empty()) name = cleaned(part.id);
   if (name.empty()) name = "attachment";
@@ -67,3 +69,5 @@ std::string AttachmentFiles::nameFor(const ztservice::call::MimePart& part) {
     return file;
   }
 }
+
+}  // namespace ztservice::call
