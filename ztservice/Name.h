@@ -16,6 +16,8 @@ struct Name {
   bool empty() const noexcept { return local.empty(); }
   /// By namespace, then local name, by code points: the order of bytes in UTF-8.
   auto operator<=>(const Name&) const = default;
+  // Local names differ sooner.
+  bool operator==(const Name& other) const noexcept { return local == other.local && space == other.space; }
 };
 
 struct NameHash {

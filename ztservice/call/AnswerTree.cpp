@@ -1,15 +1,19 @@
 #include "ztservice/call/AnswerTree.h"
 
 #include <algorithm>
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <unordered_set>
 
 #include "ztservice/load/Expat.h"
+#include "ztservice/schema/Builtins.h"
 
 namespace ztservice::call {
 
 namespace {
 
 constexpr size_t mostNamespaces = 100'000;  // declared, with those that are declared again
-constexpr char separator = '\n';            // in no namespace and no name
 
 bool isBlank(std::string_view text) { return text.find_first_not_of(" \t\r\n") == std::string_view::npos; }
 
@@ -34,14 +38,23 @@ bool AnswerTree::Element::isWhiteSpace() const {
 }
 
 struct AnswerTree::Reader {
+  // A name as it is written, and what it means inside a scope.
+  struct Resolved {
+    std::string_view written;
+    size_t scope = 0;
+    bool isAttribute = false;
+    Name name;
+  };
+
   AnswerTree& tree;
   const AnswerLimits& limits;
-  parse::Expat expat{XML_ParserCreateNS(nullptr, separator)};
+  // Namespaces are resolved here, and once for the names that come again and again.
+  parse::Expat expat{XML_ParserCreate(nullptr)};
+  std::array<Resolved, 64> names;
   std::vector<Element*> open;
   size_t scope = 0;
   // Of each open element the scope around it.
   std::vector<size_t> outerScopes;
-  size_t newDeclarations = 0;
 
   explicit Reader(AnswerTree& into, const AnswerLimits& given) : tree(into), limits(given) {
     XML_SetUserData(expat.get(), this);
@@ -58,11 +71,6 @@ struct AnswerTree::Reader {
         reader.characters({text, static_cast<size_t>(length)});
       });
     });
-    XML_SetStartNamespaceDeclHandler(
-        expat.get(), [](void* self, const XML_Char* prefix, const XML_Char* space) {
-          static_cast<Reader*>(self)->guarded(
-              [&](Reader& reader) { reader.declare(prefix ? prefix : "", space ? space : ""); });
-        });
     XML_SetStartDoctypeDeclHandler(
         expat.get(), [](void* self, const XML_Char*, const XML_Char*, const XML_Char*, int) {
           static_cast<Reader*>(self)->guarded(
@@ -79,44 +87,84 @@ struct AnswerTree::Reader {
     throw Error({tree.what_, expat.line(), expat.column()}, text);
   }
 
-  std::string_view keep(std::string_view text) {
-    const auto [found, isNew] = tree.texts_.try_emplace(std::string(text));
-    if (isNew) found->second = std::make_unique<std::string>(text);
-    return *found->second;
+  std::string_view keep(std::string_view text) { return tree.texts_.emplace_back(text); }
+
+  Name nameOf(std::string_view written, bool isAttribute) {
+    uint32_t hash = isAttribute;
+    for (const char c : written) hash = hash * 31 + static_cast<unsigned char>(c);
+    Resolved& known = names[hash % names.size()];
+    if (known.written != written || known.scope != scope || known.isAttribute != isAttribute) {
+      const std::string_view kept = known.written == written ? known.written : keep(written);
+      known = {kept, scope, isAttribute, resolve(kept, isAttribute)};
+    }
+    return known.name;
   }
 
-  Name nameOf(std::string_view text) {
-    const size_t at = text.find(separator);
-    if (at == text.npos) return {{}, keep(text)};
-    return {keep(text.substr(0, at)), keep(text.substr(at + 1))};
+  // Namespaces in XML 1.0: an attribute without a prefix is in none.
+  Name resolve(std::string_view written, bool isAttribute) const {
+    const size_t colon = written.find(':');
+    if (colon == written.npos && isAttribute) return {{}, written};
+    const std::string_view prefix = colon == written.npos ? "" : written.substr(0, colon);
+    const std::string_view local = colon == written.npos ? written : written.substr(colon + 1);
+    if (prefix == "xml") return {schema::xmlNamespace, local};
+    for (size_t at = scope; at > 0; at = tree.declarations_[at - 1].outer) {
+      if (tree.declarations_[at - 1].prefix == prefix) return {tree.declarations_[at - 1].space, local};
+    }
+    if (colon != written.npos) fail("unbound prefix");
+    return {{}, local};
   }
 
   void declare(std::string_view prefix, std::string_view space) {
     if (tree.declarations_.size() >= mostNamespaces) fail("too many namespaces");
-    if (newDeclarations++ == 0) outerScopes.push_back(scope);
+    if (prefix == "xmlns" || (prefix == "xml") != (space == schema::xmlNamespace))
+      fail("reserved prefix must not be declared or undeclared");
+    if (!prefix.empty() && space.empty()) fail("must not undeclare prefix");
     tree.declarations_.push_back({std::string(prefix), std::string(space), scope});
     scope = tree.declarations_.size();
+  }
+
+  static bool isDeclaration(std::string_view written) {
+    return written.starts_with("xmlns") && (written.size() == 5 || written[5] == ':');
   }
 
   void begin(const XML_Char* name, const XML_Char** attributes) {
     if (open.size() >= limits.depth) fail("more than " + std::to_string(limits.depth) + " elements deep");
     if (tree.elements_.size() == limits.elements)
       fail("more than " + std::to_string(limits.elements) + " elements");
-    if (newDeclarations == 0) outerScopes.push_back(scope);
-    newDeclarations = 0;
+    outerScopes.push_back(scope);
+    for (const XML_Char** one = attributes; *one; one += 2) {
+      const std::string_view written(one[0]);
+      if (isDeclaration(written)) declare(written.substr(std::min<size_t>(6, written.size())), one[1]);
+    }
     Element& element = tree.elements_.emplace_back();
-    element.name = nameOf(name);
+    element.name = nameOf(name, false);
     element.scope = scope;
     for (; *attributes; attributes += 2) {
-      element.attributes.push_back({nameOf(attributes[0]), keep(attributes[1])});
+      if (isDeclaration(attributes[0])) continue;
+      element.attributes.push_back({nameOf(attributes[0], true), keep(attributes[1])});
       const Attribute& added = element.attributes.back();
       if (added.name.local == "id") tree.ids_.emplace(added.value, &element);
     }
+    if (element.attributes.size() > 1) refuseEqual(element.attributes);
     if (!open.empty()) {
       open.back()->children.push_back(&element);
       open.back()->textBehind.emplace_back();
     }
     open.push_back(&element);
+  }
+
+  // Different prefixes may mean one namespace.
+  void refuseEqual(const std::vector<Attribute>& attributes) const {
+    constexpr size_t few = 8;
+    std::unordered_set<Name, NameHash> seen;
+    for (size_t i = 0; i < attributes.size(); ++i) {
+      const bool isSecond =
+          attributes.size() > few
+              ? !seen.insert(attributes[i].name).second
+              : std::any_of(attributes.begin(), attributes.begin() + static_cast<ptrdiff_t>(i),
+                            [&](const Attribute& one) { return one.name == attributes[i].name; });
+      if (isSecond) fail("duplicate attribute");
+    }
   }
 
   void end() {

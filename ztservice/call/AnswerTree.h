@@ -1,7 +1,6 @@
 #pragma once
 
 #include <deque>
-#include <memory>
 #include <string>
 #include <string_view>
 #include <unordered_map>
@@ -58,9 +57,10 @@ class AnswerTree {
   const char* what_;
   // In document order, the root first: given up one by one, however deep they are inside each other.
   std::deque<Element> elements_;
-  // What has come so far of names and values; never moved.
-  std::unordered_map<std::string, std::unique_ptr<std::string>> texts_;
-  std::vector<Declaration> declarations_;
+  // Names and values of attributes; never moved.
+  std::deque<std::string> texts_;
+  // Never moved: names are views of them.
+  std::deque<Declaration> declarations_;
   std::unordered_map<std::string_view, const Element*> ids_;
 };
 

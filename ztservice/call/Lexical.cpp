@@ -390,6 +390,8 @@ std::string normalized(std::string_view text, std::string_view whiteSpace) {
   std::string out;
   const bool collapses = whiteSpace == "collapse";
   if (!collapses && whiteSpace != "replace") return std::string(text);
+  // Most texts have none.
+  if (std::none_of(text.begin(), text.end(), isSpace)) return std::string(text);
   for (const char c : text) {
     if (!isSpace(c))
       out += c;

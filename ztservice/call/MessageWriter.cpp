@@ -1,6 +1,8 @@
 #include "ztservice/call/MessageWriter.h"
 
 #include <algorithm>
+#include <array>
+#include <set>
 
 #include "ztservice/call/Nearest.h"
 #include "ztservice/call/ValueFacts.h"
@@ -287,8 +289,64 @@ void MessageWriter::complex(const Type& type, const Value& value) {
     xml_.text(plainText(*text));
   else if (text)
     complain("has no text: \"$\" is too much");
+  if (sequence(type, value)) return;
   const Content content(service_, type, value, path_, findings_);
   for (const Placed& placed : content.placed()) place(placed);
+}
+
+namespace {
+
+constexpr size_t mostPlainMembers = 64;
+
+}  // namespace
+
+// Members that come one behind the other, each under a name of its own.
+bool MessageWriter::isPlainSequence(const Type& type) {
+  const auto [found, isNew] = plainSequences_.try_emplace(&type, false);
+  if (!isNew) return found->second;
+  std::set<std::string_view> names;
+  const bool isPlain = std::all_of(type.members.begin(), type.members.end(), [&names](const Member& one) {
+    return !one.any && !one.isReference && one.choice.empty() && one.group == 0 && one.error.empty() &&
+           names.insert(one.name.local).second;
+  });
+  found->second = isPlain && type.members.size() <= mostPlainMembers && !schema::isAnyType(type);
+  return found->second;
+}
+
+// Most values have what their type wants and nothing else, so that there is nothing to choose, to fill in or
+// to complain of. False, and nothing written, for any other.
+bool MessageWriter::sequence(const Type& type, const Value& value) {
+  if (!isPlainSequence(type)) return false;
+  const std::vector<Member>& members = type.members;
+  std::array<const std::pair<std::string, Value>*, mostPlainMembers> given{};
+  size_t next = 0;
+  for (const auto& one : value.object()) {
+    const std::string& key = one.first;
+    if (key.starts_with('@') || (key.starts_with('$') && key != "$any")) continue;
+    size_t tried = 0;
+    for (; tried < members.size() && members[next].name.local != key; ++tried)
+      next = next + 1 < members.size() ? next + 1 : 0;
+    if (tried == members.size() || given[next]) return false;
+    const uint64_t count = isList(one.second) ? one.second.list().size() : 1;
+    if (isList(one.second) && members[next].max == 1) return false;
+    if (count < members[next].min || count > members[next].max) return false;
+    given[next] = &one;
+  }
+  for (size_t i = 0; i < members.size(); ++i) {
+    if (!given[i] && members[i].min > 0) return false;
+  }
+  for (size_t i = 0; i < members.size(); ++i) {
+    if (!given[i]) continue;
+    const Declared what = Declared::of(members[i], service_);
+    const Value& one = given[i]->second;
+    if (!isList(one)) {
+      element(what, one, given[i]->first);
+      continue;
+    }
+    for (size_t k = 0; k < one.list().size(); ++k)
+      element(what, one.list()[k], given[i]->first + '[' + std::to_string(k) + ']');
+  }
+  return true;
 }
 
 void MessageWriter::simpleContent(const Type& type, const Value& value) {

@@ -2,6 +2,7 @@
 
 #include <optional>
 #include <string>
+#include <unordered_map>
 #include <vector>
 
 #include "ztservice/Service.h"
@@ -73,6 +74,8 @@ class MessageWriter {
   void leftOver(const Type& type, const Value& value);
   void inside(const Declared& what, const Type* type, const Value& value);
   void complex(const Type& type, const Value& value);
+  bool sequence(const Type& type, const Value& value);
+  bool isPlainSequence(const Type& type);
   void simpleContent(const Type& type, const Value& value);
   void mixed(const Type& type, const Value& value);
   void place(const Placed& placed);
@@ -98,6 +101,7 @@ class MessageWriter {
   Findings findings_;
   std::string_view encoding_;
   Enclosure* enclosure_ = nullptr;
+  std::unordered_map<const Type*, bool> plainSequences_;
   std::string path_;
   size_t depth_ = 0;
 };
@@ -111,7 +115,7 @@ class MessageWriter::Step {
     ++writer.depth_;
   }
   ~Step() {
-    while (writer_.path_.size() > length_) writer_.path_.pop_back();
+    writer_.path_.resize(length_);
     --writer_.depth_;
   }
   Step(const Step&) = delete;

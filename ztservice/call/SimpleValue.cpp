@@ -83,9 +83,29 @@ std::string_view nameOf(const Type& type) { return type.name.empty() ? type.prim
 
 }  // namespace
 
-const Type* SimpleValues::typeOf(const TypeReference& reference) const {
+const Type* SimpleValues::typeOf(const TypeReference& reference) {
   if (reference.anonymous) return reference.anonymous;
-  return reference.name.empty() ? nullptr : service_.type(reference.name);
+  if (reference.name.empty()) return nullptr;
+  const char* const local = reference.name.local.data();
+  const char* const space = reference.name.space.data();
+  Known& known = known_[reinterpret_cast<uintptr_t>(local) / alignof(std::max_align_t) % known_.size()];
+  if (known.local != local || known.space != space || !known.type)
+    known = {local, space, service_.type(reference.name)};
+  return known.type;
+}
+
+const SimpleValues::Facts& SimpleValues::factsOf(const Type& type) {
+  const auto [found, isNew] = facts_.try_emplace(&type);
+  Facts& facts = found->second;
+  if (!isNew) return facts;
+  facts.line = lineOf(type);
+  facts.whiteSpace = whiteSpaceOf(facts.line);
+  facts.hasFacets = std::any_of(facts.line.begin(), facts.line.end(), [](const Type* step) {
+    return !step->facets.empty() || !step->values.empty();
+  });
+  facts.isAnyText = !facts.hasFacets && type.variety == Type::Variety::atomic && type.primitive == "string" &&
+                    facts.line.back()->name.local == "string";
+  return facts;
 }
 
 bool SimpleValues::isSimple(const Type& type) {
@@ -103,15 +123,15 @@ std::vector<const Type*> SimpleValues::lineOf(const Type& type) const {
   return line;
 }
 
-std::string SimpleValues::whiteSpaceOf(const std::vector<const Type*>& line) const {
+std::string_view SimpleValues::whiteSpaceOf(const std::vector<const Type*>& line) {
   for (const Type* step : line) {
     if (step->variety == Type::Variety::list) return "collapse";
     for (const Facet& facet : step->facets) {
-      if (facet.name == "whiteSpace") return std::string(facet.value);
+      if (facet.name == "whiteSpace") return facet.value;
     }
   }
   const Type& last = *line.back();
-  return std::string(lexical::whiteSpaceOf(last.name.local, last.primitive));
+  return lexical::whiteSpaceOf(last.name.local, last.primitive);
 }
 
 const Pattern* SimpleValues::pattern(std::string_view expression) {
@@ -124,8 +144,10 @@ std::string SimpleValues::faultOf(const Type& type, std::string_view text) { ret
 
 std::string SimpleValues::faultOf(const Type& type, std::string_view text, size_t depth) {
   if (!type.error.empty() || depth > deepest) return {};
-  const std::vector<const Type*> line = lineOf(type);
-  const std::string value = lexical::normalized(text, whiteSpaceOf(line));
+  const Facts& facts = factsOf(type);
+  if (facts.isAnyText) return {};
+  const std::vector<const Type*>& line = facts.line;
+  const std::string value = lexical::normalized(text, facts.whiteSpace);
   if (type.variety == Type::Variety::unionOf) {
     std::string fault = faultInUnion(type, text, depth);
     if (!fault.empty()) return fault;
@@ -147,6 +169,7 @@ std::string SimpleValues::faultOf(const Type& type, std::string_view text, size_
       return shown(value) + " is no " + std::string(nameOf(last));
     }
   }
+  if (!facts.hasFacets) return {};
   for (const Type* step : line) {
     std::string fault = faultOfFacets(*step, type, value);
     if (!fault.empty()) return fault;
@@ -192,8 +215,8 @@ std::string SimpleValues::faultOfFacets(const Type& step, const Type& type, cons
   return {};
 }
 
-bool SimpleValues::isOneOf(const Type& step, const Type& type, const std::string& text) const {
-  const std::string whiteSpace = whiteSpaceOf(lineOf(type));
+bool SimpleValues::isOneOf(const Type& step, const Type& type, const std::string& text) {
+  const std::string_view whiteSpace = factsOf(type).whiteSpace;
   const auto is = [&](std::string_view value) {
     const std::string one = lexical::normalized(value, whiteSpace);
     if (one == text) return true;

@@ -210,7 +210,7 @@ class TemplateWriter {
     members(*whole, isFirst);
   }
 
-  const Type* standIn(const Type& type) const {
+  const Type* standIn(const Type& type) {
     for (const Name& name : type.derived) {
       const Type* one = service_.type(name);
       if (one && !one->isAbstract) return one;
@@ -300,7 +300,7 @@ class TemplateWriter {
   }
 
   // The members that are written: of each choice those of the first alternative that ends.
-  std::set<const Member*> choose(const Type& type) const {
+  std::set<const Member*> choose(const Type& type) {
     std::map<unsigned, std::map<unsigned, bool>> endless;  // choice, alternative
     const auto stepsOf = [](const Member& one) { return Content::stepsOf(one.choice); };
     for (const Member& one : type.members) {
@@ -327,7 +327,7 @@ class TemplateWriter {
   }
 
   // Of what is abstract the first that stands in for it.
-  Declared declared(const Member& member) const {
+  Declared declared(const Member& member) {
     const Declared what = Declared::of(member, service_);
     if (!what.isAbstract) return what;
     for (const Name& name : what.substitutes) {
@@ -338,7 +338,7 @@ class TemplateWriter {
   }
 
   // Whether it is of a type that it stands in already.
-  bool isOpen(const Member& member) const {
+  bool isOpen(const Member& member) {
     const Type* type = simple_.typeOf(declared(member).type);
     if (!type) return false;
     if (open_.contains(type) || depth_ > deepest) return true;
@@ -402,7 +402,7 @@ class TemplateWriter {
     return text + std::to_string(ids_);
   }
 
-  std::string json(const Type& type, const std::string& text) const {
+  std::string json(const Type& type, const std::string& text) {
     if (type.variety != Type::Variety::atomic) return quoted(text);
     const bool isNumber =
         type.primitive == "decimal" || type.primitive == "double" || type.primitive == "float";
@@ -411,7 +411,7 @@ class TemplateWriter {
     return quoted(text);
   }
 
-  std::string describe(const TypeReference& reference, const Type& type) const {
+  std::string describe(const TypeReference& reference, const Type& type) {
     std::string text(type.name.empty() ? reference.name.local : type.name.local);
     if (text.empty()) text = type.primitive.empty() ? "an object" : std::string(type.primitive);
     if (type.kind == Type::Kind::array && type.item) text += " of " + std::string(type.item->name.local);

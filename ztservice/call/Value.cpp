@@ -1,5 +1,7 @@
 #include "ztservice/call/Value.h"
 
+#include <algorithm>
+
 namespace ztservice::call {
 
 Value Value::number(std::string text) {
@@ -38,14 +40,23 @@ Value Value::takeLast() noexcept {
   return last;
 }
 
+bool Value::isShallow() const noexcept {
+  if (const auto* list = std::get_if<List>(&content_))
+    return std::all_of(list->begin(), list->end(), [](const Value& one) { return one.size() == 0; });
+  const auto* object = std::get_if<Object>(&content_);
+  return !object || std::all_of(object->begin(), object->end(),
+                                [](const Member& one) { return one.second.size() == 0; });
+}
+
 // However deep it is, without recursion or memory: what is left of a value waits in the first place of the
-// one inside it.
+// one inside it. Most are not deep.
 Value::~Value() {
-  if (size() == 0) return;
+  if (isShallow()) return;
   Value current = std::move(*this);
   size_t depth = 0;
   while (current.size() > 0) {
     Value inner = current.takeLast();
+    if (depth == 0 && inner.isShallow()) continue;
     if (depth > 0 && current.size() == 0) {
       current = std::move(inner);
       --depth;
@@ -121,7 +132,8 @@ Value& Value::operator[](std::string_view name) {
 void Value::add(std::string_view name, Value value) {
   Value* known = find(name);
   if (!known) {
-    (*this)[name] = std::move(value);
+    if (isNull()) content_.emplace<Object>();
+    object().emplace_back(std::string(name), std::move(value));
     return;
   }
   if (known->kind() != Kind::list) {

@@ -77,6 +77,8 @@ class ZTSERVICE_API Value {
   };
   // Of a list or an object: what it has, and its first and last value, where it has any.
   size_t size() const noexcept;
+  // Whether nothing inside has anything inside.
+  bool isShallow() const noexcept;
   Value& first() noexcept;
   Value takeLast() noexcept;
 

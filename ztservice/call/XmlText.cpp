@@ -89,12 +89,17 @@ void XmlText::put(const Name& name) {
 
 std::string_view XmlText::prefixOf(std::string_view space) {
   if (space.empty()) return {};
+  if (space == lastSpace_) return lastPrefix_;
   if (space == schema::xmlNamespace) return "xml";
-  if (const auto known = prefixes_.find(space); known != prefixes_.end()) return known->second;
-  const char* wellKnown = wellKnownPrefix(space);
-  const auto added = prefixes_.emplace(space, wellKnown ? wellKnown : "ns" + std::to_string(++own_)).first;
-  order_.push_back(&added->first);
-  return added->second;
+  auto known = prefixes_.find(space);
+  if (known == prefixes_.end()) {
+    const char* wellKnown = wellKnownPrefix(space);
+    known = prefixes_.emplace(space, wellKnown ? wellKnown : "ns" + std::to_string(++own_)).first;
+    order_.push_back(&known->first);
+  }
+  lastSpace_ = known->first;
+  lastPrefix_ = known->second;
+  return lastPrefix_;
 }
 
 size_t unfitAt(std::string_view text) {

@@ -45,6 +45,9 @@ class XmlText {
 
   std::string out_;
   bool isInTag_ = false;
+  // The one that was asked for last, which is most often the next one too.
+  std::string_view lastSpace_;
+  std::string_view lastPrefix_;
   std::map<std::string, std::string, std::less<>> prefixes_;
   std::vector<const std::string*> order_;
   size_t own_ = 0;
