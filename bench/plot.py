@@ -34,6 +34,9 @@ GROUPS: dict[str, dict[str, str]] = {
     "Asking for a role": {"RolesIsMemberOf": "roles", "RolesUnorderedMap": "unordered_map"},
     "Building a link": {"LinkBuilder": "link", "LinkCurlEscape": "curl's escape"},
     "An upload of 64 MiB": {"UploadFile": "upload", "UploadDeflateAlone": "deflate alone", "UploadGzipAndCurl": "gzip, then curl"},
+    "A request of 100 items": {"call/request/ztservice/100": "ztservice", "call/request/gsoap/100": "gSOAP's code"},
+    "Reading its answer": {"call/answer/ztservice/100": "ztservice", "call/answer/gsoap/100": "gSOAP's code"},
+    "A call on the loopback": {"call/whole/ztservice": "values to values", "call/send/ztservice": "sending alone", "call/whole/curl": "curl, body ready"},
     "A service of real documents": {"BM_Real": "whole service", "BM_RealExpatAlone": "expat alone"},
 }
 GROUPS.update({f"{what} from the pool": {f"PoolAllocate<{what}>": "pool", f"PoolNewDelete<{what}>": "new and delete"}

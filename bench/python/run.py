@@ -9,9 +9,12 @@ from __future__ import annotations
 import gc
 import json
 import logging
+import multiprocessing
 import pickle
+import socket
 import statistics
 import sys
+import threading
 import time
 import warnings
 from concurrent.futures import ProcessPoolExecutor
@@ -114,6 +117,58 @@ def services(rounds):
     print(f"load_service / zeep, {len(ratios)} documents {statistics.median(ratios):13.2f} × ({ratios[0]:.2f} to {ratios[-1]:.2f})")
 
 
+STATUS = b"""HTTP/1.1 200 OK\r\nContent-Type: text/xml\r\nContent-Length: LENGTH\r\n\r\n<s:Envelope
+xmlns:s="http://schemas.xmlsoap.org/soap/envelope/"><s:Body><jobStatusResponse xmlns="urn:workflow:jobs:1"><id>j7</id><state>running</state>
+<progress>0.5</progress><started>2026-11-27T08:00:00Z</started></jobStatusResponse></s:Body></s:Envelope>"""
+
+
+def answer_all(listener):
+    """Answers the same to every request, over connections that stay; a process of its own."""
+    head, body = STATUS.split(b"\r\n\r\n")
+    answer = head.replace(b"LENGTH", str(len(body)).encode()) + b"\r\n\r\n" + body
+
+    def serve(connection):
+        stream = connection.makefile("rb")
+        while line := stream.readline():
+            length = 0
+            while line not in (b"\r\n", b""):
+                if line.lower().startswith(b"content-length:"):
+                    length = int(line.split(b":")[1])
+                line = stream.readline()
+            stream.read(length)
+            connection.sendall(answer)
+
+    while True:
+        threading.Thread(target=serve, args=(listener.accept()[0],), daemon=True).start()
+
+
+def calls(rounds):
+    """Requests made, and whole calls of a server on the loopback."""
+    path = str(ROOT / "examples" / "jobs.wsdl")
+    service, peer = zt.load_service(path), zeep.Client(path)
+    values = {"protocol": "search", "inputFile": "a.sdf", "limit": 20, "similarity": 0.7, "columns": [f"column {i}" for i in range(100)]}
+    ratio(
+        "1000 requests of 100 columns / zeep",
+        lambda: [service.request("runProtocol", values) for _ in range(1000)],
+        lambda: [lxml.etree.tostring(peer.create_message(peer.service, "runProtocol", **values)) for _ in range(1000)],
+        rounds,
+    )
+    with socket.create_server(("127.0.0.1", 0)) as listener:
+        server = multiprocessing.get_context("fork").Process(target=answer_all, args=(listener,), daemon=True)
+        server.start()
+        address = f"http://127.0.0.1:{listener.getsockname()[1]}/"
+        caller = service.caller(address=address)
+        proxy = peer.create_service("{urn:workflow:jobs:1}JobsSoap", address)
+        assert caller.jobStatus(jobId="j7")["state"] == proxy.jobStatus(jobId="j7").state
+        ratio(
+            "200 calls of a server / zeep",
+            lambda: [caller.jobStatus(jobId="j7") for _ in range(200)],
+            lambda: [proxy.jobStatus(jobId="j7") for _ in range(200)],
+            rounds,
+        )
+        server.kill()
+
+
 def main() -> None:
     rounds = int(sys.argv[1]) if len(sys.argv) > 1 else 7
     logging.disable(logging.CRITICAL)
@@ -154,6 +209,7 @@ def main() -> None:
     wsdl = str(ROOT / "examples" / "jobs.wsdl")
     ratio("load_service / zeep", lambda: zt.load_service(wsdl), lambda: zeep.Client(wsdl), rounds)
     services(rounds)
+    calls(rounds)
     record = small.write_record()
     one, two = per_second(record, 1), per_second(record, 2)
     print(f"records of 5000 rows by 1 worker {one:.1f}/s, by 2 workers {two:.1f}/s ({two / one:.2f} ×)")

@@ -3,7 +3,9 @@
 #include <charconv>
 
 #include "tovinCore/Exception.h"
-#include "ztclient/session/UploadedForm.h"
+#include "ztservice/call/Multipart.h"
+
+using ztservice::call::headerIn;
 
 namespace {
 
@@ -23,7 +25,7 @@ size_t numberIn(std::string_view digits, int base) {
 std::string HttpReader::readHead() { return takeUntil("\r\n\r\n", largestHead); }
 
 std::string HttpReader::readBody(std::string_view head, size_t& chunks) {
-  const std::string_view length = headerIn(head, "Content-Length");
+  const std::string length = headerIn(head, "Content-Length");
   const bool isChunked = !headerIn(head, "Transfer-Encoding").empty();
   if (length.empty() && !isChunked) return {};
   if (!headerIn(head, "Expect").empty()) connection_.send("HTTP/1.1 100 Continue\r\n\r\n");

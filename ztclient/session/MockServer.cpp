@@ -3,27 +3,24 @@
 #include "tovinCore/Exception.h"
 #include "ztclient/input/JsonValue.h"
 #include "ztclient/session/HttpReader.h"
-#include "ztclient/session/UploadedForm.h"
 #include "ztclient/terminal/Messages.h"
 #include "ztservice/call/Answer.h"
+#include "ztservice/call/Multipart.h"
 #include "ztservice/call/Template.h"
 
 namespace {
 
+using ztservice::call::headerIn;
 using ztservice::call::makeFault;
+using ztservice::call::parameterIn;
 using ztservice::call::Target;
 
 // Of SOAP 1.1 in a header of its own, of SOAP 1.2 beside the media type; without its quotation marks.
-std::string_view actionIn(std::string_view head) {
-  std::string_view action = headerIn(head, "SOAPAction");
-  if (action.empty()) {
-    const std::string_view type = headerIn(head, "Content-Type");
-    const size_t at = type.find("action=");
-    if (at != type.npos) action = type.substr(at + 7, type.find(';', at) - at - 7);
-  }
-  if (action.size() >= 2 && action.front() == '"' && action.back() == '"')
-    action = action.substr(1, action.size() - 2);
-  return action;
+std::string actionIn(std::string_view head) {
+  const std::string action = headerIn(head, "SOAPAction");
+  if (action.empty()) return parameterIn(headerIn(head, "Content-Type"), "action");
+  const bool isQuoted = action.size() >= 2 && action.front() == '"' && action.back() == '"';
+  return isQuoted ? action.substr(1, action.size() - 2) : action;
 }
 
 std::string refusal(std::string_view status, const std::string& reason) {
@@ -66,7 +63,7 @@ void MockServer::run(const std::function<bool()>& goesOn,
 }
 
 std::string MockServer::answer(std::string_view head, const std::string& body, std::string& told) const {
-  const std::string type(headerIn(head, "Content-Type"));
+  const std::string type = headerIn(head, "Content-Type");
   if (!ztservice::call::isMultipart(type)) return answer(head, {type, body, {}}, told);
   return answer(head, ztservice::call::readMultipart(type, body), told);
 }

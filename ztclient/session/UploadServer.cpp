@@ -7,6 +7,7 @@
 #include "ztclient/session/HttpReader.h"
 #include "ztclient/session/UploadedForm.h"
 #include "ztcore/ztCompress.h"
+#include "ztservice/call/Multipart.h"
 
 namespace {
 
@@ -65,7 +66,8 @@ UploadServer::Received readUpload(LoopbackListener& connection) {
   if (!asksForUpload(head)) throw tovin::Exception(L"Only uploads are taken here");
   size_t chunks = 0;
   const std::string body = reader.readBody(head, chunks);
-  UploadServer::Received received = takeForm(sectionsOf(headerIn(head, "Content-Type"), body));
+  UploadServer::Received received =
+      takeForm(sectionsOf(ztservice::call::headerIn(head, "Content-Type"), body));
   received.chunks = chunks;
   return received;
 }

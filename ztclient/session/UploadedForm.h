@@ -8,9 +8,9 @@
 /// One section of a multipart form (RFC 7578).
 struct FormSection {
   /// The value of a header line as it stands, without the blanks around; empty if there is none.
-  std::string_view header(std::string_view field) const;
+  std::string header(std::string_view field) const;
   /// A parameter of Content-Disposition, without its quotes; empty if there is none.
-  std::string_view parameter(std::string_view key) const;
+  std::string parameter(std::string_view key) const;
 
   std::string head;
   std::string content;
@@ -21,6 +21,3 @@ struct FormSection {
 /// - Errors: "The form has no boundary", "The form is cut off", "The form is damaged".
 /// \param contentType of the request, which names the boundary.
 std::vector<FormSection> sectionsOf(std::string_view contentType, std::string_view body);
-
-/// The value of a header line in a head of several, its name compared without case; empty if there is none.
-std::string_view headerIn(std::string_view head, std::string_view field);
