@@ -38,7 +38,7 @@ UploadServer::Received takeForm(const std::vector<FormSection>& sections) {
   UploadServer::Received received;
   bool hasFile = false;
   for (const FormSection& section : sections) {
-    const std::string_view name = section.parameter("name");
+    const std::string name = section.parameter("name");
     if (name == "FileName") received.fileName = withoutLineEnd(section.content);
     if (name == "SID") received.session = withoutLineEnd(section.content);
     if (name == "jobid") received.job = withoutLineEnd(section.content);
