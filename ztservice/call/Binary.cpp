@@ -1,7 +1,5 @@
 #include "ztservice/call/Binary.h"
 
-#include <cstdint>
-
 #include "tovinCore/Base64.h"
 
 namespace ztservice::call {
@@ -12,11 +10,27 @@ int hexDigit(char c) {
   return c >= 'A' && c <= 'F' ? c - 'A' + 10 : -1;
 }
 
+namespace {
+
 int base64Digit(char c) {
   if (c >= 'A' && c <= 'Z') return c - 'A';
   if (c >= 'a' && c <= 'z') return c - 'a' + 26;
   if (c >= '0' && c <= '9') return c - '0' + 52;
   return c == '+' ? 62 : c == '/' ? 63 : -1;
+}
+
+}  // namespace
+
+void Base64Decoder::decode(std::string_view text, std::string& out) {
+  for (const char c : text) {
+    const int digit = base64Digit(c);
+    if (digit < 0) continue;
+    bits_ = bits_ << 6 | static_cast<uint32_t>(digit);
+    count_ += 6;
+    if (count_ < 8) continue;
+    count_ -= 8;
+    out += static_cast<char>(bits_ >> count_ & 0xFF);
+  }
 }
 
 std::string base64Of(std::string_view bytes) {
@@ -28,17 +42,7 @@ std::string base64Of(std::string_view bytes) {
 std::string bytesOfBase64(std::string_view text) {
   std::string out;
   out.reserve(text.size() / 4 * 3);
-  uint32_t bits = 0;
-  unsigned count = 0;
-  for (const char c : text) {
-    const int digit = base64Digit(c);
-    if (digit < 0) continue;
-    bits = bits << 6 | static_cast<uint32_t>(digit);
-    count += 6;
-    if (count < 8) continue;
-    count -= 8;
-    out += static_cast<char>(bits >> count & 0xFF);
-  }
+  Base64Decoder().decode(text, out);
   return out;
 }
 

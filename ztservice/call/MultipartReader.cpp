@@ -158,7 +158,7 @@ bool MultipartReader::takeHead() {
   coding_ = equalFolded(coding, "base64")             ? Coding::base64
             : equalFolded(coding, "quoted-printable") ? Coding::quotedPrintable
                                                       : Coding::none;
-  bitCount_ = 0;
+  base64_ = {};
   escape_.clear();
   state_ = State::content;
   sink_.begin(partOf(head));
@@ -214,28 +214,16 @@ void MultipartReader::give(std::string_view bytes) {
     case Coding::none:
       sink_.content(bytes);
       return;
-    case Coding::base64:
-      decodeBase64(bytes);
+    case Coding::base64: {
+      std::string out;
+      base64_.decode(bytes, out);
+      sink_.content(out);
       return;
+    }
     case Coding::quotedPrintable:
       decodeQuotedPrintable(bytes);
       return;
   }
-}
-
-// What is no digit is passed over (RFC 2045, section 6.8).
-void MultipartReader::decodeBase64(std::string_view bytes) {
-  std::string out;
-  for (const char c : bytes) {
-    const int digit = base64Digit(c);
-    if (digit < 0) continue;
-    bits_ = bits_ << 6 | static_cast<uint32_t>(digit);
-    bitCount_ += 6;
-    if (bitCount_ < 8) continue;
-    bitCount_ -= 8;
-    out += static_cast<char>(bits_ >> bitCount_ & 0xFF);
-  }
-  sink_.content(out);
 }
 
 // "=3D" is a byte, "=" at the end of a line no byte at all; what is neither stays as it is.

@@ -6,6 +6,7 @@
 #include <string_view>
 #include <vector>
 
+#include "ztservice/call/Binary.h"
 #include "ztservice/call/Multipart.h"
 
 namespace ztservice::call {
@@ -43,7 +44,6 @@ class MultipartReader {
   bool takeContent();
   void endPart();
   void give(std::string_view bytes);
-  void decodeBase64(std::string_view bytes);
   void decodeQuotedPrintable(std::string_view bytes);
 
   Sink& sink_;
@@ -56,8 +56,7 @@ class MultipartReader {
   // Whether the line end that stands before a part's content is there still.
   bool isFirst_ = false;
   size_t parts_ = 0;
-  uint32_t bits_ = 0;
-  unsigned bitCount_ = 0;
+  Base64Decoder base64_;
   // Of quoted-printable, an escape that is not complete.
   std::string escape_;
 };
