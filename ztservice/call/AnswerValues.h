@@ -37,7 +37,7 @@ class AnswerValues {
         reader.fail("more than " + std::to_string(limits.elements) + " elements");
     }
     ~Step() {
-      reader_.path_.resize(length_);
+      while (reader_.path_.size() > length_) reader_.path_.pop_back();
       --reader_.depth_;
     }
     Step(const Step&) = delete;

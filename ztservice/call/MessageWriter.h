@@ -115,7 +115,7 @@ class MessageWriter::Step {
     ++writer.depth_;
   }
   ~Step() {
-    writer_.path_.resize(length_);
+    while (writer_.path_.size() > length_) writer_.path_.pop_back();
     --writer_.depth_;
   }
   Step(const Step&) = delete;

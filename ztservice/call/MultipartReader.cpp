@@ -52,6 +52,16 @@ std::string takeValue(std::string_view& text) {
   return out;
 }
 
+// Where there is no memory for its name, it stays.
+void removeFile(const std::string& file) noexcept {
+  try {
+    std::error_code ignored;
+    std::filesystem::remove(platform::pathOf(file), ignored);
+  } catch (...) {
+    return;
+  }
+}
+
 MimePart partOf(std::string_view head) {
   MimePart part;
   part.id = headerIn(head, "Content-ID");
@@ -265,8 +275,7 @@ RelatedReader::~RelatedReader() {
   if (open_ != -1) platform::closeFile(open_);
   if (isTaken_) return;
   for (const MimePart& part : out_.parts) {
-    std::error_code ignored;
-    if (!part.file.empty()) std::filesystem::remove(platform::pathOf(part.file), ignored);
+    if (!part.file.empty()) removeFile(part.file);
   }
 }
 
